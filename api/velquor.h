@@ -1,12 +1,12 @@
 /* Velquor: characteristics of a beam's cross-section by a two-dimensional finite-element analysis.
  *
- * One call of vq_velquor is one complete calculation of one section. It runs on the calling thread, keeps nothing between
- * calls and reads and writes no file; calls with separate tables can run side by side. All values are in the host's units,
- * neither scaled nor converted.
+ * One call of vq_velquor is one complete calculation of one section. It runs on the calling thread, keeps nothing
+ * between calls and reads and writes no file; calls with separate tables can run side by side. All values are in the
+ * host's units, neither scaled nor converted.
  *
- * Every table is a contiguous block of the host's memory, naturally aligned, without a header. A table of several columns
- * lies column after column (all of column 1, then all of column 2), and nodes, elements, groups and columns count from 1;
- * only the slots of the result record count from 0.
+ * Every table is a contiguous block of the host's memory, naturally aligned, without a header. A table of several
+ * columns lies column after column (all of column 1, then all of column 2), and nodes, elements, groups and columns
+ * count from 1; only the slots of the result record count from 0.
  */
 #ifndef VELQUOR_H
 #define VELQUOR_H
@@ -31,8 +31,8 @@ enum {
     VQ_DONE = 0,         /* all results are in the host's tables */
     VQ_REFUSED = 1,      /* the tables or the mesh were refused; the bars too are as the host gave them */
     VQ_NOT_SOLVED = 2,   /* an equation system could not be solved; output fields of bars may have been written */
-    VQ_OUT_OF_MEMORY = 3 /* memory could not be had, or the run found itself inconsistent (a line on the error stream says
-                            so); bars as the host gave them */
+    VQ_OUT_OF_MEMORY = 3 /* memory could not be had, or the run found itself inconsistent (a line on the error stream
+                            says so); bars as the host gave them */
 };
 
 /* Calculation mode, on entry the integer part (cut towards zero) of RESULT[VQ_MODE_SLOT]. It only selects the plastic
@@ -46,15 +46,15 @@ enum {
 
 /* Columns of the element property table. */
 enum {
-    VQ_EMOD = 1,       /* elastic modulus: weight of the element in all stiffness sums */
-    VQ_GMOD = 2,       /* shear modulus: coefficient of the element in the warping problem */
-    VQ_CARRIED = 3,    /* carried along, no calculation reads it */
-    VQ_COUPLING = 4,   /* coupling factor of the group; below 1.0 anywhere: groups bend about their own centres */
-    VQ_GROUP = 5,      /* group number, 1 to NGROUPS in absolute value, cut to an integer; only a value above 0 counts in
-                          VQ_ANET and VQ_WEIGHT */
-    VQ_MATFLAG = 6,    /* the first element with exactly 1.0 sets EREF and GREF; 0.5 or more counts in the plastic sums */
-    VQ_FNEG = 7,       /* plastic strength below the line for directions 1 and 2, above it for -1 and -2 */
-    VQ_FPOS = 8,       /* plastic strength above the line for directions 1 and 2, below it for -1 and -2 */
+    VQ_EMOD = 1,     /* elastic modulus: weight of the element in all stiffness sums */
+    VQ_GMOD = 2,     /* shear modulus: coefficient of the element in the warping problem */
+    VQ_CARRIED = 3,  /* carried along, no calculation reads it */
+    VQ_COUPLING = 4, /* coupling factor of the group; below 1.0 anywhere: groups bend about their own centres */
+    VQ_GROUP = 5,    /* group number, 1 to NGROUPS in absolute value, cut to an integer; only a value above 0 counts in
+                        VQ_ANET and VQ_WEIGHT */
+    VQ_MATFLAG = 6,  /* the first element with exactly 1.0 sets EREF and GREF; 0.5 or more counts in the plastic sums */
+    VQ_FNEG = 7,     /* plastic strength below the line for directions 1 and 2, above it for -1 and -2 */
+    VQ_FPOS = 8,     /* plastic strength above the line for directions 1 and 2, below it for -1 and -2 */
     VQ_UNITWEIGHT = 9, /* weight for a unit of area */
     VQ_TENTH = 10,     /* read by nothing */
     VQ_NCOLUMNS = 10
@@ -64,35 +64,35 @@ enum {
  * angle, u = cos Y + sin Z and v = -sin Y + cos Z. Second moments are stiffnesses, modulus times second moment; their
  * names say over which squared coordinate the sum runs. */
 enum {
-    VQ_EA = 0,   /* axial stiffness; a bar counts with its excess over EREF */
-    VQ_IYY = 1,  /* over the squared Y distance from the centroid */
-    VQ_IZZ = 2,  /* over the squared Z distance */
-    VQ_DYZ = 3,  /* over the product of both */
-    VQ_YC = 4,   /* centroid, weighted with the modulus; 0 in a coupled section */
+    VQ_EA = 0,  /* axial stiffness; a bar counts with its excess over EREF */
+    VQ_IYY = 1, /* over the squared Y distance from the centroid */
+    VQ_IZZ = 2, /* over the squared Z distance */
+    VQ_DYZ = 3, /* over the product of both */
+    VQ_YC = 4,  /* centroid, weighted with the modulus; 0 in a coupled section */
     VQ_ZC = 5,
-    VQ_SCY = 6,   /* shear centre, host's system */
+    VQ_SCY = 6, /* shear centre, host's system */
     VQ_SCZ = 7,
-    VQ_SCU = 8,   /* the same position vector turned into the principal axes, the centroid not taken off */
+    VQ_SCU = 8, /* the same position vector turned into the principal axes, the centroid not taken off */
     VQ_SCV = 9,
-    VQ_GJ = 10,   /* torsional stiffness about the shear centre */
-    VQ_GAY = 11,  /* shear stiffness along Y */
-    VQ_GAZ = 12,  /* shear stiffness along Z */
-    VQ_IW = 13,   /* warping constant about the shear centre */
+    VQ_GJ = 10,    /* torsional stiffness about the shear centre */
+    VQ_GAY = 11,   /* shear stiffness along Y */
+    VQ_GAZ = 12,   /* shear stiffness along Z */
+    VQ_IW = 13,    /* warping constant about the shear centre */
     VQ_ALPHA = 14, /* angle of the principal axes, radians */
-    VQ_I1 = 15,   /* first principal value of IYY, IZZ, DYZ */
-    VQ_I2 = 16,   /* second */
-    VQ_GAU = 17,  /* shear stiffness along u */
-    VQ_GAV = 18,  /* along v */
-    VQ_GAUV = 19, /* coupling of both */
-    VQ_IWS = 20,  /* warping constant about the centroid (the host's origin in a coupled section) */
-    VQ_WT = 21,   /* reciprocal of the largest corner shear stress under unit torque */
-    VQ_RZ = 22,   /* modulus x Z distance x squared distance from the centroid, summed, over IZZ */
-    VQ_RY = 23,   /* the same with the Y distance, over IYY */
-    VQ_RV = 24,   /* the two undivided sums turned into v, over I1 */
-    VQ_RU = 25,   /* turned into u, over I2 */
-    VQ_WR1 = 26,  /* modulus x warping x squared distance, summed: unit twist about the centroid, over IW */
-    VQ_WR2 = 27,  /* unit twist about the shear centre, over IWS; both 0 when this sum is below 0.0001 */
-    VQ_ANET = 28, /* area of the elements with GROUP above 0 */
+    VQ_I1 = 15,    /* first principal value of IYY, IZZ, DYZ */
+    VQ_I2 = 16,    /* second */
+    VQ_GAU = 17,   /* shear stiffness along u */
+    VQ_GAV = 18,   /* along v */
+    VQ_GAUV = 19,  /* coupling of both */
+    VQ_IWS = 20,   /* warping constant about the centroid (the host's origin in a coupled section) */
+    VQ_WT = 21,    /* reciprocal of the largest corner shear stress under unit torque */
+    VQ_RZ = 22,    /* modulus x Z distance x squared distance from the centroid, summed, over IZZ */
+    VQ_RY = 23,    /* the same with the Y distance, over IYY */
+    VQ_RV = 24,    /* the two undivided sums turned into v, over I1 */
+    VQ_RU = 25,    /* turned into u, over I2 */
+    VQ_WR1 = 26,   /* modulus x warping x squared distance, summed: unit twist about the centroid, over IW */
+    VQ_WR2 = 27,   /* unit twist about the shear centre, over IWS; both 0 when this sum is below 0.0001 */
+    VQ_ANET = 28,  /* area of the elements with GROUP above 0 */
 
     /* Plastic neutral axes. A direction 1 or -1 measures the line along Y (or u), 2 or -2 along Z (or v). PLAXIS is the
      * line's position, in the host's system, then from the centroid along u or v; PLMOD the plastic section modulus;
@@ -122,8 +122,8 @@ enum {
     VQ_PLMOM_V_NEG = 51,
     VQ_PLMOM_U_NEG = 52,
 
-    VQ_COUP1 = 53,  /* centre weighted with COUPLING: second principal component; Y where the axes are not turned */
-    VQ_COUP2 = 54,  /* first principal component; Z where the axes are not turned */
+    VQ_COUP1 = 53,  /* centre weighted with COUPLING: Y, then turned by ALPHA as the second coordinate of the pair */
+    VQ_COUP2 = 54,  /* the same: Z, then turned as the first coordinate; both stay as they are where ALPHA is 0 */
     VQ_WEIGHT = 55, /* weight of the elements with GROUP above 0 and of the bars */
     VQ_EREF = 56,   /* reference moduli */
     VQ_GREF = 57,
@@ -132,8 +132,9 @@ enum {
 };
 
 /* One reinforcement point (bar), 184 bytes. Offsets and gaps are part of the format; members marked "not read" keep the
- * host's bytes. A bar takes part when EMODUL is 2.0 or more and NODE is 1 or more (in area, inertia and weight only when
- * EMODUL is above 2.0). NODE is then a node of its own: no element uses it and no other bar that takes part stands on it.
+ * host's bytes. A bar takes part when EMODUL is 2.0 or more and NODE is 1 or more (in area, inertia and weight only
+ * when EMODUL is above 2.0). NODE is then a node of its own: no element uses it and no other bar that takes part stands
+ * on it.
  */
 typedef struct VYZTUZE_INFO {
     int32_t NODE; /*   0  in   node number, 1 to NNODES; 0 or below leaves the record out */
@@ -165,14 +166,14 @@ typedef struct VYZTUZE_INFO {
  *   NODEOUT   out  (NNODES, 3)   warping of a unit twist about the shear centre, shear warping along u, along v
  *   ELEMOUT   out  48 reals for each element: for each of its corners p = 1 to 4 (a triangle repeats corner 3) twelve,
  *                  first the shear stresses as pairs along Y, Z in four load cases (unit torque about the shear centre,
- *                  unit shear force along u, along v, unit warping shear), then the axial stress in four load cases (unit
- *                  normal force, unit moment about the two principal axes, unit bimoment)
+ *                  unit shear force along u, along v, unit warping shear), then the axial stress in four load cases
+ * (unit normal force, unit moment about the two principal axes, unit bimoment)
  *
- * Refused, with VQ_REFUSED: a null table or a negative count; a node number outside 1 to NNODES; no element with MATFLAG
- * 1.0, or an EREF not above 0; a group outside 1 to NGROUPS; a coordinate or property that is not finite; an element that
- * is clockwise, re-entrant, has an edge below 1e-5 of its longest or a corner below 4.6 degrees or within 4.6 degrees of
- * straight (elements with a modulus below about 1e-6 EREF are not looked at); a bar that takes part without a node or a
- * host element of its own, or with a value that is not finite.
+ * Refused, with VQ_REFUSED: a null table or a negative count; a node number outside 1 to NNODES; no element with
+ * MATFLAG 1.0, or an EREF not above 0; a group outside 1 to NGROUPS; a coordinate or property that is not finite; an
+ * element that is clockwise, re-entrant, has an edge below 1e-5 of its longest or a corner below 4.6 degrees or
+ * within 4.6 degrees of straight (elements with a modulus below about 1e-6 EREF are not looked at); a bar that takes
+ * part without a node or a host element of its own, or with a value that is not finite.
  */
 VQ_EXPORT void vq_velquor(int32_t* STATUS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS,
                           const double* PROPS, int32_t NPOINTS, VYZTUZE_INFO* POINTS, double* RESULT, double* NODEOUT,

@@ -6,8 +6,8 @@
 //   Block<T, N...>     a small fixed block on the stack or in a record; Real and Integer are its two usual forms
 //
 // With VQ_CHECK_INDICES (debug builds) every access is compared with the extents, and one outside ends the program. A
-// release build compiles an access to the address computation alone. `column` gives the raw memory of one column, counted
-// from 0, for the few loops that need it.
+// release build compiles an access to the address computation alone. `column` gives the raw memory of one column,
+// counted from 0, for the few loops that need it.
 #pragma once
 
 #include <cstddef>

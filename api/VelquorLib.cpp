@@ -1,0 +1,144 @@
+// The run: the host's tables in, stage after stage, results out.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <initializer_list>
+#include <new>
+
+#include "api/velquor.h"
+#include "data/vq_data_mod.h"
+#include "section/basicchar.h"
+
+namespace {
+
+using namespace BASICCHAR_MOD;
+using namespace VQ_DATA_MOD;
+
+// The host's tables as one call hands them over.
+struct HostTables {
+    View<const double, 2> NODES;           // (NNODES, 2)
+    View<const std::int32_t, 2> ELEMENTS;  // (NELEMS, 4)
+    View<const double, 2> PROPS;           // (NELEMS, 10)
+    POINTTABLE POINTS;                     // (NPOINTS)
+    double* RESULT;                        // 58 slots, counted from 0
+};
+
+// All columns that a calculation reads; the third and the tenth are carried along.
+bool has_finite_properties(const VARIABLES_T& VARS, std::int32_t e) {
+    for (int column : {VQ_EMOD, VQ_GMOD, VQ_COUPLING, VQ_GROUP, VQ_MATFLAG, VQ_FNEG, VQ_FPOS, VQ_UNITWEIGHT})
+        if (!std::isfinite(VARS.ELEMPROP(e, column))) return false;
+    return true;
+}
+
+// The property table, the group arrays, and the reference moduli of the first element marked for them. False where a
+// run cannot use the table. NGROUPS shrinks to the largest group in use: the host's number is only an upper bound.
+bool take_properties(const HostTables& host, std::int32_t NGROUPS, VARIABLES_T& VARS, VELQUOR_CHAR& CHAR) {
+    const std::int32_t NELEMS = static_cast<std::int32_t>(host.PROPS.extent(1));
+    VARS.ELEMPROP.allocate(NELEMS, VQ_NCOLUMNS);
+    bool marked = false;
+    for (std::int32_t e = 1; e <= NELEMS; ++e) {
+        for (int column = 1; column <= VQ_NCOLUMNS; ++column) VARS.ELEMPROP(e, column) = host.PROPS(e, column);
+        if (!has_finite_properties(VARS, e)) return false;
+        const std::int32_t g = group_of(VARS, e);
+        if (g < 1 || g > NGROUPS) return false;
+        VARS.NGROUPS = std::max(VARS.NGROUPS, g);
+        if (!marked && VARS.ELEMPROP(e, VQ_MATFLAG) == 1.0) {
+            CHAR.EREF = VARS.ELEMPROP(e, VQ_EMOD);
+            CHAR.GREF = VARS.ELEMPROP(e, VQ_GMOD);
+            marked = true;
+        }
+    }
+    for (Table<double, 1>* table : {&VARS.GROUPAREA, &VARS.GROUPZC, &VARS.GROUPYC, &VARS.GROUPDZ, &VARS.GROUPDY})
+        table->allocate(VARS.NGROUPS);
+    return CHAR.EREF > 0.0;
+}
+
+bool is_usable(const VARIABLES_T& VARS, const VYZTUZE_INFO& bar) {
+    return bar.NODE <= VARS.NNODES && bar.ELEMENT >= 1 && bar.ELEMENT <= VARS.NELEMS && std::isfinite(bar.AREA) &&
+           std::isfinite(bar.EMODUL) && std::isfinite(bar.GMODUL) && std::isfinite(bar.RADIUS) &&
+           std::isfinite(bar.BARWEIGHT);
+}
+
+// Coordinates of the bars' nodes, which no element has brought into XY. A bar that takes part needs a node of its own;
+// one that does not may name any. False where a run cannot use a bar or a coordinate.
+bool take_bar_nodes(const HostTables& host, VARIABLES_T& VARS) {
+    Table<LOGICAL, 1> taken;  // by an element or by a bar that takes part
+    taken.allocate(VARS.NNODES);
+    for (std::int32_t i = 1; i <= VARS.NNODES; ++i) taken(i) = VARS.NODEUSED(i);
+
+    for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {
+        const VYZTUZE_INFO& bar = host.POINTS(b);
+        if (bar.NODE < 1) continue;
+        if (takes_part(bar)) {
+            if (!is_usable(VARS, bar) || is_true(taken(bar.NODE))) return false;
+            taken(bar.NODE) = LOGICAL_TRUE;
+        } else if (bar.NODE > VARS.NNODES) {
+            continue;
+        }
+        for (int k = 1; k <= 2; ++k) VARS.XY(bar.NODE, k) = host.NODES(bar.NODE, k);
+    }
+    for (int k = 1; k <= 2; ++k)
+        for (std::int32_t i = 1; i <= VARS.NNODES; ++i)
+            if (!std::isfinite(VARS.XY(i, k))) return false;
+    return true;
+}
+
+void run_plastic_stage(std::int32_t CALCMODE, const VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, std::int32_t STAGE) {
+    if (CALCMODE != VQ_PLASTIC && CALCMODE != VQ_PLASTIC_TWO && CALCMODE != VQ_PLASTIC_TWO_B) return;
+    SOLVEPLASTNO(VARS, CHAR, 2, STAGE);
+    SOLVEPLASTNO(VARS, CHAR, 1, STAGE);
+    if (CALCMODE != VQ_PLASTIC) return;
+    SOLVEPLASTNO(VARS, CHAR, -2, STAGE);
+    SOLVEPLASTNO(VARS, CHAR, -1, STAGE);
+}
+
+// One calculation; returns the status. The host's tables are read here and, at the end alone, written.
+std::int32_t run(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS) {
+    VARS.NPOINTS = static_cast<std::int32_t>(host.POINTS.extent(1));
+    const std::int32_t CALCMODE = cut(host.RESULT[VQ_MODE_SLOT], VQ_ELASTIC);
+    VELQUOR_CHAR CHAR;
+    INIT_VQCHAR(CHAR);
+    Real<2, 2> TRANS{{1.0, 0.0, 0.0, 1.0}};
+    LOGICAL OK = LOGICAL_FALSE;
+
+    if (!take_properties(host, NGROUPS, VARS, CHAR)) return VQ_REFUSED;
+    std::int32_t MESHSTATUS;
+    DEFINEMESH(MESHSTATUS, host.NODES, host.ELEMENTS, VARS, CHAR);
+    if (MESHSTATUS != 0) return VQ_REFUSED;
+    if (!take_bar_nodes(host, VARS)) return VQ_REFUSED;
+
+    SOLVEBASICCHAR(VARS, CHAR, host.POINTS);
+    run_plastic_stage(CALCMODE, VARS, CHAR, 0);
+    SOLVEMAJORCOORDINATESYSTEM(OK, VARS, CHAR, TRANS);
+    MOVEGRIDTOMASSCENTER(VARS, CHAR);
+    run_plastic_stage(CALCMODE, VARS, CHAR, 1);
+
+    std::memcpy(host.RESULT, &CHAR, sizeof CHAR);
+    return VQ_DONE;
+}
+
+}  // namespace
+
+extern "C" void vq_velquor(int32_t* STATUS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS,
+                           int32_t NELEMS, const double* PROPS, int32_t NPOINTS, VYZTUZE_INFO* POINTS, double* RESULT,
+                           double* NODEOUT, double* ELEMOUT) {
+    if (!STATUS) return;
+    const std::int32_t NGROUPS = *STATUS;
+    *STATUS = VQ_DONE;
+    if (!NODES || !ELEMENTS || !PROPS || !RESULT || !NODEOUT || !ELEMOUT || (!POINTS && NPOINTS != 0) || NGROUPS < 0 ||
+        NNODES < 0 || NELEMS < 0 || NPOINTS < 0) {
+        *STATUS = VQ_REFUSED;
+        return;
+    }
+
+    VARIABLES_T VARS;
+    try {
+        *STATUS = run(NGROUPS,
+                      {View<const double, 2>(NODES, NNODES, 2), View<const std::int32_t, 2>(ELEMENTS, NELEMS, 4),
+                       View<const double, 2>(PROPS, NELEMS, VQ_NCOLUMNS), POINTTABLE(POINTS, NPOINTS), RESULT},
+                      VARS);
+    } catch (const std::bad_alloc&) {
+        *STATUS = VQ_OUT_OF_MEMORY;
+    }
+    RELEASEVQDATA(VARS);
+}

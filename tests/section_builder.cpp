@@ -1,0 +1,143 @@
+#include "section_builder.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace VQ_DATA_MOD;
+
+std::int32_t node_at(Section& section, double y, double z) {
+    for (std::size_t i = 0; i < section.y.size(); ++i)
+        if (std::fabs(section.y[i] - y) < 1e-9 && std::fabs(section.z[i] - z) < 1e-9)
+            return static_cast<std::int32_t>(i + 1);
+    section.y.push_back(y);
+    section.z.push_back(z);
+    return static_cast<std::int32_t>(section.y.size());
+}
+
+void add_rectangle(Section& section, double y0, double z0, double y1, double z1, int ny, int nz,
+                   const Material& material) {
+    const auto at = [&](int i, int j) { return node_at(section, y0 + (y1 - y0) * i / ny, z0 + (z1 - z0) * j / nz); };
+    for (int j = 0; j < nz; ++j) {
+        for (int i = 0; i < ny; ++i) {
+            section.elements.push_back({at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1)});
+            section.materials.push_back(material);
+        }
+    }
+}
+
+VYZTUZE_INFO& add_bar(Section& section, double y, double z, std::int32_t host, double AREA, double EMODUL,
+                      double GMODUL) {
+    section.y.push_back(y);
+    section.z.push_back(z);
+    VYZTUZE_INFO bar{};
+    bar.NODE = static_cast<std::int32_t>(section.y.size());
+    bar.ELEMENT = host;
+    bar.AREA = AREA;
+    bar.EMODUL = EMODUL;
+    bar.GMODUL = GMODUL;
+    section.bars.push_back(bar);
+    return section.bars.back();
+}
+
+Section as_triangles(const Section& section) {
+    Section split = section;
+    split.elements.clear();
+    split.materials.clear();
+    for (std::size_t e = 0; e < section.elements.size(); ++e) {
+        const auto& n = section.elements[e];
+        split.elements.push_back({n[0], n[1], n[2], n[2]});
+        split.elements.push_back({n[0], n[2], n[3], n[3]});
+        split.materials.insert(split.materials.end(), 2, section.materials[e]);
+    }
+    for (VYZTUZE_INFO& bar : split.bars) bar.ELEMENT = 2 * bar.ELEMENT - 1;
+    return split;
+}
+
+Section renumbered(const Section& section) {
+    Section other = section;
+    const std::size_t n = section.y.size();
+    std::reverse(other.y.begin(), other.y.end());
+    std::reverse(other.z.begin(), other.z.end());
+    for (auto& nodes : other.elements)
+        for (std::int32_t& node : nodes) node = static_cast<std::int32_t>(n) + 1 - node;
+    for (VYZTUZE_INFO& bar : other.bars) bar.NODE = static_cast<std::int32_t>(n) + 1 - bar.NODE;
+    return other;
+}
+
+Section moved(const Section& section, double dy, double dz, double angle) {
+    Section other = section;
+    const double c = std::cos(angle), s = std::sin(angle);
+    for (std::size_t i = 0; i < section.y.size(); ++i) {
+        other.y[i] = c * section.y[i] - s * section.z[i] + dy;
+        other.z[i] = s * section.y[i] + c * section.z[i] + dz;
+    }
+    return other;
+}
+
+Section scaled(const Section& section, double factor) {
+    Section other = section;
+    for (double& y : other.y) y *= factor;
+    for (double& z : other.z) z *= factor;
+    for (VYZTUZE_INFO& bar : other.bars) bar.AREA *= factor * factor;
+    return other;
+}
+
+std::vector<double> node_table(const Section& section) {
+    std::vector<double> table = section.y;
+    table.insert(table.end(), section.z.begin(), section.z.end());
+    return table;
+}
+
+std::vector<std::int32_t> element_table(const Section& section) {
+    std::vector<std::int32_t> table;
+    for (std::size_t k = 0; k < 4; ++k)
+        for (const auto& nodes : section.elements) table.push_back(nodes[k]);
+    return table;
+}
+
+std::vector<double> property_table(const Section& section) {
+    std::vector<double> table;
+    for (double Material::*column :
+         {&Material::EMOD, &Material::GMOD, &Material::third, &Material::COUPLING, &Material::GROUP, &Material::MATFLAG,
+          &Material::FNEG, &Material::FPOS, &Material::UNITWEIGHT, &Material::tenth})
+        for (const Material& material : section.materials) table.push_back(material.*column);
+    return table;
+}
+
+Results run(const Section& section, double mode) {
+    const std::vector<double> nodes = node_table(section), props = property_table(section);
+    const std::vector<std::int32_t> elements = element_table(section);
+    Results r{section.groups, std::vector<double>(VQ_NSLOTS, before), std::vector<double>(3 * section.y.size(), before),
+              std::vector<double>(48 * section.elements.size(), before), section.bars};
+    r.slots[VQ_MODE_SLOT] = mode;
+    vq_velquor(&r.status, nodes.data(), static_cast<std::int32_t>(section.y.size()), elements.data(),
+               static_cast<std::int32_t>(section.elements.size()), props.data(),
+               static_cast<std::int32_t>(r.bars.size()), r.bars.data(), r.slots.data(), r.nodeout.data(),
+               r.elemout.data());
+    return r;
+}
+
+void fill_records(const Section& section, VARIABLES_T& VARS, VELQUOR_CHAR& CHAR) {
+    const std::vector<double> nodes = node_table(section), props = property_table(section);
+    const std::vector<std::int32_t> elements = element_table(section);
+    const std::ptrdiff_t nnodes = section.y.size(), nelems = section.elements.size();
+    INIT_VQCHAR(CHAR);
+    VARS.NGROUPS = section.groups;
+    VARS.NPOINTS = static_cast<std::int32_t>(section.bars.size());
+    for (auto* table : {&VARS.GROUPAREA, &VARS.GROUPZC, &VARS.GROUPYC, &VARS.GROUPDZ, &VARS.GROUPDY})
+        table->allocate(section.groups);
+    VARS.ELEMPROP.allocate(nelems, 10);
+    std::copy(props.begin(), props.end(), VARS.ELEMPROP.memory());
+    if (nelems > 0) {
+        CHAR.EREF = section.materials[0].EMOD;
+        CHAR.GREF = section.materials[0].GMOD;
+    }
+    std::int32_t status;
+    DEFINEMESH(status, View<const double, 2>(nodes.data(), nnodes, 2),
+               View<const std::int32_t, 2>(elements.data(), nelems, 4), VARS, CHAR);
+    for (const VYZTUZE_INFO& bar : section.bars) {
+        if (bar.NODE < 1) continue;
+        VARS.XY(bar.NODE, 1) = section.y[bar.NODE - 1];
+        VARS.XY(bar.NODE, 2) = section.z[bar.NODE - 1];
+    }
+}

@@ -1,0 +1,57 @@
+// Sections for the tests: the host's tables, built rectangle by rectangle, and a run over them.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "api/velquor.h"
+#include "data/vq_data_mod.h"
+
+// Properties of one element, in the order of the host's columns.
+struct Material {
+    double EMOD = 1, GMOD = 1, third = 0, COUPLING = 1, GROUP = 1, MATFLAG = 1, FNEG = 1, FPOS = 1, UNITWEIGHT = 1,
+           tenth = 0;
+};
+
+struct Section {
+    std::vector<double> y, z;                         // nodes
+    std::vector<std::vector<std::int32_t>> elements;  // four numbers each, counted from 1
+    std::vector<Material> materials;                  // one for each element
+    std::vector<VYZTUZE_INFO> bars;
+    std::int32_t groups = 1;
+};
+
+struct Results {
+    std::int32_t status;
+    std::vector<double> slots, nodeout, elemout;
+    std::vector<VYZTUZE_INFO> bars;
+};
+
+// Adds the rectangle (y0, z0) to (y1, z1) as ny x nz quadrilaterals. Nodes are shared with what stands there already.
+void add_rectangle(Section& section, double y0, double z0, double y1, double z1, int ny, int nz,
+                   const Material& material = {});
+
+// The number of the node at (y, z), added where none stands within 1e-9.
+std::int32_t node_at(Section& section, double y, double z);
+
+// A bar on a node of its own at (y, z) in element `host`.
+VYZTUZE_INFO& add_bar(Section& section, double y, double z, std::int32_t host, double AREA, double EMODUL,
+                      double GMODUL = 0);
+
+// The same section: quadrilaterals split in two triangles; nodes numbered anew; turned by `angle`, then moved; scaled.
+Section as_triangles(const Section& section);
+Section renumbered(const Section& section);
+Section moved(const Section& section, double dy, double dz, double angle = 0);
+Section scaled(const Section& section, double factor);
+
+// The host's tables, column after column.
+std::vector<double> node_table(const Section& section);
+std::vector<std::int32_t> element_table(const Section& section);
+std::vector<double> property_table(const Section& section);
+
+// A call of vq_velquor on copies of the tables. Outputs hold `before` where nothing was written.
+constexpr double before = -77.5;
+Results run(const Section& section, double mode = VQ_PLASTIC);
+
+// The records as they stand before SOLVEBASICCHAR: properties, mesh, bar nodes, EREF.
+void fill_records(const Section& section, VQ_DATA_MOD::VARIABLES_T& VARS, VQ_DATA_MOD::VELQUOR_CHAR& CHAR);
