@@ -1,0 +1,35 @@
+// The four-node element: its arrays of the warping problem, its shear stresses and its share of the warping constant. All
+// integrals by the 2 x 2 rule, each sample with its position from GETBASEN and its gradients from BILINGEOM.
+//
+// Arguments of all routines, n = 4:
+//   XYE (n,2)  corners y, z, counter-clockwise
+//   MAT (3)    E, G, not read
+// Nothing is reported: a determinant of 0 gives infinities.
+#pragma once
+
+#include "data/table.h"
+
+namespace QUAD_MOD {
+
+// Element arrays of the warping problem. Every entry of K, F, R, S is assigned.
+//   in   Q (4)    nodal field q; zero where R is not wanted
+//   out  K (4,4)  int G grad Ni . grad Nj            F (4,3)  - int G grad Ni . T(:,k)
+//        R (4)    - int E q Ni                       S (4,3)    int E Ni (1, y, z)
+// T(:,k) moves a point in the plane: k = 1 unit twist about the origin, 2 unit shift along y, 3 along z.
+void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4, 4>& K, Real<4, 3>& F, Real<4>& R,
+                       Real<4, 3>& S);
+
+// Stresses of the three unit motions, and the element's share of their resultants.
+//   in   WE (4,3)    warping at the nodes, a column for each motion k
+//   out  ACC (3,3)   (k, 1) torque about the origin, (k, 2) force along y, (k, 3) force along z of motion k
+//        TY, TZ (4,3)  shear stress G (grad W + T(:,k)) along y and z at the corners, extrapolated from the samples
+void QUADSHEAR(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4, 3>& WE, Real<3, 3>& ACC, Real<4, 3>& TY,
+               Real<4, 3>& TZ);
+
+// Int E w^2 of the field with the node values WE (4).
+double QUADWARPINGCONSTANT(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& WE);
+
+// Stress G grad w at the corners of the field with the node values WE (4): TY (4) along y, TZ (4) along z.
+void QUADSHEARSECUNDARY(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& WE, Real<4>& TY, Real<4>& TZ);
+
+}  // namespace QUAD_MOD
