@@ -1,18 +1,24 @@
 // The run: the host's tables in, stage after stage, results out.
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <initializer_list>
 #include <new>
+#include <stdexcept>
+#include <vector>
 
 #include "api/velquor.h"
 #include "data/vq_data_mod.h"
 #include "section/basicchar.h"
+#include "system/vq_system_mod.h"
 
 namespace {
 
 using namespace BASICCHAR_MOD;
 using namespace VQ_DATA_MOD;
+using namespace VQ_SYSTEM_MOD;
+using SYSTEM_VARIABLES::REALEASE_SYSTEMDATA;
 
 // The host's tables as one call hands them over.
 struct HostTables {
@@ -21,7 +27,13 @@ struct HostTables {
     View<const double, 2> PROPS;           // (NELEMS, 10)
     POINTTABLE POINTS;                     // (NPOINTS)
     double* RESULT;                        // 58 slots, counted from 0
+    View<double, 2> NODEOUT;               // (NNODES, 3)
+    double* ELEMOUT;                       // 48 for each element
 };
+
+// Single precision on purpose, not 1/3: compared with nothing, but the weight of the sum below.
+constexpr double THIRD = 0.33333f;
+constexpr double MINSKEWSUM = 0.0001;
 
 // All columns that a calculation reads; the third and the tenth are carried along.
 bool has_finite_properties(const VARIABLES_T& VARS, std::int32_t e) {
@@ -92,9 +104,48 @@ void run_plastic_stage(std::int32_t CALCMODE, const VARIABLES_T& VARS, VELQUOR_C
     SOLVEPLASTNO(VARS, CHAR, -1, STAGE);
 }
 
-// One calculation; returns the status. The host's tables are read here and, at the end alone, written.
-std::int32_t run(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS) {
-    VARS.NPOINTS = static_cast<std::int32_t>(host.POINTS.extent(1));
+// Sum of E r^2 w over the section, w = NODEFIELD(:,1) by its mean over each element, r the distance from the centroid.
+// The element centroids are still in the host's coordinates, the bars' nodes are centred.
+double skew_sum_of_warping(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, const SYSTEM_VARIABLES_T& SYSVARS,
+                           POINTTABLE POINTS) {
+    double S = 0.0;
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
+        const auto w = [&](int i) { return SYSVARS.NODEFIELD(VARS.ELEMNODES(e, i), 1); };
+        const double W = is_triangle(VARS, e) ? (w(1) + w(2) + w(3)) * THIRD : (w(1) + w(2) + w(3) + w(4)) * 0.25;
+        const double dy = VARS.ELEMYC(e) - CHAR.YC, dz = VARS.ELEMZC(e) - CHAR.ZC;
+        S += VARS.ELEMAREA(e) * W * VARS.ELEMPROP(e, VQ_EMOD) * (dy * dy + dz * dz);
+    }
+    for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {
+        const VYZTUZE_INFO& bar = POINTS(b);
+        if (!takes_part(bar)) continue;
+        const double Y = VARS.XY(bar.NODE, 1), Z = VARS.XY(bar.NODE, 2);
+        S += bar.AREA * SYSVARS.NODEFIELD(bar.NODE, 1) * bar.EMODUL * (Y * Y + Z * Z);
+    }
+    return S;
+}
+
+void copy_results(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, const SYSTEM_VARIABLES_T& SYSVARS,
+                  const HostTables& host) {
+    std::memcpy(host.RESULT, &CHAR, sizeof CHAR);
+    for (int k = 1; k <= 3; ++k)
+        for (std::int32_t i = 1; i <= VARS.NNODES; ++i) host.NODEOUT(i, k) = SYSVARS.NODEFIELD(i, k);
+    double* out = host.ELEMOUT;
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
+        for (int p = 1; p <= 4; ++p) {
+            for (int q = 1; q <= 4; ++q) {
+                *out++ = SYSVARS.TAUY(e, p, q);
+                *out++ = SYSVARS.TAUZ(e, p, q);
+            }
+            for (int q = 1; q <= 4; ++q) *out++ = SYSVARS.SIGMA(e, p, q);
+        }
+    }
+}
+
+// One calculation; returns the status. The host's tables are read here and, at the end alone, written; the stages write
+// the output fields of the bars along the way.
+std::int32_t run(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS) {
+    const POINTTABLE POINTS = host.POINTS;
+    VARS.NPOINTS = static_cast<std::int32_t>(POINTS.extent(1));
     const std::int32_t CALCMODE = cut(host.RESULT[VQ_MODE_SLOT], VQ_ELASTIC);
     VELQUOR_CHAR CHAR;
     INIT_VQCHAR(CHAR);
@@ -107,14 +158,51 @@ std::int32_t run(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS
     if (MESHSTATUS != 0) return VQ_REFUSED;
     if (!take_bar_nodes(host, VARS)) return VQ_REFUSED;
 
-    SOLVEBASICCHAR(VARS, CHAR, host.POINTS);
+    SOLVEBASICCHAR(VARS, CHAR, POINTS);
     run_plastic_stage(CALCMODE, VARS, CHAR, 0);
     SOLVEMAJORCOORDINATESYSTEM(OK, VARS, CHAR, TRANS);
     MOVEGRIDTOMASSCENTER(VARS, CHAR);
+
+    CREATESTRUCTUTREOFSYSTEM(VARS, SYSVARS);
+    FILLMATRIXANDRIGHTSIDE(LOGICAL_FALSE, VARS, SYSVARS, POINTS);
+    SOLVEBASEWARPING(OK, VARS, SYSVARS, POINTS);
+    if (!is_true(OK)) return VQ_NOT_SOLVED;
     run_plastic_stage(CALCMODE, VARS, CHAR, 1);
 
-    std::memcpy(host.RESULT, &CHAR, sizeof CHAR);
+    // The sum is taken twice, about the centroid here and about the shear centre below.
+    CHAR.WR1 = skew_sum_of_warping(VARS, CHAR, SYSVARS, POINTS);
+    SHEARCENTERANDELEMENT(VARS, CHAR, SYSVARS, TRANS, POINTS);
+    SOLVEWARPINGCONSTANT(LOGICAL_FALSE, VARS, CHAR, SYSVARS, POINTS);
+    SOLVESECUNDRYSHEARANDIWT(OK, VARS, CHAR, SYSVARS, POINTS);
+    if (!is_true(OK)) return VQ_NOT_SOLVED;
+    SOLVEAXIALSTRESS(VARS, CHAR, SYSVARS, TRANS, POINTS);
+
+    const double S2 = skew_sum_of_warping(VARS, CHAR, SYSVARS, POINTS);
+    if (std::fabs(S2) >= MINSKEWSUM) {
+        CHAR.WR2 = S2 / CHAR.IWS;
+        CHAR.WR1 = CHAR.WR1 / CHAR.IW;
+    } else {
+        CHAR.WR2 = 0.0;
+        CHAR.WR1 = 0.0;
+    }
+    copy_results(VARS, CHAR, SYSVARS, host);
     return VQ_DONE;
+}
+
+// The run with everything that it can throw turned into a status. A run that ends so has no results at all: what the
+// stages wrote into the bars is taken back.
+std::int32_t run_guarded(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS) {
+    std::vector<VYZTUZE_INFO> bars;
+    try {
+        bars.assign(host.POINTS.data, host.POINTS.data + host.POINTS.extent(1));
+        return run(NGROUPS, host, VARS, SYSVARS);
+    } catch (const std::logic_error& inconsistency) {
+        std::fprintf(stderr, "%s\n", inconsistency.what());
+    } catch (...) {
+        // no memory
+    }
+    std::copy(bars.begin(), bars.end(), host.POINTS.data);
+    return VQ_OUT_OF_MEMORY;
 }
 
 }  // namespace
@@ -132,13 +220,15 @@ extern "C" void vq_velquor(int32_t* STATUS, const double* NODES, int32_t NNODES,
     }
 
     VARIABLES_T VARS;
-    try {
-        *STATUS = run(NGROUPS,
-                      {View<const double, 2>(NODES, NNODES, 2), View<const std::int32_t, 2>(ELEMENTS, NELEMS, 4),
-                       View<const double, 2>(PROPS, NELEMS, VQ_NCOLUMNS), POINTTABLE(POINTS, NPOINTS), RESULT},
-                      VARS);
-    } catch (const std::bad_alloc&) {
-        *STATUS = VQ_OUT_OF_MEMORY;
-    }
+    SYSTEM_VARIABLES_T SYSVARS;
+    const HostTables host{View<const double, 2>(NODES, NNODES, 2),
+                          View<const std::int32_t, 2>(ELEMENTS, NELEMS, 4),
+                          View<const double, 2>(PROPS, NELEMS, VQ_NCOLUMNS),
+                          POINTTABLE(POINTS, NPOINTS),
+                          RESULT,
+                          View<double, 2>(NODEOUT, NNODES, 3),
+                          ELEMOUT};
+    *STATUS = run_guarded(NGROUPS, host, VARS, SYSVARS);
     RELEASEVQDATA(VARS);
+    REALEASE_SYSTEMDATA(SYSVARS);
 }

@@ -6,8 +6,8 @@ namespace QUAD_MOD {
 
 using namespace SUPORTBASE;
 
-void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4, 4>& K, Real<4, 3>& F, Real<4>& R,
-                       Real<4, 3>& S) {
+void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4, 4>& K, Real<4, 3>& F,
+                       Real<4>& R, Real<4, 3>& S) {
     const double E = MAT(1), G = MAT(2);
     K = {};
     F = {};

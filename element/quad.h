@@ -1,5 +1,5 @@
-// The four-node element: its arrays of the warping problem, its shear stresses and its share of the warping constant. All
-// integrals by the 2 x 2 rule, each sample with its position from GETBASEN and its gradients from BILINGEOM.
+// The four-node element: its arrays of the warping problem, its shear stresses and its share of the warping constant.
+// All integrals by the 2 x 2 rule, each sample with its position from GETBASEN and its gradients from BILINGEOM.
 //
 // Arguments of all routines, n = 4:
 //   XYE (n,2)  corners y, z, counter-clockwise
@@ -16,8 +16,8 @@ namespace QUAD_MOD {
 //   out  K (4,4)  int G grad Ni . grad Nj            F (4,3)  - int G grad Ni . T(:,k)
 //        R (4)    - int E q Ni                       S (4,3)    int E Ni (1, y, z)
 // T(:,k) moves a point in the plane: k = 1 unit twist about the origin, 2 unit shift along y, 3 along z.
-void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4, 4>& K, Real<4, 3>& F, Real<4>& R,
-                       Real<4, 3>& S);
+void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4, 4>& K, Real<4, 3>& F,
+                       Real<4>& R, Real<4, 3>& S);
 
 // Stresses of the three unit motions, and the element's share of their resultants.
 //   in   WE (4,3)    warping at the nodes, a column for each motion k

@@ -14,8 +14,10 @@ void GETBASEN(double r, double s, Real<4>& N) {
     N(4) = (1.0 - r) * (1.0 + s) * 0.25;
 }
 
-void BILINGEOM(const Real<4, 2>& XYE, double r, double s, Real<4>& dNdy, Real<4>& dNdz, double& detJ, Real<2, 2>& INVJ) {
-    // C x for an antisymmetric C, so that detJ = y . C z; its entries are the cross products of shape derivatives over 8.
+void BILINGEOM(const Real<4, 2>& XYE, double r, double s, Real<4>& dNdy, Real<4>& dNdz, double& detJ,
+               Real<2, 2>& INVJ) {
+    // C x for an antisymmetric C, so that detJ = y . C z; its entries are the cross products of shape derivatives
+    // over 8.
     const auto times_C = [&](int k, Real<4>& Cx) {
         const double x1 = XYE(1, k), x2 = XYE(2, k), x3 = XYE(3, k), x4 = XYE(4, k);
         Cx(1) = ((1.0 + s) * x2 + (r - s) * x3 + (-1.0 - r) * x4) * 0.125;

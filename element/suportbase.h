@@ -1,5 +1,5 @@
-// Shape functions, gradients, areas and the small dense inverse from which the element integrals are built. Pure functions;
-// coordinates are those of the section plane, y first, z second.
+// Shape functions, gradients, areas and the small dense inverse from which the element integrals are built. Pure
+// functions; coordinates are those of the section plane, y first, z second.
 //
 // Two node orders stand side by side on the natural square: GETBASEN puts node 1 at (-1,-1), BILINGEOM at (+1,+1), both
 // counter-clockwise. A position from the one and gradients from the other at the same (r, s) therefore lie diagonally
@@ -17,15 +17,17 @@ constexpr double GAUSSPOINT = 0.5773502691896258;  // 1/sqrt(3)
 constexpr Real<4> GAUSSR{{-GAUSSPOINT, GAUSSPOINT, GAUSSPOINT, -GAUSSPOINT}};
 constexpr Real<4> GAUSSS{{-GAUSSPOINT, -GAUSSPOINT, GAUSSPOINT, GAUSSPOINT}};
 
-// GAUSSEXTRAP(c, p): weight of point p in the value at corner c, in the node order of BILINGEOM: corner 1 is next to point 3.
+// GAUSSEXTRAP(c, p): weight of point p in the value at corner c, in the node order of BILINGEOM: corner 1 is next to
+// point 3.
 constexpr double FAR = 0.1339745962155614, BESIDE = -0.5, NEAR = 1.8660254037844386;  // 1 -+ sqrt(3)/2
-constexpr Real<4, 4> GAUSSEXTRAP{{FAR, BESIDE, NEAR, BESIDE, BESIDE, FAR, BESIDE, NEAR, NEAR, BESIDE, FAR, BESIDE, BESIDE,
-                                  NEAR, BESIDE, FAR}};
+constexpr Real<4, 4> GAUSSEXTRAP{
+    {FAR, BESIDE, NEAR, BESIDE, BESIDE, FAR, BESIDE, NEAR, NEAR, BESIDE, FAR, BESIDE, BESIDE, NEAR, BESIDE, FAR}};
 
 // Bilinear shape values N at (r, s); nodes 1 to 4 at (-1,-1), (+1,-1), (+1,+1), (-1,+1).
 void GETBASEN(double r, double s, Real<4>& N);
 
-// Gradients, Jacobian determinant and inverse Jacobian at (r, s) of the element with the corners XYE; nodes 1 to 4 at (+1,+1),
+// Gradients, Jacobian determinant and inverse Jacobian at (r, s) of the element with the corners XYE; nodes 1 to 4 at
+// (+1,+1),
 // (-1,+1), (-1,-1), (+1,-1). A zero determinant gives infinities; a clockwise element has a negative one.
 void BILINGEOM(const Real<4, 2>& XYE, double r, double s, Real<4>& dNdy, Real<4>& dNdz, double& detJ, Real<2, 2>& INVJ);
 
@@ -34,12 +36,12 @@ double TRIANGLEAREA(const Real<3, 2>& XYE);
 
 double NORM2(const Real<2>& v);
 
-// Column k of T is the motion of the point (y, z) in the plane: k = 1 a unit twist about the origin, 2 a unit shift along y,
-// 3 along z.
+// Column k of T is the motion of the point (y, z) in the plane: k = 1 a unit twist about the origin, 2 a unit shift
+// along y, 3 along z.
 void SKEWNESSOVERVELQUOR(double y, double z, Real<2, 3>& T);
 
-// INVERSE (n, n), contiguous, of the matrix A (n, n) whose entry (i, j) stands at A[(i-1) row + (j-1) column]. A singular
-// matrix gives positive infinity throughout and no report. Throws std::bad_alloc.
+// INVERSE (n, n), contiguous, of the matrix A (n, n) whose entry (i, j) stands at A[(i-1) row + (j-1) column]. A
+// singular matrix gives positive infinity throughout and no report. Throws std::bad_alloc.
 void INVMAT(std::int32_t n, const double* A, std::ptrdiff_t row, std::ptrdiff_t column, double* INVERSE);
 
 // Gradients of the area coordinates of a triangle, constant over it: rows of the inverse of the matrix with the columns

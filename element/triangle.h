@@ -1,5 +1,6 @@
-// The three-node element of constant gradient: the same arrays as of the four-node element, all by one sample at the centroid.
-// Values there are means of the node values; no node weighting takes place, also where an exact integral would have it.
+// The three-node element of constant gradient: the same arrays as of the four-node element, all by one sample at the
+// centroid. Values there are means of the node values; no node weighting takes place, also where an exact integral
+// would have it.
 //
 // Arguments of all routines, n = 3:
 //   XYE (n,2)  corners y, z, counter-clockwise

@@ -21,6 +21,8 @@
 
 #include <cstdint>
 
+constexpr std::int32_t OD_OUT_OF_MEMORY = -2;
+
 void OD_PARDISO2(std::int64_t* handle, const std::int32_t* maxfct, const std::int32_t* mnum, const std::int32_t* mtype,
                  const std::int32_t* phase, const std::int32_t* n, const double* a, const std::int32_t* ia,
                  const std::int32_t* ja, const std::int32_t* perm, const std::int32_t* nrhs, const std::int32_t* iparm,

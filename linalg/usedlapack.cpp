@@ -13,9 +13,9 @@ void dgetrf_(const std::int32_t* m, const std::int32_t* n, double* a, const std:
 void dgetri_(const std::int32_t* n, double* a, const std::int32_t* lda, const std::int32_t* ipiv, double* work,
              const std::int32_t* lwork, std::int32_t* info);
 
-// LAPACK is linked statically, so that the host's choice of a BLAS and its threads play no part. Two routines that it calls
-// are given here in place of the Fortran runtime: the reporter of illegal arguments, of which there are none and which
-// would write to a stream, and the joining of two strings, for the name of a block size.
+// LAPACK is linked statically, so that the host's choice of a BLAS and its threads play no part. Two routines that it
+// calls are given here in place of the Fortran runtime: the reporter of illegal arguments, of which there are none and
+// which would write to a stream, and the joining of two strings, for the name of a block size.
 void xerbla_(const char*, const std::int32_t*, std::size_t) {}
 void _gfortran_concat_string(std::size_t length, char* joined, std::size_t length1, const char* string1,
                              std::size_t length2, const char* string2) {

@@ -1,0 +1,190 @@
+// Shear centre, torsional and shear stiffnesses, and the corner stresses of unit torque and unit shear forces, all from
+// the three base fields: k = 1 unit twist about the origin of XY, 2 unit shear strain along y, 3 along z.
+#include <algorithm>
+#include <cmath>
+
+#include "element/quad.h"
+#include "element/suportbase.h"
+#include "element/triangle.h"
+#include "system/vq_system_mod.h"
+
+namespace VQ_SYSTEM_MOD {
+
+using SUPORTBASE::INVMAT;
+
+namespace {
+
+void element_shear(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4, 3>& WE, Real<3, 3>& ACC, Real<4, 3>& TY,
+                   Real<4, 3>& TZ) {
+    QUAD_MOD::QUADSHEAR(XYE, MAT, WE, ACC, TY, TZ);
+}
+void element_shear(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3, 3>& WE, Real<3, 3>& ACC, Real<3, 3>& TY,
+                   Real<3, 3>& TZ) {
+    TRIANGLE_MOD::TRIANGLESHEAR(XYE, MAT, WE, ACC, TY, TZ);
+}
+
+// Corner stresses of element e in the three motions, and its share of the section matrix K.
+template <int n>
+void add_element(const VARIABLES_T& VARS, std::int32_t e, SYSTEM_VARIABLES_T& SYSVARS, Real<3, 3>& K) {
+    const Integer<n> node = nodes_of<n>(VARS, e);
+    Real<n, 3> WE, TY, TZ;
+    for (int i = 1; i <= n; ++i)
+        for (int k = 1; k <= 3; ++k) WE(i, k) = SYSVARS.NODEFIELD(node(i), k);
+    Real<3, 3> ACC;
+    element_shear(coordinates_of(VARS, node), material_of(VARS, e), WE, ACC, TY, TZ);
+    for (int k = 1; k <= 3; ++k) {
+        for (int c = 1; c <= 4; ++c) {
+            SYSVARS.TAUY(e, c, k) = TY(std::min(c, n), k);
+            SYSVARS.TAUZ(e, c, k) = TZ(std::min(c, n), k);
+        }
+        for (int j = 1; j <= 3; ++j) K(k, j) += ACC(k, j);
+    }
+}
+
+// The bar's node value itself stands in both stress components, not a gradient.
+void add_bar(const VARIABLES_T& VARS, const SYSTEM_VARIABLES_T& SYSVARS, const VYZTUZE_INFO& bar, Real<3, 3>& K) {
+    const double y = VARS.XY(bar.NODE, 1), z = VARS.XY(bar.NODE, 2), a = bar.AREA;
+    for (int k = 1; k <= 3; ++k) {
+        const double t = bar.GMODUL * SYSVARS.NODEFIELD(bar.NODE, k);
+        K(k, 1) += a * (y * t - z * t);
+        K(k, 2) += a * t;
+        K(k, 3) += a * t;
+    }
+}
+
+// The amplitudes s1, s2 of the two shear motions in a unit twist that has no coupling with them: the shear centre lies
+// at (s2, -s1) from the origin of XY.
+void uncoupled_twist(const Real<3, 3>& K, double& s1, double& s2) {
+    const Real<2, 2> D{{K(2, 2), K(3, 2), K(2, 3), K(3, 3)}};
+    Real<2, 2> DINV;
+    INVMAT(2, D.data, 1, 2, DINV.data);
+    s1 = DINV(1, 1) * K(2, 1) + DINV(1, 2) * K(3, 1);
+    s2 = DINV(2, 1) * K(2, 1) + DINV(2, 2) * K(3, 1);
+}
+
+// R = C^T K C with C the unit matrix but C(2,1) = -s1, C(3,1) = -s2: the section matrix about the shear centre.
+Real<3, 3> about_shear_centre(const Real<3, 3>& K, double s1, double s2) {
+    Real<3, 3> R = K;
+    R(2, 1) = K(2, 1) - s1 * K(2, 2) - s2 * K(2, 3);
+    R(3, 1) = K(3, 1) - s1 * K(3, 2) - s2 * K(3, 3);
+    R(1, 1) = K(1, 1) - s1 * K(1, 2) - s2 * K(1, 3) - s1 * R(2, 1) - s2 * R(3, 1);
+    R(1, 2) = K(1, 2) - s1 * K(2, 2) - s2 * K(3, 2);
+    R(1, 3) = K(1, 3) - s1 * K(2, 3) - s2 * K(3, 3);
+    return R;
+}
+
+// M = C R^-1: column q holds the amplitudes of the three motions under unit load q, a torque about the shear centre or
+// a shear force through it along y or z.
+Real<3, 3> motions_of_unit_loads(const Real<3, 3>& R, double s1, double s2) {
+    Real<3, 3> F;
+    INVMAT(3, R.data, 1, 3, F.data);
+    Real<3, 3> M = F;
+    for (int q = 1; q <= 3; ++q) {
+        M(2, q) = F(2, q) - s1 * F(1, q);
+        M(3, q) = F(3, q) - s2 * F(1, q);
+    }
+    return M;
+}
+
+// Stresses of the motions become those of the unit loads, the two forces then along the principal axes. Only the load
+// turns; the components stay those along y and z.
+void combine(const Real<3, 3>& M, const Real<2, 2>& TRANS, Table<double, 3>& TAU) {
+    const std::int32_t NELEMS = static_cast<std::int32_t>(TAU.extent(1));
+    for (int c = 1; c <= 4; ++c) {
+        for (std::int32_t e = 1; e <= NELEMS; ++e) {
+            const double t1 = TAU(e, c, 1), t2 = TAU(e, c, 2), t3 = TAU(e, c, 3);
+            const double torque = M(1, 1) * t1 + M(2, 1) * t2 + M(3, 1) * t3;
+            const double along_y = M(1, 2) * t1 + M(2, 2) * t2 + M(3, 2) * t3;
+            const double along_z = M(1, 3) * t1 + M(2, 3) * t2 + M(3, 3) * t3;
+            TAU(e, c, 1) = torque;
+            TAU(e, c, 2) = TRANS(1, 1) * along_y + TRANS(1, 2) * along_z;
+            TAU(e, c, 3) = TRANS(2, 1) * along_y + TRANS(2, 2) * along_z;
+        }
+    }
+}
+
+double largest_torsional_shear(const SYSTEM_VARIABLES_T& SYSVARS) {
+    const std::int32_t NELEMS = static_cast<std::int32_t>(SYSVARS.TAUY.extent(1));
+    double tmax = 0.0;
+    for (int c = 1; c <= 4; ++c) {
+        for (std::int32_t e = 1; e <= NELEMS; ++e) {
+            const double ty = SYSVARS.TAUY(e, c, 1), tz = SYSVARS.TAUZ(e, c, 1);
+            tmax = std::max(tmax, std::sqrt(ty * ty + tz * tz));
+        }
+    }
+    return tmax;
+}
+
+void set_slots(const Real<3, 3>& R, double s1, double s2, const Real<2, 2>& TRANS, VELQUOR_CHAR& CHAR) {
+    const double T11 = TRANS(1, 1), T12 = TRANS(1, 2), T21 = TRANS(2, 1), T22 = TRANS(2, 2);
+    CHAR.SCY = s2 + CHAR.YC;
+    CHAR.SCZ = -s1 + CHAR.ZC;
+    CHAR.SCU = T11 * CHAR.SCY + T12 * CHAR.SCZ;
+    CHAR.SCV = T21 * CHAR.SCY + T22 * CHAR.SCZ;
+    CHAR.GJ = R(1, 1);
+    CHAR.GAY = R(2, 2);
+    CHAR.GAZ = R(3, 3);
+
+    // The pair turns with its second slot as the first coordinate.
+    const double COUP1 = CHAR.COUP1, COUP2 = CHAR.COUP2;
+    CHAR.COUP2 = T11 * COUP2 + T12 * COUP1;
+    CHAR.COUP1 = T21 * COUP2 + T22 * COUP1;
+
+    const double a = T11 * R(2, 2) + T12 * R(2, 3), b = T11 * R(3, 2) + T12 * R(3, 3);
+    const double c = T21 * R(2, 2) + T22 * R(2, 3), d = T21 * R(3, 2) + T22 * R(3, 3);
+    CHAR.GAU = T11 * a + T12 * b;
+    CHAR.GAV = T21 * c + T22 * d;
+    CHAR.GAUV = T11 * c + T12 * d;
+
+    // All four from the undivided sums.
+    const double RY = CHAR.RY, RZ = CHAR.RZ;
+    CHAR.RV = (T21 * RY + T22 * RZ) / CHAR.I1;
+    CHAR.RU = (T11 * RY + T12 * RZ) / CHAR.I2;
+    CHAR.RY = RY / CHAR.IYY;
+    CHAR.RZ = RZ / CHAR.IZZ;
+}
+
+void turn(const Real<2, 2>& TRANS, double& y, double& z) {
+    const double u = TRANS(1, 1) * y + TRANS(1, 2) * z, v = TRANS(2, 1) * y + TRANS(2, 2) * z;
+    y = u;
+    z = v;
+}
+
+}  // namespace
+
+void SHEARCENTERANDELEMENT(VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, SYSTEM_VARIABLES_T& SYSVARS, const Real<2, 2>& TRANS,
+                           POINTTABLE POINTS) {
+    SYSVARS.TAUY.allocate(VARS.NELEMS, 4, 4);
+    SYSVARS.TAUZ.allocate(VARS.NELEMS, 4, 4);
+    Real<3, 3>
+        K{};  // K(k, j): resultant j of motion k; 1 torque about the origin of XY, 2 force along y, 3 force along z
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
+        if (VQ_DATA_MOD::is_triangle(VARS, e))
+            add_element<3>(VARS, e, SYSVARS, K);
+        else
+            add_element<4>(VARS, e, SYSVARS, K);
+    }
+    for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b)
+        if (VQ_DATA_MOD::takes_part(POINTS(b))) add_bar(VARS, SYSVARS, POINTS(b), K);
+
+    double s1, s2;
+    uncoupled_twist(K, s1, s2);
+    const Real<3, 3> R = about_shear_centre(K, s1, s2);
+    const Real<3, 3> M = motions_of_unit_loads(R, s1, s2);
+    combine(M, TRANS, SYSVARS.TAUY);
+    combine(M, TRANS, SYSVARS.TAUZ);
+    CHAR.WT = 1.0 / largest_torsional_shear(SYSVARS);
+    set_slots(R, s1, s2, TRANS, CHAR);
+
+    for (std::int32_t g = 1; g <= VARS.NGROUPS; ++g) {
+        turn(TRANS, VARS.GROUPYC(g), VARS.GROUPZC(g));
+        turn(TRANS, VARS.GROUPDY(g), VARS.GROUPDZ(g));
+    }
+    // The twist moves to the shear centre, still of unit size; the shears turn to u and v.
+    for (std::int32_t i = 1; i <= VARS.NNODES; ++i) {
+        SYSVARS.NODEFIELD(i, 1) = SYSVARS.NODEFIELD(i, 1) - s1 * SYSVARS.NODEFIELD(i, 2) - s2 * SYSVARS.NODEFIELD(i, 3);
+        turn(TRANS, SYSVARS.NODEFIELD(i, 2), SYSVARS.NODEFIELD(i, 3));
+    }
+}
+
+}  // namespace VQ_SYSTEM_MOD

@@ -1,0 +1,93 @@
+// The pattern of the global matrix from the element table, and the release of the system's record.
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <new>
+
+#include "system/vq_system_mod.h"
+
+namespace SYSTEM_VARIABLES {
+
+void REALEASE_SYSTEMDATA(SYSTEM_VARIABLES_T& SYSVARS) {
+    SPARSEMATRIX_MOD::RELEASESPARSEMATRIX(SYSVARS.KG);
+    SYSVARS.RIGHTSIDE.release();
+    SYSVARS.RIGHTSIDEQ.release();
+    SYSVARS.CONSTRAINT.release();
+    SYSVARS.NODEFIELD.release();
+    SYSVARS.SECFIELD.release();
+    SYSVARS.TAUY.release();
+    SYSVARS.TAUZ.release();
+    SYSVARS.SIGMA.release();
+}
+
+}  // namespace SYSTEM_VARIABLES
+
+namespace VQ_SYSTEM_MOD {
+
+namespace {
+
+// Calls `with(row, column)` for every pair of different nodes of every element, the smaller number as the row, in table
+// order.
+template <class With>
+void for_each_pair(const VARIABLES_T& VARS, With with) {
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
+        const int n = VQ_DATA_MOD::is_triangle(VARS, e) ? 3 : 4;
+        Integer<4> node{};
+        for (int i = 1; i <= n; ++i) node(i) = VARS.ELEMNODES(e, i);
+        std::sort(node.data, node.data + n);
+        for (int i = 1; i <= n; ++i)
+            for (int j = i + 1; j <= n; ++j) with(node(i), node(j));
+    }
+}
+
+}  // namespace
+
+void CREATESTRUCTUTREOFSYSTEM(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS) {
+    const std::int32_t N = VARS.NNODES;
+
+    // Rows with all their duplicates: counts, starts, then a scatter.
+    Table<std::int64_t, 1> IA0;
+    IA0.allocate(std::int64_t{N} + 1);
+    for (std::int32_t i = 1; i <= N; ++i) IA0(i) = 1;
+    for_each_pair(VARS, [&](std::int32_t row, std::int32_t) { ++IA0(row); });
+    std::int64_t M = 0;
+    for (std::int64_t i = 1; i <= N + std::int64_t{1}; ++i) {
+        const std::int64_t count = i <= N ? IA0(i) : 0;
+        IA0(i) = M + 1;
+        M += count;
+    }
+    Table<std::int32_t, 1> JA0, filled;
+    JA0.allocate(M);
+    filled.allocate(N);
+    const auto append = [&](std::int32_t row, std::int32_t column) { JA0(IA0(row) + filled(row)++) = column; };
+    for (std::int32_t i = 1; i <= N; ++i) append(i, i);
+    for_each_pair(VARS, append);
+
+    // Each row sorted, its distinct columns moved to its front and counted.
+    std::int64_t NNZ = 0;
+    for (std::int32_t i = 1; i <= N; ++i) {
+        std::int32_t* first = &JA0(IA0(i));
+        std::int32_t* last = first + filled(i);
+        std::sort(first, last);
+        filled(i) = static_cast<std::int32_t>(std::unique(first, last) - first);
+        NNZ += filled(i);
+    }
+    if (NNZ >= std::numeric_limits<std::int32_t>::max()) throw std::bad_alloc();
+
+    SPARSEMATRIX& KG = SYSVARS.KG;
+    KG.N = N;
+    KG.IA.allocate(std::int64_t{N} + 1);
+    KG.JA.allocate(NNZ);
+    KG.A.allocate(NNZ);
+    KG.IA(1) = 1;
+    for (std::int32_t i = 1; i <= N; ++i) {
+        for (std::int32_t k = 0; k < filled(i); ++k) KG.JA(KG.IA(i) + k) = JA0(IA0(i) + k);
+        KG.IA(i + std::int64_t{1}) = KG.IA(i) + filled(i);
+    }
+
+    SYSVARS.RIGHTSIDE.allocate(N, 3);
+    SYSVARS.CONSTRAINT.allocate(N, 3);
+    SYSVARS.RIGHTSIDEQ.allocate(N, 1);
+}
+
+}  // namespace VQ_SYSTEM_MOD
