@@ -42,13 +42,28 @@ bool has_finite_properties(const VARIABLES_T& VARS, std::int32_t e) {
     return true;
 }
 
+// Numbers the groups in use from 1 on, in their order and with their signs. A host's numbers may be as large as it
+// likes, and groups without elements add nothing to any sum.
+void renumber_groups(VARIABLES_T& VARS) {
+    std::vector<std::int32_t> used;
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) used.push_back(group_of(VARS, e));
+    std::sort(used.begin(), used.end());
+    used.erase(std::unique(used.begin(), used.end()), used.end());
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
+        double& GROUP = VARS.ELEMPROP(e, VQ_GROUP);
+        const auto place = std::lower_bound(used.begin(), used.end(), group_of(VARS, e)) - used.begin();
+        GROUP = std::copysign(static_cast<double>(place + 1), GROUP);
+    }
+    VARS.NGROUPS = static_cast<std::int32_t>(used.size());
+}
+
 // The property table, the group arrays, and the reference moduli of the first element marked for them. False where a
-// run cannot use the table. NGROUPS shrinks to the largest group in use: the host's number is only an upper bound.
+// run cannot use the table. The host's NGROUPS is only an upper bound; the groups in use never outnumber the elements.
 bool take_properties(const HostTables& host, std::int32_t NGROUPS, VARIABLES_T& VARS, VELQUOR_CHAR& CHAR) {
-    const std::int32_t NELEMS = static_cast<std::int32_t>(host.PROPS.extent(1));
-    VARS.ELEMPROP.allocate(NELEMS, VQ_NCOLUMNS);
+    VARS.NELEMS = static_cast<std::int32_t>(host.PROPS.extent(1));
+    VARS.ELEMPROP.allocate(VARS.NELEMS, VQ_NCOLUMNS);
     bool marked = false;
-    for (std::int32_t e = 1; e <= NELEMS; ++e) {
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
         for (int column = 1; column <= VQ_NCOLUMNS; ++column) VARS.ELEMPROP(e, column) = host.PROPS(e, column);
         if (!has_finite_properties(VARS, e)) return false;
         const std::int32_t g = group_of(VARS, e);
@@ -60,6 +75,7 @@ bool take_properties(const HostTables& host, std::int32_t NGROUPS, VARIABLES_T& 
             marked = true;
         }
     }
+    if (VARS.NGROUPS > VARS.NELEMS) renumber_groups(VARS);
     for (Table<double, 1>* table : {&VARS.GROUPAREA, &VARS.GROUPZC, &VARS.GROUPYC, &VARS.GROUPDZ, &VARS.GROUPDY})
         table->allocate(VARS.NGROUPS);
     return CHAR.EREF > 0.0;
@@ -72,7 +88,7 @@ bool is_usable(const VARIABLES_T& VARS, const VYZTUZE_INFO& bar) {
 }
 
 // Coordinates of the bars' nodes, which no element has brought into XY. A bar that takes part needs a node of its own;
-// one that does not may name any. False where a run cannot use a bar or a coordinate.
+// one that does not may name any. False where a run cannot use a bar.
 bool take_bar_nodes(const HostTables& host, VARIABLES_T& VARS) {
     Table<LOGICAL, 1> taken;  // by an element or by a bar that takes part
     taken.allocate(VARS.NNODES);
@@ -89,6 +105,10 @@ bool take_bar_nodes(const HostTables& host, VARIABLES_T& VARS) {
         }
         for (int k = 1; k <= 2; ++k) VARS.XY(bar.NODE, k) = host.NODES(bar.NODE, k);
     }
+    return true;
+}
+
+bool has_finite_coordinates(const VARIABLES_T& VARS) {
     for (int k = 1; k <= 2; ++k)
         for (std::int32_t i = 1; i <= VARS.NNODES; ++i)
             if (!std::isfinite(VARS.XY(i, k))) return false;
@@ -156,7 +176,7 @@ std::int32_t run(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS
     std::int32_t MESHSTATUS;
     DEFINEMESH(MESHSTATUS, host.NODES, host.ELEMENTS, VARS, CHAR);
     if (MESHSTATUS != 0) return VQ_REFUSED;
-    if (!take_bar_nodes(host, VARS)) return VQ_REFUSED;
+    if (!take_bar_nodes(host, VARS) || !has_finite_coordinates(VARS)) return VQ_REFUSED;
 
     SOLVEBASICCHAR(VARS, CHAR, POINTS);
     run_plastic_stage(CALCMODE, VARS, CHAR, 0);

@@ -49,7 +49,8 @@ enum {
     VQ_EMOD = 1,     /* elastic modulus: weight of the element in all stiffness sums */
     VQ_GMOD = 2,     /* shear modulus: coefficient of the element in the warping problem */
     VQ_CARRIED = 3,  /* carried along, no calculation reads it */
-    VQ_COUPLING = 4, /* coupling factor of the group; below 1.0 anywhere: groups bend about their own centres */
+    VQ_COUPLING = 4, /* coupling factor of the group; the last element of a group gives its factor; below
+                        1.0 anywhere: groups bend about their own centres */
     VQ_GROUP = 5,    /* group number, 1 to NGROUPS in absolute value, cut to an integer; only a value above 0 counts in
                         VQ_ANET and VQ_WEIGHT */
     VQ_MATFLAG = 6,  /* the first element with exactly 1.0 sets EREF and GREF; 0.5 or more counts in the plastic sums */
@@ -91,12 +92,12 @@ enum {
     VQ_RV = 24,    /* the two undivided sums turned into v, over I1 */
     VQ_RU = 25,    /* turned into u, over I2 */
     VQ_WR1 = 26,   /* modulus x warping x squared distance, summed: unit twist about the centroid, over IW */
-    VQ_WR2 = 27,   /* unit twist about the shear centre, over IWS; both 0 when this sum is below 0.0001 */
+    VQ_WR2 = 27,   /* unit twist about the shear centre, over IWS; both 0 when the second sum is within 0.0001 of 0 */
     VQ_ANET = 28,  /* area of the elements with GROUP above 0 */
 
     /* Plastic neutral axes. A direction 1 or -1 measures the line along Y (or u), 2 or -2 along Z (or v). PLAXIS is the
      * line's position, in the host's system, then from the centroid along u or v; PLMOD the plastic section modulus;
-     * PLMOM the plastic moment. Mind the two orders of directions. */
+     * PLMOM the plastic moment. A line measured along Z answers bending about Y. Mind the two orders of directions. */
     VQ_PLAXIS_Y = 29, /* host's axes: directions 1, 2, -1, -2 */
     VQ_PLAXIS_Z = 30,
     VQ_PLAXIS_Y_NEG = 31,
@@ -167,13 +168,14 @@ typedef struct VYZTUZE_INFO {
  *   ELEMOUT   out  48 reals for each element: for each of its corners p = 1 to 4 (a triangle repeats corner 3) twelve,
  *                  first the shear stresses as pairs along Y, Z in four load cases (unit torque about the shear centre,
  *                  unit shear force along u, along v, unit warping shear), then the axial stress in four load cases
- * (unit normal force, unit moment about the two principal axes, unit bimoment)
+ *                  (unit normal force, unit moment about the two principal axes, unit bimoment)
  *
  * Refused, with VQ_REFUSED: a null table or a negative count; a node number outside 1 to NNODES; no element with
  * MATFLAG 1.0, or an EREF not above 0; a group outside 1 to NGROUPS; a coordinate or property that is not finite; an
- * element that is clockwise, re-entrant, has an edge below 1e-5 of its longest or a corner below 4.6 degrees or
- * within 4.6 degrees of straight (elements with a modulus below about 1e-6 EREF are not looked at); a bar that takes
- * part without a node or a host element of its own, or with a value that is not finite.
+ * element that is clockwise, names a node twice, or has an edge below 1e-5 of its longest or a longest edge below 1e-8;
+ * a quadrilateral with a corner below 4.6 degrees, within 4.6 degrees of straight, or re-entrant (elements with a
+ * modulus below about 1e-6 EREF are not looked at); a bar that takes part without a node of its own or a host element,
+ * or with a value that is not finite. Which element was at fault is not told.
  */
 VQ_EXPORT void vq_velquor(int32_t* STATUS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS,
                           const double* PROPS, int32_t NPOINTS, VYZTUZE_INFO* POINTS, double* RESULT, double* NODEOUT,

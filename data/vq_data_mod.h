@@ -21,12 +21,13 @@ using POINTTABLE = View<VYZTUZE_INFO, 1>;  // the host's NPOINTS bars, worked on
 
 // A bar takes part in the equation system and its results from this modulus on, in the sums over area only above it.
 constexpr double MINBARMODULUS = 2.0;
-inline bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >= MINBARMODULUS; }
+// A modulus that is no number does not leave the bar out, so that it is refused with the other values of a bar.
+inline bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && !(bar.EMODUL < MINBARMODULUS); }
 
 // The mesh of a run and what is known of each element and group.
 struct VARIABLES_T {
     Table<double, 2> XY;         // (NNODES, 2)   Y, Z; (0, 0) where unused                by DEFINEMESH, vq_velquor
-    Table<double, 1> ELEMAREA;   // (NELEMS)      always positive                          by SOLVEBASICCHAR
+    Table<double, 1> ELEMAREA;   // (NELEMS)      not negative                             by SOLVEBASICCHAR
     Table<double, 1> GROUPAREA;  // (NGROUPS)     transformed area, sum of A E / EREF      by SOLVEBASICCHAR
     Table<double, 1> GROUPZC, GROUPYC;  // (NGROUPS)     centre of the group; coupled form only   by SOLVEBASICCHAR
     Table<double, 1> GROUPDZ, GROUPDY;  // (NGROUPS)     that, minus the centre weighted with COUPLING

@@ -44,13 +44,19 @@ Real<4, 2> corners_of(const VARIABLES_T& VARS, std::int32_t e) {
     return C;
 }
 
-// Area and centroid as of the two triangles (1, 2, 4) and (2, 3, 4); of a triangle the second has none.
+// Area and centroid as of the two triangles (1, 2, 4) and (2, 3, 4); of a triangle the second has none. An element
+// without area, which the mesh checks let through in two cases, gets the mean of its corners, so that its shares are 0.
 void area_and_centroid(const Real<4, 2>& C, double& A, double& yc, double& zc) {
     const double y1 = C(1, 1), y2 = C(2, 1), y3 = C(3, 1), y4 = C(4, 1);
     const double z1 = C(1, 2), z2 = C(2, 2), z3 = C(3, 2), z4 = C(4, 2);
     const double A1 = std::fabs((-y1 * (z2 - z4) + (z1 - z4) * y2 + (z2 - z1) * y4) * 0.5);
     const double A2 = std::fabs(((z4 - z3) * y2 + (z2 - z4) * y3 + (z3 - z2) * y4) * 0.5);
     A = A1 + A2;
+    if (!(A > 0.0)) {
+        yc = (y1 + y2 + y3 + y4) * 0.25;
+        zc = (z1 + z2 + z3 + z4) * 0.25;
+        return;
+    }
     yc = (A1 * (y1 + y2 + y4) / 3.0 + A2 * (y2 + y3 + y4) / 3.0) / A;
     zc = (A1 * (z1 + z2 + z4) / 3.0 + A2 * (z2 + z3 + z4) / 3.0) / A;
 }

@@ -63,8 +63,8 @@ void IYIZDZY(double A, double YE, double ZE, const Real<4, 2>& C, double& IY, do
 
     // transfer to the element's own centroid
     const double dy = YE - ymin, dz = ZE - zmin;
-    IY = std::fabs(P1) - A * dz * dz;
-    IZ = std::fabs(P2) - A * dy * dy;
+    IY = std::fabs(P1) - A * (dz * dz);
+    IZ = std::fabs(P2) - A * (dy * dy);
     DZY = std::fabs(P3) - A * dy * dz;
 }
 

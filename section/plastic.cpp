@@ -27,7 +27,8 @@ struct PlasticSection {
     Table<double, 1> UP, DOWN;        // its whole area times these
 };
 
-// What a cut element adds. A first moment of two parts is added part by part.
+// What a cut element adds. m1 and m2 go into the sum of first moments one after the other; m2 is 0 where there is one
+// sum.
 struct CutShares {
     double FUP, FDOWN;
     double m1, m2;
@@ -114,8 +115,8 @@ CutShares cut_two_corners(const Real<4>& p, const Real<4>& q, const Integer<4>& 
     return {(A1 + A2) * FABOVE, R * FBELOW, m, 0.0, m * FPOS};  // FPOS for both signs of the direction
 }
 
-CutShares cut_element(const VARIABLES_T& VARS, const PlasticSection& section, std::int32_t k, double L) {
-    const std::int32_t e = section.element(k);
+CutShares cut_element(const VARIABLES_T& VARS, const PlasticSection& section, std::int32_t n, double L) {
+    const std::int32_t e = section.element(n);
     const int corners = VQ_DATA_MOD::is_triangle(VARS, e) ? 3 : 4;
     Real<4> p{}, q{};
     Integer<4> above{};
@@ -126,7 +127,7 @@ CutShares cut_element(const VARIABLES_T& VARS, const PlasticSection& section, st
         above(i) = p(i) + ONLINE > L ? 1 : 0;
         NUP += above(i);
     }
-    const double A = VARS.ELEMAREA(e), C = section.C(k), FABOVE = section.FABOVE(k), FBELOW = section.FBELOW(k);
+    const double A = VARS.ELEMAREA(e), C = section.C(n), FABOVE = section.FABOVE(n), FBELOW = section.FBELOW(n);
     if (corners == 4 && NUP == 2)
         return cut_two_corners(p, q, above, L, A, C, FABOVE, FBELOW, VARS.ELEMPROP(e, VQ_FPOS));
     return cut_one_corner(p, q, above, corners, NUP, L, A, C, FABOVE, FBELOW);
@@ -163,38 +164,38 @@ void set_up(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, std::int32_t DIRE
     const double ELIM = (CHAR.EREF + 10.0) / 1000000.0;
     const int above = DIRECTION > 0 ? VQ_FPOS : VQ_FNEG, below = DIRECTION > 0 ? VQ_FNEG : VQ_FPOS;
     const double YC = STAGE == 0 ? 0.0 : CHAR.YC, ZC = STAGE == 0 ? 0.0 : CHAR.ZC;
-    std::int32_t k = 0;
+    std::int32_t n = 0;
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
         if (!(VARS.ELEMPROP(e, VQ_MATFLAG) >= 0.5 && VARS.ELEMPROP(e, VQ_EMOD) >= ELIM)) continue;
-        ++k;
-        section.element(k) = e;
+        ++n;
+        section.element(n) = e;
         // The element centroids are not centred with XY.
-        section.C(k) = turned(along, VARS.ELEMYC(e) - YC, VARS.ELEMZC(e) - ZC);
+        section.C(n) = turned(along, VARS.ELEMYC(e) - YC, VARS.ELEMZC(e) - ZC);
         double pmin = section.p(VARS.ELEMNODES(e, 1)), pmax = pmin;
         for (int i = 2; i <= 4; ++i) {
             pmin = std::fmin(pmin, section.p(VARS.ELEMNODES(e, i)));
             pmax = std::fmax(pmax, section.p(VARS.ELEMNODES(e, i)));
         }
-        section.PMIN(k) = pmin + ONLINE;
-        section.PMAX(k) = pmax - ONLINE;
-        section.FABOVE(k) = VARS.ELEMPROP(e, above);
-        section.FBELOW(k) = VARS.ELEMPROP(e, below);
-        section.UP(k) = VARS.ELEMAREA(e) * section.FABOVE(k);
-        section.DOWN(k) = VARS.ELEMAREA(e) * section.FBELOW(k);
+        section.PMIN(n) = pmin + ONLINE;
+        section.PMAX(n) = pmax - ONLINE;
+        section.FABOVE(n) = VARS.ELEMPROP(e, above);
+        section.FBELOW(n) = VARS.ELEMPROP(e, below);
+        section.UP(n) = VARS.ELEMAREA(e) * section.FABOVE(n);
+        section.DOWN(n) = VARS.ELEMAREA(e) * section.FBELOW(n);
     }
-    section.count = k;
+    section.count = n;
 }
 
 // Strength-weighted areas on the two sides of the line.
 void weigh_sides(const VARIABLES_T& VARS, const PlasticSection& section, double L, double& FUP, double& FDOWN) {
     FUP = FDOWN = 0.0;
-    for (std::int32_t k = 1; k <= section.count; ++k) {
-        if (section.PMIN(k) >= L) {
-            FUP += section.UP(k);
-        } else if (section.PMAX(k) <= L) {
-            FDOWN += section.DOWN(k);
+    for (std::int32_t n = 1; n <= section.count; ++n) {
+        if (section.PMIN(n) >= L) {
+            FUP += section.UP(n);
+        } else if (section.PMAX(n) <= L) {
+            FDOWN += section.DOWN(n);
         } else {
-            const CutShares cut = cut_element(VARS, section, k, L);
+            const CutShares cut = cut_element(VARS, section, n, L);
             FUP += cut.FUP;
             FDOWN += cut.FDOWN;
         }
@@ -204,14 +205,14 @@ void weigh_sides(const VARIABLES_T& VARS, const PlasticSection& section, double 
 // Sums of absolute first moments about the line: of area, and weighted with the strengths.
 void sum_moments(const VARIABLES_T& VARS, const PlasticSection& section, double L, double& SUMW, double& SUMM) {
     SUMW = SUMM = 0.0;
-    for (std::int32_t k = 1; k <= section.count; ++k) {
-        const bool above = section.PMIN(k) >= L;
-        if (above || section.PMAX(k) <= L) {
-            const double m = std::fabs(section.C(k) - L) * VARS.ELEMAREA(section.element(k));
+    for (std::int32_t n = 1; n <= section.count; ++n) {
+        const bool above = section.PMIN(n) >= L;
+        if (above || section.PMAX(n) <= L) {
+            const double m = std::fabs(section.C(n) - L) * VARS.ELEMAREA(section.element(n));
             SUMW += m;
-            SUMM += m * (above ? section.FABOVE(k) : section.FBELOW(k));
+            SUMM += m * (above ? section.FABOVE(n) : section.FBELOW(n));
         } else {
-            const CutShares cut = cut_element(VARS, section, k, L);
+            const CutShares cut = cut_element(VARS, section, n, L);
             SUMW += cut.m1;
             SUMW += cut.m2;
             SUMM += cut.SUMM;

@@ -1,26 +1,10 @@
-// The pattern of the global matrix from the element table, and the release of the system's record.
+// The pattern of the global matrix from the element table.
 #include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <new>
 
 #include "system/vq_system_mod.h"
-
-namespace SYSTEM_VARIABLES {
-
-void REALEASE_SYSTEMDATA(SYSTEM_VARIABLES_T& SYSVARS) {
-    SPARSEMATRIX_MOD::RELEASESPARSEMATRIX(SYSVARS.KG);
-    SYSVARS.RIGHTSIDE.release();
-    SYSVARS.RIGHTSIDEQ.release();
-    SYSVARS.CONSTRAINT.release();
-    SYSVARS.NODEFIELD.release();
-    SYSVARS.SECFIELD.release();
-    SYSVARS.TAUY.release();
-    SYSVARS.TAUZ.release();
-    SYSVARS.SIGMA.release();
-}
-
-}  // namespace SYSTEM_VARIABLES
 
 namespace VQ_SYSTEM_MOD {
 
