@@ -52,7 +52,7 @@ struct Sums {
 
 // The section clipped as polygons. `seen` collects the number of corners and which of them lie above, of cut elements.
 Sums clipped(const Section& s, double angle, double YC, double ZC, int DIRECTION, double L,
-             std::set<std::pair<std::size_t, int>>* seen = nullptr) {
+             std::set<std::pair<std::size_t, int>>& seen) {
     const double c = std::cos(angle), sn = std::sin(angle);
     Sums sums;
     for (std::size_t e = 0; e < s.elements.size(); ++e) {
@@ -75,7 +75,7 @@ Sums clipped(const Section& s, double angle, double YC, double ZC, int DIRECTION
         // which strength takes the whole moment of an element
         const double strengths[2][5] = {{FBELOW, FBELOW, FABOVE, FABOVE, 0}, {FBELOW, FABOVE, m.FPOS, FABOVE, FABOVE}};
         sums.M += (up.moment + down.moment) * strengths[n - 3][NUP];
-        if (seen && NUP > 0 && NUP < static_cast<int>(n)) seen->insert({n, pattern});
+        if (NUP > 0 && NUP < static_cast<int>(n)) seen.insert({n, pattern});
     }
     return sums;
 }
@@ -95,18 +95,17 @@ Section oblique() {
 }
 
 // SOLVEPLASTNO in the host's axes on a mesh as it stands, without the mesh checks.
-Real<3> plastic(const Section& s, int DIRECTION, double EREF = 1) {
+Real<3> plastic(const Section& s, int DIRECTION) {
     VARIABLES_T VARS;
     VELQUOR_CHAR CHAR;
     fill_records(s, VARS, CHAR);
-    CHAR.EREF = EREF;
     std::vector<VYZTUZE_INFO> bars = s.bars;
     SOLVEBASICCHAR(VARS, CHAR, POINTTABLE(bars.data(), bars.size()));
     SOLVEPLASTNO(VARS, CHAR, DIRECTION, 0);
-    const double* slots = reinterpret_cast<const double*>(&CHAR);
-    for (const Form& f : FORMS)
-        if (f.DIRECTION == DIRECTION && f.STAGE == 0) return {{slots[f.PLAXIS], slots[f.PLMOD], slots[f.PLMOM]}};
-    return {};
+    const int at = 3 - std::abs(DIRECTION) + (DIRECTION < 0 ? 2 : 0);  // direction 2 first
+    const int axis = std::abs(DIRECTION) + (DIRECTION < 0 ? 2 : 0);
+    const PLASTIC_SLOTS& slots = CHAR.PLASTIC(1);
+    return {{slots.PLAXIS(axis), slots.PLMOD(at), slots.PLMOM(at)}};
 }
 
 Section block(double y0, double z0, double y1, double z1, double FPOS = 1, double FNEG = 1) {
@@ -115,13 +114,8 @@ Section block(double y0, double z0, double y1, double z1, double FPOS = 1, doubl
     return s;
 }
 
-void add_idle_node(Section& s, double y, double z) {  // stands in the table, without an effect but on the bounds
-    s.y.push_back(y);
-    s.z.push_back(z);
-    VYZTUZE_INFO bar{};
-    bar.NODE = static_cast<std::int32_t>(s.y.size());
-    s.bars.push_back(bar);
-}
+// A node of a bar that takes no part: nothing but the bounds of the search feels it.
+void add_idle_node(Section& s, double y, double z) { add_bar(s, y, z, 1, 0, 0); }
 
 }  // namespace
 
@@ -168,7 +162,7 @@ TEST(Plastic, EqualsPolygonClippingInEveryPatternOfCorners) {
                 const double frame = f.STAGE == 0 ? 0 : 1, L = r.slots[f.PLAXIS];
                 const auto at = [&](double line) {
                     return clipped(s, frame * r.slots[VQ_ALPHA], frame * r.slots[VQ_YC], frame * r.slots[VQ_ZC],
-                                   f.DIRECTION, line, &seen);
+                                   f.DIRECTION, line, seen);
                 };
                 const Sums sums = at(L), lower = at(L - 1e-7), upper = at(L + 1e-7);
                 EXPECT_GT(lower.FUP, lower.FDOWN);
@@ -217,11 +211,8 @@ TEST(Plastic, DoesNotCutWhatTheLineTouches) {
         s.z[2] = s.z[3] = -out;  // two corners of the upper element below it
         EXPECT_NEAR(plastic(s, -2)(3), out < 1e-12 ? 3 : 2.5, 1e-8);
 
-        s.bars.clear();
-        s.y = {0, 1, 0, 0};
-        s.z = {-1, -out, 2, -2};  // a triangle with a corner on the line
-        s.elements = {{1, 2, 3, 3}};
-        s.materials.resize(1);
+        s = Section{{0, 1, 0}, {-1, -out, 2}, {{1, 2, 3, 3}}, {{1, 1, 0, 1, 1, 1, 2, 1}}, {}, 1};
+        add_idle_node(s, 0, -2);  // the second corner of this triangle is on the line, the others on its two sides
         EXPECT_NEAR(plastic(s, 2)(3), out < 1e-12 ? 5.0 / 6 : 5.0 / 3, 1e-8);
     }
 }
@@ -248,11 +239,8 @@ TEST(Plastic, BearsSlivers) {
             }
         }
     }
-    Section s;  // below 1e-12 a triangle's part is dropped, but for its own moment
-    s.y = {0, 1e-6, 0};
-    s.z = {0, 0, 1e-6};
-    s.elements = {{1, 2, 3, 3}};
-    s.materials.resize(1);
+    // below 1e-12 a triangle's part is dropped, but for its own moment
+    const Section s{{0, 1e-6, 0}, {0, 0, 1e-6}, {{1, 2, 3, 3}}, {{}}, {}, 1};
     EXPECT_NEAR(plastic(s, 2)(2), 5e-18 / 48, 1e-27);
 }
 
