@@ -88,6 +88,15 @@ TEST(Entry, InvariantUnderRenumberingSplittingMovingAndScaling) {
     EXPECT_NEAR(std::sin(turned.slots[VQ_ALPHA] - equal.slots[VQ_ALPHA] - 1.9), 0, 1e-12);
 }
 
+TEST(Entry, GroupNumbersMayBeOfAnySize) {
+    Section s = sample();
+    s.materials[0].COUPLING = 0.5;
+    const Results small = run(s);
+    s.groups = INT32_MAX;
+    for (Material& m : s.materials) m.GROUP = m.GROUP > 0 ? 7e8 : -2147483647.5;
+    EXPECT_EQ(run(s).slots, small.slots);
+}
+
 TEST(Entry, ReferenceModuliComeFromTheFirstMarkedElement) {
     Section s = sample();
     s.materials[1].MATFLAG = std::nextafter(1.0, 2.0);
@@ -148,7 +157,7 @@ TEST(Entry, RefusesSectionsAndLeavesEveryTableAsItWas) {
     refuse([](Section& s) { s.bars[1].ELEMENT = 8; });
     refuse([](Section& s) { s.bars[0].NODE = s.bars[1].NODE; });
     refuse([](Section& s) { s.bars[0].NODE = 3, s.bars[0].EMODUL = 2; });  // on an element's node
-    refuse([](Section& s) { s.bars[0].EMODUL = INFINITY; });
+    for (const double x : {INFINITY, NAN}) refuse([=](Section& s) { s.bars[0].EMODUL = x; });
     for (const double group : {0.0, 0.99, -0.99, 3.0, -3.0, 1e10, -1e300})
         refuse([=](Section& s) { s.materials[4].GROUP = group; });
     for (const double x : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
