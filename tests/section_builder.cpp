@@ -1,7 +1,10 @@
 #include "section_builder.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 using namespace VQ_DATA_MOD;
 
@@ -104,17 +107,76 @@ std::vector<double> property_table(const Section& section) {
     return table;
 }
 
+namespace {
+
+VYZTUZE_INFO guard_record() {
+    VYZTUZE_INFO record;
+    std::memset(&record, 0x5a, sizeof record);
+    return record;
+}
+
+template <class T>
+std::vector<T> guarded(std::vector<T> table, const T& guard) {
+    table.insert(table.begin(), GUARD, guard);
+    table.insert(table.end(), GUARD, guard);
+    return table;
+}
+
+template <class T>
+std::vector<T> inner_part(const std::vector<T>& table) {
+    return {table.begin() + GUARD, table.end() - GUARD};
+}
+
+template <class T>
+bool same_bytes(const std::vector<T>& a, const std::vector<T>& b) {
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
+}
+
+}  // namespace
+
+Host host_of(const Section& section, double mode) {
+    const std::size_t nnodes = section.y.size(), nelems = section.elements.size();
+    Host host{section.groups,
+              static_cast<std::int32_t>(nnodes),
+              static_cast<std::int32_t>(nelems),
+              static_cast<std::int32_t>(section.bars.size()),
+              node_table(section),
+              property_table(section),
+              std::vector<double>(VQ_NSLOTS + 2 * GUARD, before),
+              std::vector<double>(3 * nnodes + 2 * GUARD, before),
+              std::vector<double>(48 * nelems + 2 * GUARD, before),
+              element_table(section),
+              guarded(section.bars, guard_record())};
+    host.RESULT[GUARD + VQ_MODE_SLOT] = mode;
+    return host;
+}
+
+void call(Host& host, int missing) {
+    const auto given = [&](int argument, auto* table) { return argument == missing ? nullptr : table; };
+    vq_velquor(given(1, &host.STATUS), given(2, host.NODES.data()), host.NNODES, given(4, host.ELEMENTS.data()),
+               host.NELEMS, given(6, host.PROPS.data()), host.NPOINTS, given(8, host.POINTS.data() + GUARD),
+               given(9, host.RESULT.data() + GUARD), given(10, host.NODEOUT.data() + GUARD),
+               given(11, host.ELEMOUT.data() + GUARD));
+}
+
+bool same_tables(const Host& a, const Host& b) {
+    return same_bytes(a.NODES, b.NODES) && same_bytes(a.PROPS, b.PROPS) && same_bytes(a.RESULT, b.RESULT) &&
+           same_bytes(a.NODEOUT, b.NODEOUT) && same_bytes(a.ELEMOUT, b.ELEMOUT) && same_bytes(a.ELEMENTS, b.ELEMENTS) &&
+           same_bytes(a.POINTS, b.POINTS);
+}
+
+bool guards_intact(const Host& host) {
+    for (const auto* table : {&host.RESULT, &host.NODEOUT, &host.ELEMOUT})
+        if (!same_bytes(*table, guarded(inner_part(*table), before))) return false;
+    return same_bytes(host.POINTS, guarded(inner_part(host.POINTS), guard_record()));
+}
+
 Results run(const Section& section, double mode) {
-    const std::vector<double> nodes = node_table(section), props = property_table(section);
-    const std::vector<std::int32_t> elements = element_table(section);
-    Results r{section.groups, std::vector<double>(VQ_NSLOTS, before), std::vector<double>(3 * section.y.size(), before),
-              std::vector<double>(48 * section.elements.size(), before), section.bars};
-    r.slots[VQ_MODE_SLOT] = mode;
-    vq_velquor(&r.status, nodes.data(), static_cast<std::int32_t>(section.y.size()), elements.data(),
-               static_cast<std::int32_t>(section.elements.size()), props.data(),
-               static_cast<std::int32_t>(r.bars.size()), r.bars.data(), r.slots.data(), r.nodeout.data(),
-               r.elemout.data());
-    return r;
+    Host host = host_of(section, mode);
+    call(host);
+    EXPECT_TRUE(guards_intact(host));
+    return {host.STATUS, inner_part(host.RESULT), inner_part(host.NODEOUT), inner_part(host.ELEMOUT),
+            inner_part(host.POINTS)};
 }
 
 void fill_records(const Section& section, VARIABLES_T& VARS, VELQUOR_CHAR& CHAR) {

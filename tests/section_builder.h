@@ -49,8 +49,26 @@ std::vector<double> node_table(const Section& section);
 std::vector<std::int32_t> element_table(const Section& section);
 std::vector<double> property_table(const Section& section);
 
-// A call of vq_velquor on copies of the tables. Outputs hold `before` where nothing was written.
-constexpr double before = -77.5;
+// The host's tables for one call. All that a run may write stands between GUARD entries on both sides.
+constexpr std::size_t GUARD = 8;
+constexpr double before = -77.5;  // what outputs and guards hold before the call
+struct Host {
+    std::int32_t STATUS, NNODES, NELEMS, NPOINTS;
+    std::vector<double> NODES, PROPS, RESULT, NODEOUT, ELEMOUT;
+    std::vector<std::int32_t> ELEMENTS;
+    std::vector<VYZTUZE_INFO> POINTS;
+};
+Host host_of(const Section& section, double mode = VQ_PLASTIC);
+
+// Calls vq_velquor, with a null pointer for argument number `missing`.
+void call(Host& host, int missing = 0);
+
+// Whether two hosts hold the same bits in all tables, guards included; and whether the guards are as they were made.
+bool same_tables(const Host& a, const Host& b);
+bool guards_intact(const Host& host);
+
+// A call on copies of the tables that also expects the guards untouched. Outputs hold `before` where nothing was
+// written.
 Results run(const Section& section, double mode = VQ_PLASTIC);
 
 // The records as they stand before SOLVEBASICCHAR: properties, mesh, bar nodes, EREF.
