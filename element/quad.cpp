@@ -11,7 +11,6 @@ void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>&
     const double E = MAT(1), G = MAT(2);
     K = {};
     F = {};
-    R = {};
     S = {};
     Real<4> dNdy, dNdz, N;
     Real<2, 2> INVJ;
@@ -21,18 +20,34 @@ void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>&
         // Position and gradients come from two node orders of the square and lie diagonally opposite in the element.
         BILINGEOM(XYE, GAUSSR(p), GAUSSS(p), dNdy, dNdz, detJ, INVJ);
         GETBASEN(GAUSSR(p), GAUSSS(p), N);
-        const double yp = inner(N, XYE, 1), zp = inner(N, XYE, 2), qp = inner(N, Q);
+        const double yp = inner(N, XYE, 1), zp = inner(N, XYE, 2);
         SKEWNESSOVERVELQUOR(yp, zp, T);
 
         const double wG = G * detJ, wE = E * detJ;
+        for (int j = 1; j <= 4; ++j)
+            for (int i = 1; i <= 4; ++i) K(i, j) += (dNdz(i) * dNdz(j) + dNdy(i) * dNdy(j)) * wG;
+        for (int k = 1; k <= 3; ++k)
+            for (int i = 1; i <= 4; ++i) F(i, k) -= (T(2, k) * dNdz(i) + T(1, k) * dNdy(i)) * wG;
         for (int i = 1; i <= 4; ++i) {
-            for (int j = 1; j <= 4; ++j) K(i, j) += (dNdz(i) * dNdz(j) + dNdy(i) * dNdy(j)) * wG;
-            for (int k = 1; k <= 3; ++k) F(i, k) -= (T(2, k) * dNdz(i) + T(1, k) * dNdy(i)) * wG;
-            R(i) -= N(i) * (wE * qp);
             S(i, 1) += N(i) * wE;
             S(i, 2) += N(i) * (wE * yp);
             S(i, 3) += N(i) * (wE * zp);
         }
+    }
+    field_load(XYE, MAT, Q, R);
+}
+
+void field_load(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4>& R) {
+    const double E = MAT(1);
+    R = {};
+    Real<4> dNdy, dNdz, N;
+    Real<2, 2> INVJ;
+    double detJ;
+    for (int p = 1; p <= 4; ++p) {
+        BILINGEOM(XYE, GAUSSR(p), GAUSSS(p), dNdy, dNdz, detJ, INVJ);
+        GETBASEN(GAUSSR(p), GAUSSS(p), N);
+        const double wE = E * detJ, qp = inner(N, Q);
+        for (int i = 1; i <= 4; ++i) R(i) -= N(i) * (wE * qp);
     }
 }
 

@@ -30,11 +30,16 @@ void TRIANGLEKANDRIGHTSIDE(const Real<3, 2>& XYE, const Real<3>& MAT, const Real
     for (int i = 1; i <= 3; ++i) {
         for (int j = 1; j <= 3; ++j) K(i, j) = (b(i) * b(j) + c(i) * c(j)) * wG;
         for (int k = 1; k <= 3; ++k) F(i, k) = (c(i) * T(2, k) + b(i) * T(1, k)) * -wG;
-        R(i) = (A * E * (Q(1) + Q(2) + Q(3))) / -9.0;
         S(i, 1) = h;
         S(i, 2) = h * yc;
         S(i, 3) = h * zc;
     }
+    field_load(XYE, MAT, Q, R);
+}
+
+void field_load(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& Q, Real<3>& R) {
+    const double r = (TRIANGLEAREA(XYE) * MAT(1) * (Q(1) + Q(2) + Q(3))) / -9.0;
+    R = {{r, r, r}};
 }
 
 void TRIANGLESHEAR(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3, 3>& WE, Real<3, 3>& ACC, Real<3, 3>& TY,

@@ -19,6 +19,9 @@ namespace TRIANGLE_MOD {
 void TRIANGLEKANDRIGHTSIDE(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& Q, Real<3, 3>& K, Real<3, 3>& F,
                            Real<3>& R, Real<3, 3>& S);
 
+// R alone, for the pass that needs nothing else.
+void field_load(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& Q, Real<3>& R);
+
 // Stresses of the three unit motions, and the element's share of their resultants.
 //   in   WE (3,3)    warping at the nodes, a column for each motion k
 //   out  ACC (3,3)   (k, 1) torque about the origin, (k, 2) force along y, (k, 3) force along z of motion k

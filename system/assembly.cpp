@@ -14,6 +14,9 @@ namespace {
 
 constexpr double LOCATETOLERANCE = 1e-6;
 
+using QUAD_MOD::field_load;
+using TRIANGLE_MOD::field_load;
+
 void element_arrays(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4, 4>& K, Real<4, 3>& F,
                     Real<4>& R, Real<4, 3>& S) {
     QUAD_MOD::QUADKANDRIGHTSIDE(XYE, MAT, Q, K, F, R, S);
@@ -24,17 +27,12 @@ void element_arrays(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& Q,
 }
 
 template <int n>
-void add_element(bool field_pass, const VARIABLES_T& VARS, std::int32_t e, SYSTEM_VARIABLES_T& SYSVARS) {
+void add_element(const VARIABLES_T& VARS, std::int32_t e, SYSTEM_VARIABLES_T& SYSVARS) {
     const Integer<n> node = nodes_of<n>(VARS, e);
-    const Real<n> Q = field_pass ? values_at(SYSVARS.NODEFIELD, 1, node) : Real<n>{};
     Real<n, n> K;
     Real<n, 3> F, S;
     Real<n> R;
-    element_arrays(coordinates_of(VARS, node), material_of(VARS, e), Q, K, F, R, S);
-    if (field_pass) {
-        for (int i = 1; i <= n; ++i) SYSVARS.RIGHTSIDEQ(node(i), 1) += R(i);
-        return;
-    }
+    element_arrays(coordinates_of(VARS, node), material_of(VARS, e), Real<n>{}, K, F, R, S);
     ADDSTIFF2KG(K, node, SYSVARS.KG);
     for (int i = 1; i <= n; ++i) {
         for (int k = 1; k <= 3; ++k) {
@@ -42,6 +40,14 @@ void add_element(bool field_pass, const VARIABLES_T& VARS, std::int32_t e, SYSTE
             SYSVARS.CONSTRAINT(node(i), k) += S(i, k);
         }
     }
+}
+
+template <int n>
+void add_field_load(const VARIABLES_T& VARS, std::int32_t e, SYSTEM_VARIABLES_T& SYSVARS) {
+    const Integer<n> node = nodes_of<n>(VARS, e);
+    Real<n> R;
+    field_load(coordinates_of(VARS, node), material_of(VARS, e), values_at(SYSVARS.NODEFIELD, 1, node), R);
+    for (int i = 1; i <= n; ++i) SYSVARS.RIGHTSIDEQ(node(i), 1) += R(i);
 }
 
 // Where the bar lies in its host element, as weights of the host's nodes that interpolate a field at the bar.
@@ -95,10 +101,11 @@ void FILLMATRIXANDRIGHTSIDE(LOGICAL FIELDPASS, const VARIABLES_T& VARS, SYSTEM_V
                             POINTTABLE POINTS) {
     const bool field_pass = VQ_DATA_MOD::is_true(FIELDPASS);
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
-        if (VQ_DATA_MOD::is_triangle(VARS, e))
-            add_element<3>(field_pass, VARS, e, SYSVARS);
+        const bool triangle = VQ_DATA_MOD::is_triangle(VARS, e);
+        if (field_pass)
+            triangle ? add_field_load<3>(VARS, e, SYSVARS) : add_field_load<4>(VARS, e, SYSVARS);
         else
-            add_element<4>(field_pass, VARS, e, SYSVARS);
+            triangle ? add_element<3>(VARS, e, SYSVARS) : add_element<4>(VARS, e, SYSVARS);
     }
 
     Table<double, 2>& CONSTRAINT = SYSVARS.CONSTRAINT;
