@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
+#include <limits>
 #include <new>
 #include <stdexcept>
 #include <vector>
@@ -31,9 +32,12 @@ struct HostTables {
     double* ELEMOUT;                       // 48 for each element
 };
 
-// Single precision on purpose, not 1/3: compared with nothing, but the weight of the sum below.
+// Single precision on purpose: a triangle's mean is taken with 0.3333300054073334, not 1/3.
 constexpr double THIRD = 0.33333f;
 constexpr double MINSKEWSUM = 0.0001;
+
+// Loops over rows go one beyond a count.
+bool is_count(std::int32_t count) { return count >= 0 && count < std::numeric_limits<std::int32_t>::max(); }
 
 // All columns that a calculation reads; the third and the tenth are carried along.
 bool has_finite_properties(const VARIABLES_T& VARS, std::int32_t e) {
@@ -81,10 +85,15 @@ bool take_properties(const HostTables& host, std::int32_t NGROUPS, VARIABLES_T& 
     return CHAR.EREF > 0.0;
 }
 
+// A bar needs a node, a host element of distinct nodes to be tied to, and finite values.
 bool is_usable(const VARIABLES_T& VARS, const VYZTUZE_INFO& bar) {
-    return bar.NODE <= VARS.NNODES && bar.ELEMENT >= 1 && bar.ELEMENT <= VARS.NELEMS && std::isfinite(bar.AREA) &&
-           std::isfinite(bar.EMODUL) && std::isfinite(bar.GMODUL) && std::isfinite(bar.RADIUS) &&
-           std::isfinite(bar.BARWEIGHT);
+    if (bar.NODE > VARS.NNODES || bar.ELEMENT < 1 || bar.ELEMENT > VARS.NELEMS) return false;
+    const int n = is_triangle(VARS, bar.ELEMENT) ? 3 : 4;
+    for (int i = 1; i <= n; ++i)
+        for (int j = 1; j < i; ++j)
+            if (VARS.ELEMNODES(bar.ELEMENT, i) == VARS.ELEMNODES(bar.ELEMENT, j)) return false;
+    return std::isfinite(bar.AREA) && std::isfinite(bar.EMODUL) && std::isfinite(bar.GMODUL) &&
+           std::isfinite(bar.RADIUS) && std::isfinite(bar.BARWEIGHT);
 }
 
 // Coordinates of the bars' nodes, which no element has brought into XY. A bar that takes part needs a node of its own;
@@ -151,12 +160,12 @@ void copy_results(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, const SYSTE
         for (std::int32_t i = 1; i <= VARS.NNODES; ++i) host.NODEOUT(i, k) = SYSVARS.NODEFIELD(i, k);
     double* out = host.ELEMOUT;
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
-        for (int p = 1; p <= 4; ++p) {
+        for (int c = 1; c <= 4; ++c) {
             for (int q = 1; q <= 4; ++q) {
-                *out++ = SYSVARS.TAUY(e, p, q);
-                *out++ = SYSVARS.TAUZ(e, p, q);
+                *out++ = SYSVARS.TAUY(e, c, q);
+                *out++ = SYSVARS.TAUZ(e, c, q);
             }
-            for (int q = 1; q <= 4; ++q) *out++ = SYSVARS.SIGMA(e, p, q);
+            for (int q = 1; q <= 4; ++q) *out++ = SYSVARS.SIGMA(e, c, q);
         }
     }
 }
@@ -233,8 +242,8 @@ extern "C" void vq_velquor(int32_t* STATUS, const double* NODES, int32_t NNODES,
     if (!STATUS) return;
     const std::int32_t NGROUPS = *STATUS;
     *STATUS = VQ_DONE;
-    if (!NODES || !ELEMENTS || !PROPS || !RESULT || !NODEOUT || !ELEMOUT || (!POINTS && NPOINTS != 0) || NGROUPS < 0 ||
-        NNODES < 0 || NELEMS < 0 || NPOINTS < 0) {
+    const bool given = NODES && ELEMENTS && PROPS && RESULT && NODEOUT && ELEMOUT && (POINTS || NPOINTS == 0);
+    if (!given || NGROUPS < 0 || !is_count(NNODES) || !is_count(NELEMS) || !is_count(NPOINTS)) {
         *STATUS = VQ_REFUSED;
         return;
     }

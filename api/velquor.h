@@ -85,7 +85,8 @@ enum {
     VQ_GAU = 17,   /* shear stiffness along u */
     VQ_GAV = 18,   /* along v */
     VQ_GAUV = 19,  /* coupling of both */
-    VQ_IWS = 20,   /* warping constant about the centroid (the host's origin in a coupled section) */
+    VQ_IWS = 20,   /* warping constant about the centroid (the host's origin in a coupled section); bars add
+                      nothing to it */
     VQ_WT = 21,    /* reciprocal of the largest corner shear stress under unit torque */
     VQ_RZ = 22,    /* modulus x Z distance x squared distance from the centroid, summed, over IZZ */
     VQ_RY = 23,    /* the same with the Y distance, over IYY */

@@ -11,6 +11,7 @@ void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>&
     const double E = MAT(1), G = MAT(2);
     K = {};
     F = {};
+    R = {};
     S = {};
     Real<4> dNdy, dNdz, N;
     Real<2, 2> INVJ;
@@ -20,7 +21,7 @@ void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>&
         // Position and gradients come from two node orders of the square and lie diagonally opposite in the element.
         BILINGEOM(XYE, GAUSSR(p), GAUSSS(p), dNdy, dNdz, detJ, INVJ);
         GETBASEN(GAUSSR(p), GAUSSS(p), N);
-        const double yp = inner(N, XYE, 1), zp = inner(N, XYE, 2);
+        const double yp = inner(N, XYE, 1), zp = inner(N, XYE, 2), qp = inner(N, Q);
         SKEWNESSOVERVELQUOR(yp, zp, T);
 
         const double wG = G * detJ, wE = E * detJ;
@@ -29,12 +30,12 @@ void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>&
         for (int k = 1; k <= 3; ++k)
             for (int i = 1; i <= 4; ++i) F(i, k) -= (T(2, k) * dNdz(i) + T(1, k) * dNdy(i)) * wG;
         for (int i = 1; i <= 4; ++i) {
+            R(i) -= N(i) * (wE * qp);
             S(i, 1) += N(i) * wE;
             S(i, 2) += N(i) * (wE * yp);
             S(i, 3) += N(i) * (wE * zp);
         }
     }
-    field_load(XYE, MAT, Q, R);
 }
 
 void field_load(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4>& R) {

@@ -26,9 +26,8 @@ constexpr Real<4, 4> GAUSSEXTRAP{
 // Bilinear shape values N at (r, s); nodes 1 to 4 at (-1,-1), (+1,-1), (+1,+1), (-1,+1).
 [[gnu::always_inline]] inline void GETBASEN(double r, double s, Real<4>& N);
 
-// Gradients, Jacobian determinant and inverse Jacobian at (r, s) of the element with the corners XYE; nodes 1 to 4 at
-// (+1,+1),
-// (-1,+1), (-1,-1), (+1,-1). A zero determinant gives infinities; a clockwise element has a negative one.
+// Gradients, Jacobian determinant and inverse Jacobian at (r, s) of the element with the corners XYE; nodes 1 to 4
+// at (+1,+1), (-1,+1), (-1,-1), (+1,-1). A zero determinant gives infinities; a clockwise element has a negative one.
 [[gnu::always_inline]] inline void BILINGEOM(const Real<4, 2>& XYE, double r, double s, Real<4>& dNdy, Real<4>& dNdz,
                                              double& detJ, Real<2, 2>& INVJ);
 
@@ -49,7 +48,7 @@ void INVMAT(std::int32_t n, const double* A, std::ptrdiff_t row, std::ptrdiff_t 
 // (1, y(j), z(j)). Infinite where the triangle has no area.
 void triangle_gradients(const Real<3, 2>& XYE, Real<3>& dNdy, Real<3>& dNdz);
 
-// Sum of N(i) times entry i of X, or of column k of X, or of row k of the symmetric X.
+// Sum of N(i) times entry i of X, or of column k of X, or of column k of X.
 template <int n>
 double inner(const Real<n>& N, const Real<n>& X) {
     double sum = 0.0;

@@ -102,10 +102,10 @@ void FILLMATRIXANDRIGHTSIDE(LOGICAL FIELDPASS, const VARIABLES_T& VARS, SYSTEM_V
     const bool field_pass = VQ_DATA_MOD::is_true(FIELDPASS);
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
         const bool triangle = VQ_DATA_MOD::is_triangle(VARS, e);
-        if (field_pass)
-            triangle ? add_field_load<3>(VARS, e, SYSVARS) : add_field_load<4>(VARS, e, SYSVARS);
-        else
-            triangle ? add_element<3>(VARS, e, SYSVARS) : add_element<4>(VARS, e, SYSVARS);
+        if (field_pass && triangle) add_field_load<3>(VARS, e, SYSVARS);
+        if (field_pass && !triangle) add_field_load<4>(VARS, e, SYSVARS);
+        if (!field_pass && triangle) add_element<3>(VARS, e, SYSVARS);
+        if (!field_pass && !triangle) add_element<4>(VARS, e, SYSVARS);
     }
 
     Table<double, 2>& CONSTRAINT = SYSVARS.CONSTRAINT;

@@ -49,17 +49,17 @@ void SOLVEAXIALSTRESS(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, SYSTEM_
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
         // In a section that is not coupled the group terms are 0.
         const std::int32_t g = VQ_DATA_MOD::group_of(VARS, e);
-        const double c = VARS.ELEMPROP(e, VQ_COUPLING);
+        const double coupling = VARS.ELEMPROP(e, VQ_COUPLING);
         const double ug = VARS.GROUPYC(g), vg = VARS.GROUPZC(g), du = VARS.GROUPDY(g), dv = VARS.GROUPDZ(g);
-        for (int p = 1; p <= 4; ++p) {
-            const std::int32_t node = VARS.ELEMNODES(e, p);  // a triangle's fourth is its third
+        for (int c = 1; c <= 4; ++c) {
+            const std::int32_t node = VARS.ELEMNODES(e, c);  // a triangle's fourth is its third
             const double y = VARS.XY(node, 1), z = VARS.XY(node, 2);
             const double u = TRANS(1, 1) * y + TRANS(1, 2) * z, v = TRANS(2, 1) * y + TRANS(2, 2) * z;
             const double E = nearby(node) > 0 ? POINTS(nearby(node)).EMODUL : VARS.ELEMPROP(e, VQ_EMOD);
-            SYSVARS.SIGMA(e, p, 1) = E / CHAR.EA;
-            SYSVARS.SIGMA(e, p, 2) = ((v - vg) * E) / CHAR.I1 + (c * dv * E) / CHAR.I1;
-            SYSVARS.SIGMA(e, p, 3) = -(((u - ug) * E) / CHAR.I2 + (c * du * E) / CHAR.I2);
-            SYSVARS.SIGMA(e, p, 4) = (SYSVARS.NODEFIELD(node, 1) * E) / CHAR.IW;
+            SYSVARS.SIGMA(e, c, 1) = E / CHAR.EA;
+            SYSVARS.SIGMA(e, c, 2) = ((v - vg) * E) / CHAR.I1 + (coupling * dv * E) / CHAR.I1;
+            SYSVARS.SIGMA(e, c, 3) = -(((u - ug) * E) / CHAR.I2 + (coupling * du * E) / CHAR.I2);
+            SYSVARS.SIGMA(e, c, 4) = (SYSVARS.NODEFIELD(node, 1) * E) / CHAR.IW;
         }
     }
 

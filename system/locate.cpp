@@ -9,8 +9,8 @@ namespace VQ_SYSTEM_MOD {
 
 namespace {
 
-constexpr double OUTSIDE =
-    -1e-12;  // a point is outside an edge when its triangle over it is below this share of the element
+// A point is outside an edge when its triangle over it is below this share of the element.
+constexpr double OUTSIDE = -1e-12;
 
 double area_of(double ay, double az, double by, double bz, double cy, double cz) {
     return ((by - ay) * (cz - az) - (cy - ay) * (bz - az)) / 2.0;

@@ -109,7 +109,8 @@ double largest_torsional_shear(const SYSTEM_VARIABLES_T& SYSVARS) {
     for (int c = 1; c <= 4; ++c) {
         for (std::int32_t e = 1; e <= NELEMS; ++e) {
             const double ty = SYSVARS.TAUY(e, c, 1), tz = SYSVARS.TAUZ(e, c, 1);
-            tmax = std::max(tmax, std::sqrt(ty * ty + tz * tz));
+            const double t = std::sqrt(ty * ty + tz * tz);
+            if (t > tmax || std::isnan(t)) tmax = t;  // no number stays none
         }
     }
     return tmax;
@@ -156,8 +157,8 @@ void SHEARCENTERANDELEMENT(VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, SYSTEM_VARIABL
                            POINTTABLE POINTS) {
     SYSVARS.TAUY.allocate(VARS.NELEMS, 4, 4);
     SYSVARS.TAUZ.allocate(VARS.NELEMS, 4, 4);
-    Real<3, 3>
-        K{};  // K(k, j): resultant j of motion k; 1 torque about the origin of XY, 2 force along y, 3 force along z
+    // K(k, j): resultant j of motion k; 1 torque about the origin of XY, 2 force along y, 3 force along z.
+    Real<3, 3> K{};
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
         if (VQ_DATA_MOD::is_triangle(VARS, e))
             add_element<3>(VARS, e, SYSVARS, K);

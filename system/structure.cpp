@@ -10,18 +10,20 @@ namespace VQ_SYSTEM_MOD {
 
 namespace {
 
-// Calls `with(row, column)` for every pair of different nodes of every element, the smaller number as the row, in table
-// order.
-template <class With>
-void for_each_pair(const VARIABLES_T& VARS, With with) {
-    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
-        const int n = VQ_DATA_MOD::is_triangle(VARS, e) ? 3 : 4;
-        Integer<4> node{};
-        for (int i = 1; i <= n; ++i) node(i) = VARS.ELEMNODES(e, i);
-        std::sort(node.data, node.data + n);
-        for (int i = 1; i <= n; ++i)
-            for (int j = i + 1; j <= n; ++j) with(node(i), node(j));
+// The pairs of different nodes of element e, the smaller number as the row; how many there are.
+int pairs_of(const VARIABLES_T& VARS, std::int32_t e, Integer<6>& row, Integer<6>& column) {
+    const int n = VQ_DATA_MOD::is_triangle(VARS, e) ? 3 : 4;
+    Integer<4> node{};
+    for (int i = 1; i <= n; ++i) node(i) = VARS.ELEMNODES(e, i);
+    std::sort(node.data, node.data + n);
+    int pairs = 0;
+    for (int i = 1; i <= n; ++i) {
+        for (int j = i + 1; j <= n; ++j) {
+            row(++pairs) = node(i);
+            column(pairs) = node(j);
+        }
     }
+    return pairs;
 }
 
 }  // namespace
@@ -33,7 +35,11 @@ void CREATESTRUCTUTREOFSYSTEM(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVA
     Table<std::int64_t, 1> IA0;
     IA0.allocate(std::int64_t{N} + 1);
     for (std::int32_t i = 1; i <= N; ++i) IA0(i) = 1;
-    for_each_pair(VARS, [&](std::int32_t row, std::int32_t) { ++IA0(row); });
+    Integer<6> row, column;
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
+        const int pairs = pairs_of(VARS, e, row, column);
+        for (int p = 1; p <= pairs; ++p) ++IA0(row(p));
+    }
     std::int64_t M = 0;
     for (std::int64_t i = 1; i <= N + std::int64_t{1}; ++i) {
         const std::int64_t count = i <= N ? IA0(i) : 0;
@@ -43,9 +49,11 @@ void CREATESTRUCTUTREOFSYSTEM(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVA
     Table<std::int32_t, 1> JA0, filled;
     JA0.allocate(M);
     filled.allocate(N);
-    const auto append = [&](std::int32_t row, std::int32_t column) { JA0(IA0(row) + filled(row)++) = column; };
-    for (std::int32_t i = 1; i <= N; ++i) append(i, i);
-    for_each_pair(VARS, append);
+    for (std::int32_t i = 1; i <= N; ++i) JA0(IA0(i) + filled(i)++) = i;
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
+        const int pairs = pairs_of(VARS, e, row, column);
+        for (int p = 1; p <= pairs; ++p) JA0(IA0(row(p)) + filled(row(p))++) = column(p);
+    }
 
     // Each row sorted, its distinct columns moved to its front and counted.
     std::int64_t NNZ = 0;
