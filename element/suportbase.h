@@ -48,7 +48,7 @@ void INVMAT(std::int32_t n, const double* A, std::ptrdiff_t row, std::ptrdiff_t 
 // (1, y(j), z(j)). Infinite where the triangle has no area.
 void triangle_gradients(const Real<3, 2>& XYE, Real<3>& dNdy, Real<3>& dNdz);
 
-// Sum of N(i) times entry i of X, or of column k of X, or of column k of X.
+// Sum of N(i) times entry i of X, or of its column k.
 template <int n>
 double inner(const Real<n>& N, const Real<n>& X) {
     double sum = 0.0;
