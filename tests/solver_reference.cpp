@@ -90,7 +90,10 @@ std::vector<long double> residuals(const System& s, const Columns& X) {
             largest[i] = std::max<long double>(largest[i], std::fabs(X(i, k)));
             scale[i] = std::max<long double>(scale[i], std::fabs(s.B(i, k)));
         }
-    for_entries(s, [&](std::int32_t i, std::int32_t j, long double a) { scale[i] += std::fabs(a) * largest[j]; });
+    const long double rounding = 1e-13L * *std::max_element(largest.begin(), largest.end());
+    for_entries(s, [&](std::int32_t i, std::int32_t j, long double a) {
+        scale[i] += std::fabs(a) * std::max(largest[j], rounding);
+    });
     for (int k = 1; k <= X.extent(2); ++k) {
         std::vector<long double> r(n, 0);
         for (std::int32_t i = 1; i <= s.M.N; ++i) r[i] = s.B(i, k);

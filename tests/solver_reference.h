@@ -18,7 +18,8 @@ meshes::System system_of(std::int32_t n, Entries entries, const std::vector<std:
 Entries entries_of(const meshes::System& s);
 
 // For each row, counted from 1, the largest |b - A x| of the columns relative to what its terms could amount to:
-// sum |a_ij| max |x_j| + max |b_i|, the maxima over the columns. Infinite where x is not finite.
+// sum |a_ij| max |x_j| + max |b_i|, the maxima over the columns; an unknown below 1e-13 of the largest is rounding and
+// counts with that. Infinite where x is not finite.
 std::vector<long double> residuals(const meshes::System& s, const Columns& X);
 
 // The largest error of an unknown, relative to what the rounding of A and b to 64-bit reals may change in it:

@@ -112,7 +112,7 @@ TEST(Solver, BaseSystemsAgainstLongDouble) {
                         const System s = base_system(mesh);
                         const Answer answer = solve(s);
                         ASSERT_EQ(answer.error, 0);
-                        EXPECT_LE(error(s, answer.X), 4);
+                        EXPECT_LE(error(s, answer.X), 8);
                     }
 }
 
@@ -394,7 +394,7 @@ TEST(Solver, KernelsOfBothInstructionSetsAgree) {
         for (const LDLT::Instructions set : {LDLT::Instructions::baseline, LDLT::Instructions::avx2}) {
             Columns& x = X[set == LDLT::Instructions::avx2];
             x.allocate(s.M.N, nrhs);
-            ASSERT_EQ(LDLT::solve_symmetric(A, false, nrhs, s.B.memory(), x.memory(), set), LDLT::Status::done);
+            ASSERT_TRUE(LDLT::solve_symmetric(A, false, nrhs, s.B.memory(), x.memory(), set));
         }
         EXPECT_TRUE(same_bits(X[0].memory(), X[1].memory(), s.M.N * nrhs)) << "order " << s.M.N;
     }
