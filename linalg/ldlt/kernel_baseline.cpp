@@ -1,0 +1,3 @@
+#define KERNEL baseline
+#define VECTOR 2
+#include "linalg/ldlt/kernel.inl"

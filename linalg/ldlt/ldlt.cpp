@@ -1,0 +1,78 @@
+// The stages in their order.
+#include "linalg/ldlt/ldlt.h"
+
+#include <algorithm>
+
+namespace LDLT {
+namespace {
+
+constexpr int MAXATTEMPTS = 3;
+
+enum class Outcome { done, not_definite, general };
+
+// The path for a semidefinite core in a small border. Null pivots of the core join the border in another attempt.
+Outcome factorise_bordered(const Matrix& A, bool definite, System& system, Instructions instructions) {
+    const Outcome otherwise = definite ? Outcome::not_definite : Outcome::general;
+    Classes& c = system.classes;
+    c = classify(A);
+    if (c.negative) return otherwise;
+    if (definite && c.core.size() != static_cast<std::size_t>(A.n)) return otherwise;
+    if (c.primary.size() > MAXPRIMARIES) return otherwise;
+    ground(c, definite);
+    for (int attempt = 0; attempt < MAXATTEMPTS; ++attempt) {
+        system.symbolic = order(c.graph, c.grounded);
+        symbolic(c.graph, system.symbolic);
+        system.factor = factorise(c, system.symbolic, instructions);
+        if (system.factor.negative) return otherwise;
+        if (system.factor.null.empty()) {
+            factorise_border(A, system, instructions);
+            return system.border.negative ? otherwise : Outcome::done;
+        }
+        if (definite) return otherwise;
+        for (const std::int32_t v : system.factor.null) c.grounded[v] = 1;
+    }
+    return otherwise;
+}
+
+// Columns `column` on of B, as many as there are lanes; spare lanes are 0.
+void gather(const double* b, std::int64_t n, std::int32_t column, std::int32_t lanes, double* B) {
+    for (std::int64_t i = 0; i < n; ++i)
+        for (std::int32_t q = 0; q < LANES; ++q) B[i * LANES + q] = q < lanes ? b[(column + q) * n + i] : 0;
+}
+
+}  // namespace
+
+bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const double* b, double* x,
+                     Instructions instructions) {
+    System system, fallback;
+    const Outcome outcome = factorise_bordered(A, definite, system, instructions);
+    if (outcome == Outcome::not_definite) return false;
+    if (outcome == Outcome::general) {
+        system = System();
+        factorise_indefinite(A, system);
+    }
+    const std::int64_t n = A.n, size = n * LANES;
+    const Buffer<double> B = buffer<double>(size), X = buffer<double>(size);
+    Buffer<double> other;
+    for (std::int32_t column = 0; column < nrhs; column += LANES) {
+        const std::int32_t lanes = std::min(nrhs - column, LANES);
+        gather(b, n, column, lanes, B.get());
+        double error[LANES];
+        solve_refined(A, system, B.get(), X.get(), error, instructions);
+        const bool converged = std::all_of(error, error + lanes, [](double e) { return e <= CONVERGED; });
+        if (!converged && !system.general && !definite) {
+            if (!fallback.general) factorise_indefinite(A, fallback);
+            if (!other) other = buffer<double>(size);
+            double second[LANES];
+            solve_refined(A, fallback, B.get(), other.get(), second, instructions);
+            for (std::int32_t q = 0; q < lanes; ++q)
+                if (!(error[q] <= CONVERGED) && !(second[q] >= error[q]))
+                    for (std::int64_t i = q; i < size; i += LANES) X[i] = other[i];
+        }
+        for (std::int32_t q = 0; q < lanes; ++q)
+            for (std::int64_t i = 0; i < n; ++i) x[(column + q) * n + i] = X[i * LANES + q];
+    }
+    return true;
+}
+
+}  // namespace LDLT

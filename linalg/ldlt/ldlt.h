@@ -1,0 +1,247 @@
+// Sparse L D L^T for stiffness matrices bordered by constraints: the factorisation behind OD_PARDISO2.
+//
+// The matrices that come are a positive semidefinite stiffness K, one row for each node of a mesh, with a few rows of
+// multipliers around it that hold out the null vectors of K and tie single unknowns to a handful of others. Nearly all
+// of the work lies in K, and K needs no pivoting; so the border is kept apart and only the small dense rest is pivoted.
+//
+//   classify    sorts the unknowns. Empty rows are passed over. A positive diagonal makes the core, a zero diagonal the
+//               border. A node that hangs on a multiplier alone (x_b = sum h_k x_k) is condensed together with it,
+//               which is a 2 x 2 pivot (Duff and Reid) whose fill stays among the nodes h. Of every connected component
+//               of the core one node is grounded, that is moved to the border: what remains of the core is positive
+//               definite.
+//   order       numbers the core so that its factor fills in little (approximate minimum degree: Amestoy, Davis, Duff).
+//   symbolic    finds the shape of the factor before any value: elimination tree (Liu), column counts (Gilbert, Ng,
+//               Peyton), supernodes, that is runs of columns with one pattern, small ones merged to save handling.
+//   numeric     multifrontal elimination (Duff and Reid): each supernode gathers its columns and the update matrices of
+//               its children in a dense front, eliminates its columns and leaves an update matrix to its parent.
+//   border      eliminates the core from the border. The dense rest is symmetric indefinite and factorised by Bunch and
+//               Parlett with complete pivoting; what has no pivot left is undetermined and becomes 0.
+//   solve       forward, border, backward, for four right-hand sides at a time.
+//   refine      corrects the solution by the residual of the matrix as it was given, and judges it.
+//   indefinite  takes what does not fit the picture above, any symmetric matrix, through threshold pivoting in the
+//               fronts. Slower, seldom needed.
+//
+// Sources: T. A. Davis, Direct Methods for Sparse Linear Systems (2006); I. S. Duff and J. K. Reid, The multifrontal
+// solution of indefinite sparse symmetric linear equations, ACM TOMS 9 (1983); J. R. Bunch and B. N. Parlett, Direct
+// methods for solving symmetric indefinite systems of linear equations, SIAM J. Numer. Anal. 8 (1971); J. R. Gilbert,
+// E. G. Ng and B. W. Peyton, An efficient algorithm to compute row and column counts for sparse Cholesky factorization,
+// SIAM J. Matrix Anal. Appl. 15 (1994); J. W. H. Liu, The role of elimination trees in sparse factorization, SIAM J.
+// Matrix Anal. Appl. 11 (1990).
+//
+// Everything in this folder counts from 0. Three numberings stand side by side: unknowns, as the caller numbers them;
+// core nodes 0 to nodes - 1, in the order in which they are found; and positions, the order of elimination, which ends
+// with the grounded nodes. All memory belongs to the records below and ends with them; std::bad_alloc says that there
+// is too little, or that an index would not fit 32 bits.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "linalg/ldlt/limits.h"
+
+namespace LDLT {
+
+// Which of the two builds of the kernels runs. They give the same bits.
+enum class Instructions { baseline, avx2 };
+Instructions best_instructions();  // of this processor
+
+// The caller's matrix: upper triangle in compressed rows counted from 1, each with its diagonal first.
+struct Matrix {
+    std::int32_t n = 0;
+    const double* a = nullptr;
+    const std::int32_t* ia = nullptr;
+    const std::int32_t* ja = nullptr;
+};
+
+// Solves A X = B; b and x hold nrhs columns of length n, every entry of A and B is finite. With `definite` a matrix
+// that is not positive definite is refused: false, X undefined. Without, see linalg/ondrel64.h for singular ones.
+bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const double* b, double* x,
+                     Instructions instructions);
+
+// ------------------------------------------------------------------------------------------------------------------
+// What follows is shared by the files of this folder only.
+
+// Memory that is not cleared, for arrays whose every entry is assigned, or whose unused part should cost nothing.
+template <class T>
+using Buffer = std::unique_ptr<T[]>;
+template <class T>
+Buffer<T> buffer(std::int64_t size) {
+    return Buffer<T>(new T[static_cast<std::size_t>(size > 0 ? size : 1)]);
+}
+
+constexpr int LANES = 4;  // right-hand sides that are solved together; spare ones are 0
+// What an unknown is. `place` is its number among its kind.
+enum class Kind : std::int8_t {
+    empty,    // no entry but zeros: x = 0
+    core,     // positive diagonal; place counts core nodes
+    primary,  // border row that touches the core, or touches many unknowns; place counts primaries
+    second,   // border row that touches the border alone; place counts seconds
+    hung,     // node that hangs on a tie; place counts ties
+    tie       // its multiplier
+};
+
+// x_hung = (load - sum weight_k x_k) / s over core nodes; the hung node has the diagonal d and touches primaries.
+struct Tie {
+    std::int32_t hung, tie;
+    double s, d;
+};
+
+// Rows as lists: row i has the entries start[i] to start[i + 1] - 1.
+struct Lists {
+    std::vector<std::int32_t> start;
+    Buffer<std::int32_t> column;
+    Buffer<double> value;
+};
+
+// Turns the lengths in start into row starts, the last entry being the end, and takes memory for the entries.
+void allocate(Lists& lists);
+// Appends to row i; `end` begins as a copy of the row starts.
+inline void append(Lists& lists, std::vector<std::int32_t>& end, std::int32_t i, std::int32_t column, double value) {
+    lists.column[end[i]] = column;
+    lists.value[end[i]++] = value;
+}
+
+// Calls visit(i, j, value) for every entry of A right of the diagonal that is not 0.
+template <class Visit>
+void for_each_entry(const Matrix& A, Visit visit) {
+    for (std::int32_t i = 0; i < A.n; ++i)
+        for (std::int32_t at = A.ia[i]; at < A.ia[i + 1] - 1; ++at)
+            if (A.a[at] != 0) visit(i, A.ja[at] - 1, A.a[at]);
+}
+
+struct Classes {
+    std::vector<Kind> kind;             // (n)
+    std::vector<std::int32_t> place;    // (n)
+    std::vector<std::int32_t> core;     // (nodes)      unknown of each core node
+    std::vector<std::int32_t> primary;  // (primaries)  unknown of each primary
+    std::vector<std::int32_t> second;   // (seconds)
+    std::vector<Tie> ties;
+    std::vector<std::int32_t> slim;     // (n)          row in `rows`, -1 for what has none
+    Lists rows;                         // full rows, by unknowns, of all but the nodes of the mesh
+    Lists graph;                        // core without diagonals, both triangles, ties condensed, by core nodes
+    std::vector<double> diagonal;       // (nodes)      its diagonal
+    std::vector<std::int8_t> grounded;  // (nodes)      1 where the node belongs to the border
+    bool negative = false;              // a negative diagonal: nothing else is filled
+};
+
+// Order of elimination and shape of the factor.
+struct Symbolic {
+    std::int32_t nodes = 0, pivots = 0;  // positions from `pivots` on are grounded
+    std::vector<std::int32_t> node;      // (nodes)  core node at each position
+    std::vector<std::int32_t> position;  // (nodes)  position of each core node
+    std::int32_t supernodes = 0;
+    std::vector<std::int32_t> first;       // (supernodes + 1)  first position of each supernode
+    std::vector<std::int32_t> up;          // (supernodes)      parent supernode, -1 at a root
+    std::vector<std::int64_t> rows_start;  // (supernodes + 1)  where in `rows` its rows below begin
+    Buffer<std::int32_t> rows;             // positions of these rows, ascending
+    std::vector<std::int64_t> panel;       // (supernodes + 1)  where in the factor its panel begins
+    std::vector<std::int64_t> update;      // (supernodes)      where in its stack its update matrix begins
+    std::vector<std::int8_t> stack;        // (supernodes)      which of the two stacks, by depth in the tree
+    std::int64_t stack_size[2] = {0, 0};
+};
+
+// The panel of a supernode with k columns and r rows below is a column-major block. Rows k to k + r - 1 are the rows
+// below; rows of zeros pad it, so that kernels take four rows at a time. Update matrices are r x r, padded likewise.
+inline std::int32_t padded(std::int32_t size) { return (size + 3) & ~3; }
+inline std::int32_t panel_rows(std::int32_t k, std::int32_t r) { return padded(k) + padded(r); }
+
+// What elimination of the core leaves at the grounded nodes i and j, counted from 0.
+struct Remainder {
+    std::int32_t i, j;
+    double value;
+};
+
+struct Factor {
+    Buffer<double> panels;               // L below its unit diagonal
+    std::vector<double> pivot, inverse;  // (pivots)  D and 1 / D; both 0 where the pivot is null
+    std::vector<std::int32_t> null;      // core nodes with a null pivot
+    std::vector<Remainder> remainder;    // lower triangle
+    bool negative = false;               // a negative pivot was met, the factor is not finished
+};
+
+// Kinds, ties, and the core's matrix in the caller's order.
+Classes classify(const Matrix& A);
+// Chooses the grounded nodes, none where A must be definite, and renumbers the core where neighbours lie far apart.
+void ground(Classes& c, bool definite);
+
+// Fills nodes, pivots, node and position: the nodes that are not grounded so that the factor fills in little.
+Symbolic order(const Lists& graph, const std::vector<std::int8_t>& grounded);
+// Reorders the pivots along the tree, without more fill, and fills in the rest.
+void symbolic(const Lists& graph, Symbolic& S);
+Factor factorise(const Classes& c, const Symbolic& S, Instructions instructions);
+
+// X (nodes, LANES) by positions: L^-1 X, and with the values at the grounded positions given L^-T X.
+void forward(const Symbolic& S, const Factor& F, double* X, Instructions instructions);
+void backward(const Symbolic& S, const Factor& F, double* X, Instructions instructions);
+
+// Pivots of a dense block: null, of order 1, or first and second of order 2.
+enum class Pivot : std::int8_t { null, single, first, second };
+
+// A dense symmetric matrix, scaled and factorised with complete pivoting: P S A S P^T = L D L^T, D in blocks of 1
+// and 2.
+struct Dense {
+    std::int32_t n = 0;
+    std::vector<double> L;          // (n, n)  L below the diagonal, D on it and beside it
+    std::vector<double> scale;      // (n)     powers of 2
+    std::vector<std::int32_t> row;  // (n)     row of A at each place
+    std::vector<Pivot> block;       // (n)
+};
+
+// The border once the core is eliminated. Its unknowns are counted as grounded nodes, primaries, seconds.
+struct Border {
+    std::vector<std::int32_t> place;  // place of each border unknown in the dense matrix, -1 where it is dead
+    Buffer<double> Y;                 // (blocks of 4 primaries, nodes, LANES)  L^-1 times the primaries' columns
+    Dense dense;
+    bool negative = false;  // the core turned out indefinite, nothing else is filled
+};
+
+// Factorises the dense matrix A (n, n). Rows with `late` set become pivots only when no other row can.
+Dense factorise_dense(std::vector<double> A, const std::vector<std::int8_t>& late);
+void solve_dense(const Dense& D, double* X);  // (n, LANES), a null pivot gives 0
+
+// Steps of both: exchange two rows and columns of a full symmetric matrix F (n, n), eliminate row p, or rows p and
+// p + 1, from all rows behind.
+void exchange(double* F, std::size_t n, std::size_t p, std::size_t q);
+void eliminate(double* F, std::size_t n, std::size_t p);
+void eliminate_pair(double* F, std::size_t n, std::size_t p);
+
+// X (n, LANES) with finished columns of L, of which there are as many as pivots: L^-1 X; D^-1 X, 0 at a null pivot;
+// L^-T X.
+void forward_pivots(const double* L, std::size_t n, const std::vector<Pivot>& block, double* X);
+void divide_pivots(const double* L, std::size_t n, const std::vector<Pivot>& block, double* X);
+void backward_pivots(const double* L, std::size_t n, const std::vector<Pivot>& block, double* X);
+
+// A front of the general path: k pivots, then r rows that go to the parent.
+struct IndefiniteFront {
+    std::vector<std::int32_t> rows;  // (k + r)     position of each row
+    std::vector<double> L;           // (k + r, k)  as in Dense
+    std::vector<Pivot> block;        // (k)
+};
+
+// Everything that is needed to solve: x = 0 where `dead` is set, and that equation is passed over.
+struct System {
+    bool general = false;  // the fronts below take all of the matrix; else the members before them
+    Classes classes;
+    Symbolic symbolic;
+    Factor factor;
+    Border border;
+    std::vector<IndefiniteFront> fronts;
+    std::vector<double> scale;      // (n)  powers of 2, general path
+    std::vector<std::int8_t> dead;  // (n)
+};
+
+// Both fill `border` and `dead` of a system whose core is factorised, or the general members of an empty one.
+void factorise_border(const Matrix& A, System& system, Instructions instructions);
+void factorise_indefinite(const Matrix& A, System& system);
+
+// X = A^-1 B, both (n, LANES) by unknowns. work (n, LANES).
+void solve(const System& system, const double* B, double* X, double* work, Instructions instructions);
+void solve_indefinite(const System& system, const double* B, double* X, double* work);
+
+// Solves A X = B with refinement, (n, LANES). error is the backward error of each lane as in refine.cpp.
+void solve_refined(const Matrix& A, const System& system, const double* B, double* X, double (&error)[LANES],
+                   Instructions instructions);
+
+}  // namespace LDLT

@@ -1,0 +1,108 @@
+// Iterative refinement on the matrix as it was given, and the whole of a solution.
+#include <algorithm>
+#include <cmath>
+
+#include "linalg/ldlt/ldlt.h"
+
+namespace LDLT {
+namespace {
+
+constexpr int MAXSTEPS = 3;
+constexpr double TINY = 1e-6;  // share of its norm times max |x| below which a row holds nothing but rounding
+
+// The equations that count: rows of A that are not dead, in columns that are not dead.
+struct Equations {
+    const Matrix& A;
+    const std::vector<std::int8_t>& dead;
+    std::vector<double> largest;  // (n)  entry of each row
+};
+
+// R = B - A X and the componentwise backward error of each lane (Oettli and Prager; Arioli, Demmel and Duff): the
+// largest |r_i| / (|A| |x| + |b|)_i. work (n, LANES)
+void residual(const Equations& e, const double* B, const double* X, double* R, double* work, double (&error)[LANES]) {
+    const Matrix& A = e.A;
+    const std::int64_t n = A.n;
+    double most[LANES] = {};
+    for (std::int64_t i = 0; i < n * LANES; ++i) {
+        R[i] = B[i];
+        work[i] = std::fabs(B[i]);
+        most[i % LANES] = std::max(most[i % LANES], std::fabs(X[i]));
+    }
+    for (std::int64_t i = 0; i < n; ++i) {
+        const double* xi = X + i * LANES;
+        double *ri = R + i * LANES, *wi = work + i * LANES;
+        double r[LANES], w[LANES];
+        const double d = A.a[A.ia[i] - 1];
+        for (int q = 0; q < LANES; ++q) {
+            r[q] = ri[q] - d * xi[q];
+            w[q] = wi[q] + std::fabs(d * xi[q]);
+        }
+        for (std::int32_t at = A.ia[i]; at < A.ia[i + 1] - 1; ++at) {
+            const double a = A.a[at];
+            const std::int64_t j = (A.ja[at] - 1) * static_cast<std::int64_t>(LANES);
+            for (int q = 0; q < LANES; ++q) {
+                const double u = a * X[j + q], v = a * xi[q];
+                r[q] -= u;
+                w[q] += std::fabs(u);
+                R[j + q] -= v;
+                work[j + q] += std::fabs(v);
+            }
+        }
+        for (int q = 0; q < LANES; ++q) {
+            ri[q] = r[q];
+            wi[q] = w[q];
+        }
+    }
+    for (int q = 0; q < LANES; ++q) error[q] = 0;
+    for (std::int64_t i = 0; i < n; ++i) {
+        for (int q = 0; q < LANES; ++q) {
+            double& r = R[i * LANES + q];
+            if (e.dead[i]) r = 0;
+            double size = work[i * LANES + q];
+            const double bound = e.largest[i] * most[q];
+            if (size < TINY * bound) size += bound;
+            const double ratio = r == 0 ? 0 : std::fabs(r) / size;
+            error[q] = ratio <= error[q] ? error[q] : ratio;  // keeps a ratio that is not a number
+        }
+    }
+}
+
+}  // namespace
+
+void solve_refined(const Matrix& A, const System& system, const double* B, double* X, double (&error)[LANES],
+                   Instructions instructions) {
+    const std::size_t size = static_cast<std::size_t>(A.n) * LANES;
+    Equations e{A, system.dead, std::vector<double>(A.n)};
+    for (std::int32_t i = 0; i < A.n; ++i)
+        for (std::int32_t at = A.ia[i] - 1; at < A.ia[i + 1] - 1; ++at) {
+            const double a = std::fabs(A.a[at]);
+            const std::int32_t j = A.ja[at] - 1;
+            e.largest[i] = std::max(e.largest[i], a);
+            e.largest[j] = std::max(e.largest[j], a);
+        }
+    const Buffer<double> R = buffer<double>(size), correction = buffer<double>(size), work = buffer<double>(size);
+    const auto solve_for = [&](const double* load, double* solution) {
+        if (system.general)
+            solve_indefinite(system, load, solution, work.get());
+        else
+            solve(system, load, solution, work.get(), instructions);
+    };
+    solve_for(B, X);
+    residual(e, B, X, R.get(), work.get(), error);
+    bool active[LANES] = {true, true, true, true};  // lanes that gain from another step
+    for (int step = 0; step < MAXSTEPS && (active[0] || active[1] || active[2] || active[3]); ++step) {
+        solve_for(R.get(), correction.get());
+        for (std::size_t i = 0; i < size; ++i) correction[i] += X[i];
+        double corrected[LANES];
+        residual(e, B, correction.get(), R.get(), work.get(), corrected);
+        for (int q = 0; q < LANES; ++q) {
+            const bool better = corrected[q] < error[q];
+            active[q] = active[q] && corrected[q] < 0.5 * error[q];
+            if (!better) continue;
+            error[q] = corrected[q];
+            for (std::size_t i = q; i < size; i += LANES) X[i] = correction[i];
+        }
+    }
+}
+
+}  // namespace LDLT
