@@ -96,8 +96,8 @@ void solve_refined(const Matrix& A, const System& system, const double* B, doubl
         double corrected[LANES];
         residual(e, B, correction.get(), R.get(), work.get(), corrected);
         for (int q = 0; q < LANES; ++q) {
-            const bool better = corrected[q] < error[q];
-            active[q] = active[q] && corrected[q] < 0.5 * error[q];
+            const bool better = active[q] && corrected[q] < error[q];
+            active[q] = better && corrected[q] < 0.5 * error[q];
             if (!better) continue;
             error[q] = corrected[q];
             for (std::size_t i = q; i < size; i += LANES) X[i] = correction[i];
