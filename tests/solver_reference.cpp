@@ -22,7 +22,8 @@ void for_entries(const System& s, Use use) {
 
 using Rows = std::vector<std::vector<long double>>;
 
-// Rows [x | inverse], counted from 0, by Gauss-Jordan elimination with complete pivoting.
+// Rows [x | inverse], counted from 0, by Gauss-Jordan elimination with complete pivoting, x then refined by the
+// inverse: it is accurate in its small unknowns as well.
 Rows solution_and_inverse(const System& s) {
     const std::size_t n = s.M.N, columns = s.B.extent(2);
     Rows W(n, std::vector<long double>(n + columns + n, 0)), X(n, std::vector<long double>(columns + n, 0));
@@ -51,6 +52,13 @@ Rows solution_and_inverse(const System& s) {
     for (std::size_t j = 0; j < n; ++j)
         if (row_of[j] < n)
             std::copy_n(W[row_of[j]].begin() + static_cast<std::ptrdiff_t>(n), columns + n, X[j].begin());
+    for (std::size_t k = 0; k < 3 * columns; ++k) {  // three steps for each column
+        std::vector<long double> r(n);
+        for (std::size_t i = 0; i < n; ++i) r[i] = s.B(i + 1, k % columns + 1);
+        for_entries(s, [&](std::int32_t i, std::int32_t j, long double a) { r[i - 1] -= a * X[j - 1][k % columns]; });
+        for (std::size_t i = 0; i < n; ++i)
+            for (std::size_t j = 0; j < n; ++j) X[i][k % columns] += X[i][columns + j] * r[j];
+    }
     return X;
 }
 

@@ -99,21 +99,30 @@ TEST(Solver, BaseSystems) {
     }
 }
 
-// Slivers down to the least angle that a mesh may have, moduli of 1e-6 beside 1e6, unconnected pieces that the
-// constraints still hold: as accurate as the data allow.
+// Slivers down to the least angle that a mesh may have, moduli of 1e-6 beside 1e6, any units, unconnected pieces that
+// the constraints still hold: as accurate as the data allow.
 TEST(Solver, BaseSystemsAgainstLongDouble) {
-    for (const bool shuffled : {false, true})
-        for (const bool triangles : {false, true})
+    for (const double unit : {1e-9, 1.0, 1e11})
+        for (const bool shuffled : {false, true})
             for (const double aspect : {1.0, 11.0})
                 for (const Shape shape : {Shape::square, Shape::angle, Shape::hollow})
-                    for (const std::int32_t pieces : {1, 2, 3}) {
-                        Mesh mesh = make_mesh({shape, 36 / pieces, 5, triangles, shuffled, 0.15, aspect, pieces});
-                        for (int e = 1; e <= mesh.NELEMS; ++e) mesh.GMOD(e) = e % 3 == 0 ? 1e-6 : e % 3 == 1 ? 1 : 1e6;
-                        const System s = base_system(mesh);
-                        const Answer answer = solve(s);
-                        ASSERT_EQ(answer.error, 0);
-                        EXPECT_LE(error(s, answer.X), 8);
-                    }
+                    for (const std::int32_t pieces : {1, 2, 3})
+                        for (const double contrast : {1.0, 1e6}) {
+                            const bool triangles = shuffled != (pieces == 2);
+                            Mesh mesh = make_mesh({shape, 36 / pieces, 5, triangles, shuffled, 0.15, aspect, pieces});
+                            for (int e = 1; e <= mesh.NELEMS; ++e) {
+                                mesh.EMOD(e) = 2.6 * unit;
+                                mesh.GMOD(e) = unit * (e % 3 == 0 ? contrast : e % 3 == 1 ? 1 : 1 / contrast);
+                            }
+                            for (Bar& bar : mesh.bars) {
+                                bar.EMODUL *= unit;
+                                bar.GMODUL *= unit;
+                            }
+                            const System s = base_system(mesh);
+                            const Answer answer = solve(s);
+                            ASSERT_EQ(answer.error, 0);
+                            EXPECT_LE(error(s, answer.X), 8) << mesh.NNODES << " nodes, unit " << unit;
+                        }
 }
 
 // With bars the second system is singular: a bar's row asks for a multiplier of 0, the load of the mesh for another.
