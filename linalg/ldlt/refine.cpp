@@ -8,7 +8,7 @@ namespace LDLT {
 namespace {
 
 constexpr int MAXSTEPS = 3;
-constexpr double ACCURATE = 1e-15;  // backward error that no further step can lower
+constexpr double ACCURATE = 5e-15;  // backward error at which no further step is worth its time
 constexpr double TINY = 1e-6;       // share of its norm times max |x| below which a row holds nothing but rounding
 
 // The equations that count: rows of A that are not dead, in columns that are not dead.
