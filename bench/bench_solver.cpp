@@ -143,7 +143,7 @@ Times measure(const Plan& plan) {
     Times least{mesh.NNODES, sample(1, ours), sample(1, theirs)};
     const double both = least.ours + least.theirs;
     const int repeats = std::max(1, static_cast<int>(1e-3 / both));
-    const int samples = std::clamp(static_cast<int>(1.5 / (both * repeats)), 4, 300);
+    const int samples = std::clamp(static_cast<int>(2.5 / (both * repeats)), 5, 400);
     for (int s = 0; s < samples; ++s) {
         least.ours = std::min(least.ours, sample(repeats, ours));
         least.theirs = std::min(least.theirs, sample(repeats, theirs));

@@ -289,6 +289,7 @@ TEST(Solver, ValuesThatAreNotFinite) {
             EXPECT_EQ(solve(s, true).error, -4);
             *value = right;
         }
+    EXPECT_EQ(solve(system_of(2, {{{1, 1}, 1}}, {{1, std::numeric_limits<double>::quiet_NaN()}})).error, -4);
     EXPECT_NE(solve(system_of(2, {{{1, 1}, 1e-300}, {{2, 2}, 1}}, {{1e300, 1}})).error, 0);  // X is beyond all reals
     EXPECT_NE(solve(system_of(2, {{{1, 2}, 1e-300}}, {{1e300, 1}})).error, 0);
 }
@@ -334,8 +335,8 @@ TEST(Solver, IndicesThatAreNoUpperTriangle) {
     };
     EXPECT_EQ(error({3, {1, 3, 5, 6}, {1, 2, 2, 3, 3}, 1}), 0);
     const Indices wrong[] = {
-        {3, {0, 3, 5, 6}, {1, 2, 2, 3, 3}, 1},     // does not begin at 1
-        {3, {1, 1, 5, 6}, {1, 2, 2, 3, 3}, 1},     // a row without entries
+        {3, {2, 4, 6, 7}, {7, 1, 2, 2, 3, 3}, 1},  // does not begin at 1
+        {3, {1, 3, 5, 5}, {1, 2, 2, 3, 3}, 1},     // a row without entries
         {3, {1, 3, 2, 6}, {1, 2, 2, 3, 3}, 1},     // starts that descend
         {3, {1, 3000, 5, 6}, {1, 2, 2, 3, 3}, 1},  // a row longer than the matrix
         {3, {1, 3, 5, 6}, {2, 3, 2, 3, 3}, 1},     // no diagonal
@@ -360,6 +361,9 @@ std::vector<System> various_systems() {
         systems.push_back(base_system(mesh));
         systems.push_back(second_system(mesh, solve(systems.back()).X.column(1)));
     }
+    Mesh mixed = make_mesh({Shape::angle, 200, 5, true, true, 0.2, 11});
+    for (int e = 1; e <= mixed.NELEMS; ++e) mixed.GMOD(e) = std::pow(10.0, e % 13 - 6);
+    systems.push_back(base_system(mixed));
     systems.push_back(random_system(60, 3, Diagonal::some_zero, 2, 5));
     systems.push_back(random_system(90, 3, Diagonal::mixed, 0, 6));
     return systems;
