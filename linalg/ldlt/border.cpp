@@ -48,7 +48,7 @@ std::vector<std::int8_t> independent(std::vector<double>& rows, std::size_t coun
     std::vector<std::int8_t> stays(count, count <= p ? 1 : 0);
     if (count <= p) return stays;
     for (std::size_t i = 0; i < count; ++i) {
-        double* row = &rows[i * p];
+        double* row = rows.data() + i * p;
         double largest = 0;
         for (std::size_t z = 0; z < p; ++z) largest = std::max(largest, std::fabs(row[z]));
         if (largest > 0)

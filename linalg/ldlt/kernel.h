@@ -21,21 +21,30 @@ struct Front {
 
 enum class Pivots : std::int8_t { positive, some_null, negative };
 
+struct Columns {
+    const double* panel;  // (rows, k)
+    std::ptrdiff_t rows;
+    std::int32_t k, r;
+};
+
 namespace baseline {
+// Assembled in, eliminated out.
 Pivots eliminate(const Front& f);
-void forward(const double* panel, std::ptrdiff_t rows, std::int32_t k, std::int32_t r, const std::int32_t* below,
-             double* own, double* X);
-void backward(const double* panel, std::ptrdiff_t rows, std::int32_t k, std::int32_t r, const std::int32_t* below,
-              double* own, const double* X);
+// Solve with the finished columns of a supernode. X (k + r, 4) are its rows, gathered, for four right-hand sides.
+void forward(const Columns& c, double* X);
+void backward(const Columns& c, double* X);
+// R -= A X and size += |A| |X|, all (n, 4), for a matrix as the caller gives it.
+void subtract_product(std::int32_t n, const double* a, const std::int32_t* ia, const std::int32_t* ja, const double* X,
+                      double* R, double* size);
 }  // namespace baseline
 
 #ifdef VQ_KERNEL_AVX2
 namespace avx2 {
 Pivots eliminate(const Front& f);
-void forward(const double* panel, std::ptrdiff_t rows, std::int32_t k, std::int32_t r, const std::int32_t* below,
-             double* own, double* X);
-void backward(const double* panel, std::ptrdiff_t rows, std::int32_t k, std::int32_t r, const std::int32_t* below,
-              double* own, const double* X);
+void forward(const Columns& c, double* X);
+void backward(const Columns& c, double* X);
+void subtract_product(std::int32_t n, const double* a, const std::int32_t* ia, const std::int32_t* ja, const double* X,
+                      double* R, double* size);
 }  // namespace avx2
 #endif
 

@@ -121,6 +121,80 @@ bool eliminate_columns(const Front& f, int j, int rows, bool& null) {
     return true;
 }
 
+// Four right-hand sides of one row.
+struct Four {
+    Vector v[FOUR];
+};
+inline Four load4(const double* p) {
+    Four x;
+#pragma GCC unroll 4
+    for (int v = 0; v < FOUR; ++v) x.v[v] = load(p + v * VECTOR);
+    return x;
+}
+inline void store4(double* p, const Four& x) {
+#pragma GCC unroll 4
+    for (int v = 0; v < FOUR; ++v) store(p + v * VECTOR, x.v[v]);
+}
+inline Four operator*(Four x, double factor) {
+#pragma GCC unroll 4
+    for (int v = 0; v < FOUR; ++v) x.v[v] *= factor;
+    return x;
+}
+inline Four operator-(Four x, const Four& y) {
+#pragma GCC unroll 4
+    for (int v = 0; v < FOUR; ++v) x.v[v] -= y.v[v];
+    return x;
+}
+inline Four operator+(Four x, const Four& y) {
+#pragma GCC unroll 4
+    for (int v = 0; v < FOUR; ++v) x.v[v] += y.v[v];
+    return x;
+}
+inline void operator-=(Four& x, const Four& y) { x = x - y; }
+inline void operator+=(Four& x, const Four& y) { x = x + y; }
+inline Four magnitude(Four x) {
+    typedef long long Bits __attribute__((vector_size(8 * VECTOR)));
+#pragma GCC unroll 4
+    for (int v = 0; v < FOUR; ++v) x.v[v] = (Vector)((Bits)x.v[v] & 0x7fffffffffffffffLL);
+    return x;
+}
+
+// Columns j to j + C - 1 of a panel on all rows behind; the columns are read from top to bottom, side by side.
+template <int C>
+void forward_columns(const Columns& p, int j, double* X) {
+    const double* L = p.panel + j * p.rows;
+    Four x[C];
+    for (int c = 0; c < C; ++c) {
+        x[c] = load4(X + 4 * (j + c));
+        for (int b = 0; b < c; ++b) x[c] -= x[b] * L[b * p.rows + j + c];
+        store4(X + 4 * (j + c), x[c]);
+    }
+    const int rows = p.k + p.r;
+    for (int i = j + C; i < rows; ++i) {
+        Four y = load4(X + 4 * i);
+#pragma GCC unroll 4
+        for (int c = 0; c < C; ++c) y -= x[c] * L[c * p.rows + i];
+        store4(X + 4 * i, y);
+    }
+}
+
+template <int C>
+void backward_columns(const Columns& p, int j, double* X) {
+    const double* L = p.panel + j * p.rows;
+    Four x[C];
+    for (int c = 0; c < C; ++c) x[c] = load4(X + 4 * (j + c));
+    const int rows = p.k + p.r;
+    for (int i = j + C; i < rows; ++i) {
+        const Four y = load4(X + 4 * i);
+#pragma GCC unroll 4
+        for (int c = 0; c < C; ++c) x[c] -= y * L[c * p.rows + i];
+    }
+    for (int c = C - 1; c >= 0; --c) {
+        for (int b = c + 1; b < C; ++b) x[c] -= x[b] * L[c * p.rows + j + b];
+        store4(X + 4 * (j + c), x[c]);
+    }
+}
+
 }  // namespace
 
 Pivots eliminate(const Front& f) {
@@ -153,94 +227,48 @@ Pivots eliminate(const Front& f) {
     return null ? Pivots::some_null : Pivots::positive;
 }
 
-// X holds four right-hand sides for each position. `own` are the k rows of the supernode itself.
-void forward(const double* panel, std::ptrdiff_t rows, std::int32_t k, std::int32_t r, const std::int32_t* below,
-             double* own, double* X) {
-    for (int i = 1; i < k; ++i) {
-        Vector x[FOUR];
-#pragma GCC unroll 4
-        for (int v = 0; v < FOUR; ++v) x[v] = load(own + 4 * i + v * VECTOR);
-        for (int j = 0; j < i; ++j)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v) x[v] -= load(own + 4 * j + v * VECTOR) * panel[j * rows + i];
-#pragma GCC unroll 4
-        for (int v = 0; v < FOUR; ++v) store(own + 4 * i + v * VECTOR, x[v]);
-    }
-    constexpr int TALL = 4;
-    const double* L = panel + k;
-    int i = 0;
-    for (; i + TALL <= r; i += TALL) {
-        Vector x[TALL][FOUR];
-#pragma GCC unroll 4
-        for (int t = 0; t < TALL; ++t)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v)
-                x[t][v] = load(X + 4 * static_cast<std::ptrdiff_t>(below[i + t]) + v * VECTOR);
-        for (int j = 0; j < k; ++j)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v) {
-                const Vector y = load(own + 4 * j + v * VECTOR);
-#pragma GCC unroll 4
-                for (int t = 0; t < TALL; ++t) x[t][v] -= y * L[j * rows + i + t];
-            }
-#pragma GCC unroll 4
-        for (int t = 0; t < TALL; ++t)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v)
-                store(X + 4 * static_cast<std::ptrdiff_t>(below[i + t]) + v * VECTOR, x[t][v]);
-    }
-    for (; i < r; ++i) {
-        double* x = X + 4 * static_cast<std::ptrdiff_t>(below[i]);
-        for (int j = 0; j < k; ++j)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v)
-                store(x + v * VECTOR, load(x + v * VECTOR) - load(own + 4 * j + v * VECTOR) * L[j * rows + i]);
+void forward(const Columns& c, double* X) {
+    int j = 0;
+    for (; j + 4 <= c.k; j += 4) forward_columns<4>(c, j, X);
+    switch (c.k - j) {
+        case 1: forward_columns<1>(c, j, X); break;
+        case 2: forward_columns<2>(c, j, X); break;
+        case 3: forward_columns<3>(c, j, X); break;
+        default: break;
     }
 }
 
-void backward(const double* panel, std::ptrdiff_t rows, std::int32_t k, std::int32_t r, const std::int32_t* below,
-              double* own, const double* X) {
-    constexpr int WIDE = 4;
-    const double* L = panel + k;
-    int j = 0;
-    for (; j + WIDE <= k; j += WIDE) {
-        Vector x[WIDE][FOUR];
-#pragma GCC unroll 4
-        for (int t = 0; t < WIDE; ++t)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v) x[t][v] = load(own + 4 * (j + t) + v * VECTOR);
-        for (int i = 0; i < r; ++i)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v) {
-                const Vector y = load(X + 4 * static_cast<std::ptrdiff_t>(below[i]) + v * VECTOR);
-#pragma GCC unroll 4
-                for (int t = 0; t < WIDE; ++t) x[t][v] -= y * L[(j + t) * rows + i];
-            }
-#pragma GCC unroll 4
-        for (int t = 0; t < WIDE; ++t)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v) store(own + 4 * (j + t) + v * VECTOR, x[t][v]);
+void backward(const Columns& c, double* X) {
+    const int rest = c.k % 4, j = c.k - rest;
+    switch (rest) {
+        case 1: backward_columns<1>(c, j, X); break;
+        case 2: backward_columns<2>(c, j, X); break;
+        case 3: backward_columns<3>(c, j, X); break;
+        default: break;
     }
-    for (; j < k; ++j) {
-        Vector x[FOUR];
-#pragma GCC unroll 4
-        for (int v = 0; v < FOUR; ++v) x[v] = load(own + 4 * j + v * VECTOR);
-        for (int i = 0; i < r; ++i)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v)
-                x[v] -= load(X + 4 * static_cast<std::ptrdiff_t>(below[i]) + v * VECTOR) * L[j * rows + i];
-#pragma GCC unroll 4
-        for (int v = 0; v < FOUR; ++v) store(own + 4 * j + v * VECTOR, x[v]);
-    }
-    for (j = k - 2; j >= 0; --j) {
-        Vector x[FOUR];
-#pragma GCC unroll 4
-        for (int v = 0; v < FOUR; ++v) x[v] = load(own + 4 * j + v * VECTOR);
-        for (int i = j + 1; i < k; ++i)
-#pragma GCC unroll 4
-            for (int v = 0; v < FOUR; ++v) x[v] -= load(own + 4 * i + v * VECTOR) * panel[j * rows + i];
-#pragma GCC unroll 4
-        for (int v = 0; v < FOUR; ++v) store(own + 4 * j + v * VECTOR, x[v]);
+    for (int i = j - 4; i >= 0; i -= 4) backward_columns<4>(c, i, X);
+}
+
+void subtract_product(std::int32_t n, const double* a, const std::int32_t* ia, const std::int32_t* ja, const double* X,
+                      double* R, double* size) {
+    for (std::int32_t i = 0; i < n; ++i) {
+        const std::ptrdiff_t row = 4 * static_cast<std::ptrdiff_t>(i);
+        const Four x = load4(X + row);
+        Four r = load4(R + row), w = load4(size + row);
+        const double diagonal = a[ia[i] - 1];
+        const Four d = x * diagonal;
+        r -= d;
+        w += magnitude(d);
+        for (std::int32_t at = ia[i]; at < ia[i + 1] - 1; ++at) {
+            const std::ptrdiff_t column = 4 * static_cast<std::ptrdiff_t>(ja[at] - 1);
+            const Four u = load4(X + column) * a[at], v = x * a[at];
+            r -= u;
+            w += magnitude(u);
+            store4(R + column, load4(R + column) - v);
+            store4(size + column, load4(size + column) + magnitude(v));
+        }
+        store4(R + row, r);
+        store4(size + row, w);
     }
 }
 

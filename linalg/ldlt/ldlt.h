@@ -140,6 +140,7 @@ struct Symbolic {
     std::vector<std::int64_t> update;      // (supernodes)      where in its stack its update matrix begins
     std::vector<std::int8_t> stack;        // (supernodes)      which of the two stacks, by depth in the tree
     std::int64_t stack_size[2] = {0, 0};
+    std::int32_t most_rows = 0;  // of a front
 };
 
 // The panel of a supernode with k columns and r rows below is a column-major block. Rows k to k + r - 1 are the rows
@@ -175,6 +176,9 @@ Factor factorise(const Classes& c, const Symbolic& S, Instructions instructions)
 // X (nodes, LANES) by positions: L^-1 X, and with the values at the grounded positions given L^-T X.
 void forward(const Symbolic& S, const Factor& F, double* X, Instructions instructions);
 void backward(const Symbolic& S, const Factor& F, double* X, Instructions instructions);
+
+// R -= A X and size += |A| |X|, all (n, LANES) by unknowns.
+void subtract_product(const Matrix& A, const double* X, double* R, double* size, Instructions instructions);
 
 // Pivots of a dense block: null, of order 1, or first and second of order 2.
 enum class Pivot : std::int8_t { null, single, first, second };

@@ -16,6 +16,43 @@ Pivots eliminate(const Front& f, Instructions instructions) {
     return baseline::eliminate(f);
 }
 
+void forward(const Columns& c, double* X, Instructions instructions) {
+#ifdef VQ_KERNEL_AVX2
+    if (instructions == Instructions::avx2) return avx2::forward(c, X);
+#endif
+    (void)instructions;
+    baseline::forward(c, X);
+}
+
+void backward(const Columns& c, double* X, Instructions instructions) {
+#ifdef VQ_KERNEL_AVX2
+    if (instructions == Instructions::avx2) return avx2::backward(c, X);
+#endif
+    (void)instructions;
+    baseline::backward(c, X);
+}
+
+Columns columns(const Symbolic& S, const Factor& F, std::int32_t s) {
+    const std::int32_t k = S.first[s + 1] - S.first[s];
+    const std::int32_t r = static_cast<std::int32_t>(S.rows_start[s + 1] - S.rows_start[s]);
+    return {F.panels.get() + S.panel[s], panel_rows(k, r), k, r};
+}
+
+// The rows of a supernode out of X by positions, and the first `count` of them back.
+void gather(const Symbolic& S, std::int32_t s, const Columns& c, const double* X, double* own) {
+    const std::int32_t* below = S.rows.get() + S.rows_start[s];
+    std::memcpy(own, X + static_cast<std::ptrdiff_t>(S.first[s]) * LANES, sizeof(double) * LANES * c.k);
+    for (std::int32_t i = 0; i < c.r; ++i)
+        std::memcpy(own + (c.k + i) * LANES, X + static_cast<std::ptrdiff_t>(below[i]) * LANES, sizeof(double) * LANES);
+}
+
+void scatter(const Symbolic& S, std::int32_t s, const Columns& c, const double* own, std::int32_t count, double* X) {
+    const std::int32_t* below = S.rows.get() + S.rows_start[s];
+    std::memcpy(X + static_cast<std::ptrdiff_t>(S.first[s]) * LANES, own, sizeof(double) * LANES * c.k);
+    for (std::int32_t i = c.k; i < count; ++i)
+        std::memcpy(X + static_cast<std::ptrdiff_t>(below[i - c.k]) * LANES, own + i * LANES, sizeof(double) * LANES);
+}
+
 // Column j of the front, so that its row i, for i at or below j, is [i].
 double* column(const Front& f, std::int32_t j) {
     return j < f.k ? f.panel + j * f.rows : f.update + static_cast<std::ptrdiff_t>(j - f.k) * padded(f.r) - f.k;
@@ -28,6 +65,14 @@ Instructions best_instructions() {
     if (__builtin_cpu_supports("avx2")) return Instructions::avx2;
 #endif
     return Instructions::baseline;
+}
+
+void subtract_product(const Matrix& A, const double* X, double* R, double* size, Instructions instructions) {
+#ifdef VQ_KERNEL_AVX2
+    if (instructions == Instructions::avx2) return avx2::subtract_product(A.n, A.a, A.ia, A.ja, X, R, size);
+#endif
+    (void)instructions;
+    baseline::subtract_product(A.n, A.a, A.ia, A.ja, X, R, size);
 }
 
 Factor factorise(const Classes& c, const Symbolic& S, Instructions instructions) {
@@ -103,39 +148,23 @@ Factor factorise(const Classes& c, const Symbolic& S, Instructions instructions)
 }
 
 void forward(const Symbolic& S, const Factor& F, double* X, Instructions instructions) {
+    std::vector<double> gathered(static_cast<std::size_t>(S.most_rows) * LANES);
     for (std::int32_t s = 0; s < S.supernodes; ++s) {
-        const std::int32_t k = S.first[s + 1] - S.first[s];
-        const std::int32_t r = static_cast<std::int32_t>(S.rows_start[s + 1] - S.rows_start[s]);
-        const double* panel = F.panels.get() + S.panel[s];
-        const std::int32_t* below = S.rows.get() + S.rows_start[s];
-        double* own = X + static_cast<std::ptrdiff_t>(LANES) * S.first[s];
-#ifdef VQ_KERNEL_AVX2
-        if (instructions == Instructions::avx2) {
-            avx2::forward(panel, panel_rows(k, r), k, r, below, own, X);
-            continue;
-        }
-#endif
-        baseline::forward(panel, panel_rows(k, r), k, r, below, own, X);
+        const Columns c = columns(S, F, s);
+        gather(S, s, c, X, gathered.data());
+        forward(c, gathered.data(), instructions);
+        scatter(S, s, c, gathered.data(), c.k + c.r, X);
     }
-    (void)instructions;
 }
 
 void backward(const Symbolic& S, const Factor& F, double* X, Instructions instructions) {
+    std::vector<double> gathered(static_cast<std::size_t>(S.most_rows) * LANES);
     for (std::int32_t s = S.supernodes - 1; s >= 0; --s) {
-        const std::int32_t k = S.first[s + 1] - S.first[s];
-        const std::int32_t r = static_cast<std::int32_t>(S.rows_start[s + 1] - S.rows_start[s]);
-        const double* panel = F.panels.get() + S.panel[s];
-        const std::int32_t* below = S.rows.get() + S.rows_start[s];
-        double* own = X + static_cast<std::ptrdiff_t>(LANES) * S.first[s];
-#ifdef VQ_KERNEL_AVX2
-        if (instructions == Instructions::avx2) {
-            avx2::backward(panel, panel_rows(k, r), k, r, below, own, X);
-            continue;
-        }
-#endif
-        baseline::backward(panel, panel_rows(k, r), k, r, below, own, X);
+        const Columns c = columns(S, F, s);
+        gather(S, s, c, X, gathered.data());
+        backward(c, gathered.data(), instructions);
+        scatter(S, s, c, gathered.data(), c.k, X);
     }
-    (void)instructions;
 }
 
 }  // namespace LDLT

@@ -8,7 +8,8 @@ namespace LDLT {
 namespace {
 
 constexpr int MAXSTEPS = 3;
-constexpr double TINY = 1e-6;  // share of its norm times max |x| below which a row holds nothing but rounding
+constexpr double ACCURATE = 5e-15;  // backward error at which no further step is worth its time
+constexpr double TINY = 1e-6;       // share of its norm times max |x| below which a row holds nothing but rounding
 
 // The equations that count: rows of A that are not dead, in columns that are not dead.
 struct Equations {
@@ -19,40 +20,18 @@ struct Equations {
 
 // R = B - A X and the componentwise backward error of each lane (Oettli and Prager; Arioli, Demmel and Duff): the
 // largest |r_i| / (|A| |x| + |b|)_i. work (n, LANES)
-void residual(const Equations& e, const double* B, const double* X, double* R, double* work, double (&error)[LANES]) {
+void residual(const Equations& e, const double* B, const double* X, double* R, double* work, double (&error)[LANES],
+              Instructions instructions) {
     const Matrix& A = e.A;
     const std::int64_t n = A.n;
     double most[LANES] = {};
-    for (std::int64_t i = 0; i < n * LANES; ++i) {
-        R[i] = B[i];
-        work[i] = std::fabs(B[i]);
-        most[i % LANES] = std::max(most[i % LANES], std::fabs(X[i]));
-    }
-    for (std::int64_t i = 0; i < n; ++i) {
-        const double* xi = X + i * LANES;
-        double *ri = R + i * LANES, *wi = work + i * LANES;
-        double r[LANES], w[LANES];
-        const double d = A.a[A.ia[i] - 1];
+    for (std::int64_t i = 0; i < n; ++i)
         for (int q = 0; q < LANES; ++q) {
-            r[q] = ri[q] - d * xi[q];
-            w[q] = wi[q] + std::fabs(d * xi[q]);
+            R[i * LANES + q] = B[i * LANES + q];
+            work[i * LANES + q] = std::fabs(B[i * LANES + q]);
+            most[q] = std::max(most[q], std::fabs(X[i * LANES + q]));
         }
-        for (std::int32_t at = A.ia[i]; at < A.ia[i + 1] - 1; ++at) {
-            const double a = A.a[at];
-            const std::int64_t j = (A.ja[at] - 1) * static_cast<std::int64_t>(LANES);
-            for (int q = 0; q < LANES; ++q) {
-                const double u = a * X[j + q], v = a * xi[q];
-                r[q] -= u;
-                w[q] += std::fabs(u);
-                R[j + q] -= v;
-                work[j + q] += std::fabs(v);
-            }
-        }
-        for (int q = 0; q < LANES; ++q) {
-            ri[q] = r[q];
-            wi[q] = w[q];
-        }
-    }
+    subtract_product(A, X, R, work, instructions);
     for (int q = 0; q < LANES; ++q) error[q] = 0;
     for (std::int64_t i = 0; i < n; ++i) {
         for (int q = 0; q < LANES; ++q) {
@@ -88,16 +67,16 @@ void solve_refined(const Matrix& A, const System& system, const double* B, doubl
             solve(system, load, solution, work.get(), instructions);
     };
     solve_for(B, X);
-    residual(e, B, X, R.get(), work.get(), error);
+    residual(e, B, X, R.get(), work.get(), error, instructions);
     bool active[LANES] = {true, true, true, true};  // lanes that gain from another step
     for (int step = 0; step < MAXSTEPS && (active[0] || active[1] || active[2] || active[3]); ++step) {
         solve_for(R.get(), correction.get());
         for (std::size_t i = 0; i < size; ++i) correction[i] += X[i];
         double corrected[LANES];
-        residual(e, B, correction.get(), R.get(), work.get(), corrected);
+        residual(e, B, correction.get(), R.get(), work.get(), corrected, instructions);
         for (int q = 0; q < LANES; ++q) {
-            const bool better = corrected[q] < error[q];
-            active[q] = active[q] && corrected[q] < 0.5 * error[q];
+            const bool better = active[q] && corrected[q] < error[q];
+            active[q] = better && corrected[q] < 0.5 * error[q] && corrected[q] > ACCURATE;
             if (!better) continue;
             error[q] = corrected[q];
             for (std::size_t i = q; i < size; i += LANES) X[i] = correction[i];

@@ -6,6 +6,8 @@
 namespace LDLT {
 namespace {
 
+constexpr double SETUP = 400, GATHER = 0.6, ELIMINATE = 0.17, PASS = 7;  // see cost  // see cost
+
 using Integers = std::vector<std::int32_t>;
 
 // Children of each node of a forest as chains: head of the parent's chain, then next; ascending.
@@ -123,22 +125,21 @@ Integers column_counts(const Lists& graph, const Symbolic& S, const Integers& pa
     return count;
 }
 
-// A supernode while small ones are merged: its columns, the rows below, and its entries that are not padding.
+// A supernode while small ones are merged: its columns and the rows below.
 struct Candidate {
-    std::int64_t columns, rows, entries;
+    std::int32_t columns, rows;
 };
 
-std::int64_t trapezoid(std::int64_t columns, std::int64_t rows) { return columns * (columns + 1) / 2 + columns * rows; }
+// What a front costs, roughly in processor cycles: to set up, to gather its update matrix in the parent, to eliminate,
+// and to pass over its panel in every solution.
+double cost(double k, double r) {
+    return SETUP + GATHER * r * r + ELIMINATE * k * (r * r + r * k + k * k / 3) + PASS * k * (k + r);
+}
 
-// Whether a child is worth merging: a few padding zeros cost less than a front of its own.
+// Whether a child is better merged: a few padding zeros can cost less than a front of its own.
 bool worth_merging(const Candidate& parent, const Candidate& child) {
-    const std::int64_t columns = parent.columns + child.columns;
-    const double size = static_cast<double>(trapezoid(columns, parent.rows));
-    const double zeros = size - static_cast<double>(parent.entries + child.entries);
-    if (columns <= 4) return true;
-    if (columns <= 16) return zeros < 0.8 * size;
-    if (columns <= 48) return zeros < 0.1 * size;
-    return zeros < 0.05 * size;
+    return cost(parent.columns + child.columns, parent.rows) <
+           cost(parent.columns, parent.rows) + cost(child.columns, child.rows);
 }
 
 // Finds the supernodes, merges children into their parents, and reorders the pivots so that the columns of each
@@ -150,14 +151,13 @@ Integers find_supernodes(Symbolic& S, const Integers& parent, const Integers& co
     std::vector<Candidate> candidate;
     for (std::int32_t j = 0; j < n; ++j) {
         if (j == 0 || parent[j - 1] != j || count[j - 1] != count[j] + 1) {
-            candidate.push_back({0, 0, 0});
+            candidate.push_back({0, 0});
             last.push_back(j);
         }
         super[j] = static_cast<std::int32_t>(last.size()) - 1;
         last.back() = j;
         candidate.back().columns += 1;
         candidate.back().rows = count[j] - 1;
-        candidate.back().entries += count[j];
     }
     const std::int32_t found = static_cast<std::int32_t>(last.size());
     Integers up(found, -1), into(found);
@@ -176,7 +176,6 @@ Integers find_supernodes(Symbolic& S, const Integers& parent, const Integers& co
                 continue;
             }
             candidate[s].columns += candidate[child].columns;
-            candidate[s].entries += candidate[child].entries;
             into[child] = s;
             std::int32_t* tail = &c.head[child];
             while (*tail >= 0) tail = &c.next[*tail];
@@ -203,8 +202,8 @@ Integers find_supernodes(Symbolic& S, const Integers& parent, const Integers& co
     for (std::int32_t k = 0; k < S.supernodes; ++k) {
         const Candidate& merged = candidate[kept[sequence[k]]];
         S.first[k] = columns;
-        columns += static_cast<std::int32_t>(merged.columns);
-        rows[k] = static_cast<std::int32_t>(merged.rows);
+        columns += merged.columns;
+        rows[k] = merged.rows;
         if (tree[sequence[k]] >= 0) S.up[k] = place[tree[sequence[k]]];
     }
     S.first[S.supernodes] = n;
@@ -255,6 +254,7 @@ void lay_out(Symbolic& S) {
         const std::int32_t k = S.first[s + 1] - S.first[s];
         const std::int32_t r = static_cast<std::int32_t>(S.rows_start[s + 1] - S.rows_start[s]);
         const std::int64_t size = static_cast<std::int64_t>(r) * padded(r);
+        S.most_rows = std::max(S.most_rows, k + r);
         S.panel[s + 1] = S.panel[s] + static_cast<std::int64_t>(k) * panel_rows(k, r);
         S.update[s] = top[stack[s]];
         top[stack[s]] += size;
