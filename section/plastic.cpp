@@ -1,5 +1,6 @@
 // The plastic neutral axis by bisection, every element clipped exactly by the line. In a pass the line stands at p = L;
 // p runs along the direction's axis, q along the other, and "above" is the side of larger p.
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <initializer_list>
@@ -173,8 +174,9 @@ void set_up(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, std::int32_t DIRE
         section.C(n) = turned(along, VARS.ELEMYC(e) - YC, VARS.ELEMZC(e) - ZC);
         double pmin = section.p(VARS.ELEMNODES(e, 1)), pmax = pmin;
         for (int i = 2; i <= 4; ++i) {
-            pmin = std::fmin(pmin, section.p(VARS.ELEMNODES(e, i)));
-            pmax = std::fmax(pmax, section.p(VARS.ELEMNODES(e, i)));
+            const double p = section.p(VARS.ELEMNODES(e, i));
+            pmin = std::min(pmin, p);
+            pmax = std::max(pmax, p);
         }
         section.PMIN(n) = pmin + ONLINE;
         section.PMAX(n) = pmax - ONLINE;

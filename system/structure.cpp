@@ -15,12 +15,11 @@ int pairs_of(const VARIABLES_T& VARS, std::int32_t e, Integer<6>& row, Integer<6
     const int n = VQ_DATA_MOD::is_triangle(VARS, e) ? 3 : 4;
     Integer<4> node{};
     for (int i = 1; i <= n; ++i) node(i) = VARS.ELEMNODES(e, i);
-    std::sort(node.data, node.data + n);
     int pairs = 0;
     for (int i = 1; i <= n; ++i) {
         for (int j = i + 1; j <= n; ++j) {
-            row(++pairs) = node(i);
-            column(pairs) = node(j);
+            row(++pairs) = std::min(node(i), node(j));
+            column(pairs) = std::max(node(i), node(j));
         }
     }
     return pairs;
