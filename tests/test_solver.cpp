@@ -7,6 +7,7 @@
 #include <cstring>
 #include <iterator>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -30,8 +31,10 @@ Answer solve(const SPARSEMATRIX& M, const Columns& B, bool definite = false) {
     Answer answer;
     answer.X.allocate(M.N, B.extent(2));
     Integer<2> ERR{{7, 7}};
-    (definite ? SPARSEMATRIX_FCN::SOLVESYSTEMEQUATIONSYM : SPARSEMATRIX_FCN::SOLVESYSTEMEQUATIONSYM_NPD)(ERR, M, B,
-                                                                                                         answer.X);
+    if (definite)
+        SPARSEMATRIX_FCN::SOLVESYSTEMEQUATIONSYM(ERR, M, B, answer.X);
+    else
+        SPARSEMATRIX_FCN::SOLVESYSTEMEQUATIONSYM_NPD(ERR, M, B, answer.X);
     EXPECT_EQ(ERR(2), 0);
     answer.error = ERR(1);
     return answer;
@@ -39,7 +42,7 @@ Answer solve(const SPARSEMATRIX& M, const Columns& B, bool definite = false) {
 
 Answer solve(const System& s, bool definite = false) { return solve(s.M, s.B, definite); }
 
-// The largest residual of a row above n; of all rows by default.
+// The largest residual of a row above n; of all rows by default. Infinite where X is not finite.
 long double residual(const System& s, const Columns& X, std::int32_t n = 0) {
     const std::vector<long double> each = residuals(s, X);
     return *std::max_element(each.begin() + n + 1, each.end());
@@ -203,13 +206,13 @@ TEST(Solver, UnconnectedPieces) {
             const Answer answer = solve(s);
             ASSERT_EQ(answer.error, 0);
             const std::vector<long double> each = residuals(s, answer.X);
-            EXPECT_LE(std::count_if(each.begin(), each.end(), [](long double r) { return !(r <= 1e-13L); }),
+            EXPECT_LE(std::count_if(each.begin(), each.end(), [](long double r) { return r > 1e-13L; }),
                       std::max(pieces - 3, 0));
-            for (std::int32_t i = 1; i <= s.M.N; ++i) ASSERT_TRUE(std::isfinite(answer.X(i, 1)));
+            EXPECT_LT(residual(s, answer.X), INFINITY);
         }
 }
 
-// Part of the section without shear modulus, with bars in it: its nodes can't be found, all other rows hold.
+// Part of the section without shear modulus, with bars in it: nothing determines its nodes, all other rows hold.
 TEST(Solver, RegionWithoutShearModulus) {
     for (const bool shuffled : {false, true})
         for (const double E : {0.0, 2.6}) {
@@ -223,8 +226,7 @@ TEST(Solver, RegionWithoutShearModulus) {
             ASSERT_EQ(answer.error, 0);
             const std::vector<long double> each = residuals(s, answer.X);
             for (std::int32_t i = 1; i <= s.M.N; ++i) EXPECT_TRUE(s.M.A(s.M.IA(i)) == 0 || each[i] <= 1e-13L);
-            for (int k = 1; k <= 3; ++k)
-                for (std::int32_t i = 1; i <= s.M.N; ++i) ASSERT_TRUE(std::isfinite(answer.X(i, k)));
+            EXPECT_LT(residual(s, answer.X), INFINITY);
         }
 }
 
@@ -348,6 +350,12 @@ TEST(Solver, IndicesThatAreNoUpperTriangle) {
         {-1, {1, 3, 5, 6}, {1, 2, 2, 3, 3}, 1},   {3, {1, 3, 5, 6}, {1, 2, 2, 3, 3}, -1},
     };
     for (const Indices& at : wrong) EXPECT_EQ(error(at), -1) << "case " << &at - wrong;
+
+    const System s = system_of(2, {{{1, 2}, 1}}, {{3, 4}});
+    Columns X;
+    Integer<2> ERR{};
+    X.allocate(2, 2);  // more columns than B
+    EXPECT_THROW(SPARSEMATRIX_FCN::SOLVESYSTEMEQUATIONSYM_NPD(ERR, s.M, s.B, X), std::logic_error);
 }
 
 // The same bits -----------------------------------------------------------------------------
