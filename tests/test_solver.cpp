@@ -172,7 +172,7 @@ TEST(Solver, SecondSystemLeavesTheBarsOut) {
     }
 }
 
-// Rows and columns of stored zeros in front, between and behind.
+// Rows and columns of stored zeros in front, between and behind, with or without a load.
 TEST(Solver, RowsOfZerosAreLeftOut) {
     const System s = base_system(make_mesh({Shape::angle, 200, 9, true, true}));
     const auto moved = [](std::int32_t i) { return i + i / 5 + 2; };
@@ -185,9 +185,10 @@ TEST(Solver, RowsOfZerosAreLeftOut) {
         if (!used[i]) entries[{std::min(i, moved(40)), std::max(i, moved(40))}] = 0;
     System wide = system_of(n, entries, {});
     wide.B.allocate(n, 3);
-    for (int k = 1; k <= 3; ++k)
+    for (int k = 1; k <= 3; ++k) {
+        for (std::int32_t i = 1; i <= n; ++i) wide.B(i, k) = k - 1;
         for (std::int32_t i = 1; i <= s.M.N; ++i) wide.B(moved(i), k) = s.B(i, k);
-
+    }
     const Answer answer = solve(s), answer_wide = solve(wide);
     ASSERT_EQ(answer_wide.error, 0);
     for (int k = 1; k <= 3; ++k) {
