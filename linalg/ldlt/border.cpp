@@ -7,40 +7,6 @@
 namespace LDLT {
 namespace {
 
-// Dense columns of the primaries by positions, ties condensed, then L^-1 times them.
-void eliminate_primaries(const Matrix& A, const System& system, Border& border, Instructions instructions) {
-    const Classes& c = system.classes;
-    const Symbolic& S = system.symbolic;
-    const std::int64_t block = static_cast<std::int64_t>(S.nodes) * LANES;
-    const std::int64_t blocks = (static_cast<std::int64_t>(c.primary.size()) + LANES - 1) / LANES;
-    border.Y = buffer<double>(block * blocks);
-    std::fill_n(border.Y.get(), block * blocks, 0.0);
-    const auto entry = [&](std::int32_t node, std::int32_t primary) -> double& {
-        return border
-            .Y[primary / LANES * block + static_cast<std::int64_t>(S.position[node]) * LANES + primary % LANES];
-    };
-    (void)A;
-    for (std::size_t z = 0; z < c.primary.size(); ++z) {
-        const std::int32_t row = c.slim[c.primary[z]];
-        for (std::int32_t at = c.rows.start[row]; at < c.rows.start[row + 1]; ++at) {
-            const std::int32_t i = c.rows.column[at];
-            if (c.kind[i] == Kind::core) entry(c.place[i], static_cast<std::int32_t>(z)) = c.rows.value[at];
-        }
-    }
-    for (const Tie& t : c.ties) {
-        const std::int32_t tie = c.slim[t.tie], hung = c.slim[t.hung];
-        for (std::int32_t at = c.rows.start[hung]; at < c.rows.start[hung + 1]; ++at) {
-            const std::int32_t z = c.rows.column[at];
-            if (z == t.tie) continue;
-            for (std::int32_t k = c.rows.start[tie]; k < c.rows.start[tie + 1]; ++k) {
-                const std::int32_t i = c.rows.column[k];
-                if (i != t.hung) entry(c.place[i], c.place[z]) -= c.rows.value[k] / t.s * c.rows.value[at];
-            }
-        }
-    }
-    for (std::int64_t b = 0; b < blocks; ++b) forward(S, system.factor, border.Y.get() + b * block, instructions);
-}
-
 // Rows of the border that touch nothing but the p primaries: at most p of them are independent, and the rest can not
 // hold a pivot. Returns for each whether it stays, chosen by elimination with complete pivoting. rows (count, p), one
 // after the other, is used up.
@@ -79,7 +45,39 @@ std::vector<std::int8_t> independent(std::vector<double>& rows, std::size_t coun
 
 }  // namespace
 
-void factorise_border(const Matrix& A, System& system, Instructions instructions) {
+std::int64_t primary_blocks(const Classes& c) {
+    return (static_cast<std::int64_t>(c.primary.size()) + LANES - 1) / LANES;
+}
+
+Buffer<double> primary_columns(const Classes& c, const Symbolic& S) {
+    const std::int64_t block = static_cast<std::int64_t>(S.nodes) * LANES;
+    Buffer<double> Y = buffer<double>(block * primary_blocks(c));
+    std::fill_n(Y.get(), block * primary_blocks(c), 0.0);
+    const auto entry = [&](std::int32_t node, std::int32_t primary) -> double& {
+        return Y[primary / LANES * block + static_cast<std::int64_t>(S.position[node]) * LANES + primary % LANES];
+    };
+    for (std::size_t z = 0; z < c.primary.size(); ++z) {
+        const std::int32_t row = c.slim[c.primary[z]];
+        for (std::int32_t at = c.rows.start[row]; at < c.rows.start[row + 1]; ++at) {
+            const std::int32_t i = c.rows.column[at];
+            if (c.kind[i] == Kind::core) entry(c.place[i], static_cast<std::int32_t>(z)) = c.rows.value[at];
+        }
+    }
+    for (const Tie& t : c.ties) {
+        const std::int32_t tie = c.slim[t.tie], hung = c.slim[t.hung];
+        for (std::int32_t at = c.rows.start[hung]; at < c.rows.start[hung + 1]; ++at) {
+            const std::int32_t z = c.rows.column[at];
+            if (z == t.tie) continue;
+            for (std::int32_t k = c.rows.start[tie]; k < c.rows.start[tie + 1]; ++k) {
+                const std::int32_t i = c.rows.column[k];
+                if (i != t.hung) entry(c.place[i], c.place[z]) -= c.rows.value[k] / t.s * c.rows.value[at];
+            }
+        }
+    }
+    return Y;
+}
+
+void factorise_border(const Matrix& A, System& system) {
     const Classes& c = system.classes;
     const Symbolic& S = system.symbolic;
     const std::vector<double>& inverse = system.factor.inverse;
@@ -87,7 +85,6 @@ void factorise_border(const Matrix& A, System& system, Instructions instructions
     const std::size_t grounded = static_cast<std::size_t>(S.nodes - S.pivots);
     const std::int64_t block = static_cast<std::int64_t>(S.nodes) * LANES;
     Border& border = system.border;
-    eliminate_primaries(A, system, border, instructions);
     const auto column = [&](std::size_t z) { return border.Y.get() + z / LANES * block + z % LANES; };
 
     // What is left among the grounded nodes; rounding counts as 0.

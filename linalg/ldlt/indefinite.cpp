@@ -8,8 +8,8 @@
 namespace LDLT {
 namespace {
 
-constexpr double THRESHOLD = 0.01;     // size of a pivot against the rest of its column
-constexpr double NULLGENERAL = 1e-13;  // size at which a column of the scaled matrix counts as null
+constexpr double THRESHOLDS[] = {0.25, 0.01};  // size of a pivot against its column: wanted, and still accepted
+constexpr double NULLGENERAL = 1e-13;          // size at which a column of the scaled matrix counts as null
 constexpr int SWEEPS = 5;
 
 std::vector<double> equilibrate(const Matrix& A) {
@@ -77,31 +77,33 @@ void take_pair(Work& w, std::size_t i, std::size_t j) {
 }
 
 // One pivot at column j, or at j and the candidate that it is tied to most, if it is stable.
-bool try_pivot(Work& w, std::size_t j) {
+bool try_pivot(Work& w, std::size_t j, double threshold) {
     std::size_t i = j;
     const double beside = largest_beside(w, j, j, &i), d = at(w, j, j);
     if (std::max(d, beside) < NULLGENERAL) return false;
-    if (d >= THRESHOLD * beside) {
+    if (d >= threshold * beside) {
         take_pivot(w, j);
         return true;
     }
     if (i == j || at(w, i, j) == 0) return false;
     const double s = at(w, i, j), a = w.F[j * w.n + j] / s, b = w.F[i * w.n + i] / s, t = s * std::fabs(a * b - 1);
     const double u = largest_beside(w, j, i, nullptr), v = largest_beside(w, i, j, nullptr);
-    const bool stable = (std::fabs(b) * u + v) * THRESHOLD <= t && (std::fabs(a) * v + u) * THRESHOLD <= t;
+    const bool stable = (std::fabs(b) * u + v) * threshold <= t && (std::fabs(a) * v + u) * threshold <= t;
     if (stable && t > 0) take_pair(w, i, j);
     return stable && t > 0;
 }
 
+// What passes the stricter threshold goes first: entries grow less, and fewer columns are delayed in the end.
 void pivot_front(Work& w, bool root) {
-    for (bool found = true; found;) {
-        found = false;
-        for (std::size_t j = w.done; j < w.candidates; ++j)
-            if (try_pivot(w, j)) {
-                found = true;
-                j = std::max(j, w.done) - 1;
-            }
-    }
+    for (const double threshold : THRESHOLDS)
+        for (bool found = true; found;) {
+            found = false;
+            for (std::size_t j = w.done; j < w.candidates; ++j)
+                if (try_pivot(w, j, threshold)) {
+                    found = true;
+                    j = std::max(j, w.done) - 1;
+                }
+        }
     if (!root) return;
     // Nothing passed the threshold, so no entry is left but rounding.
     w.block.resize(w.candidates, Pivot::null);

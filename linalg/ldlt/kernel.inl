@@ -1,6 +1,6 @@
-// Included once for each build, with VECTOR, the doubles in a vector register, and KERNEL, the namespace of the build.
-// No header of the standard library with inline routines may come in here: the linker could give a routine compiled for
-// AVX2 to the rest of the library.
+// Included once for each build, with VECTOR, the doubles in a vector register, 2, 4 or 8, and KERNEL, the namespace of
+// the build. No header of the standard library with inline routines may come in here: the linker could give a routine
+// compiled for AVX2 to the rest of the library.
 #include "linalg/ldlt/kernel.h"
 #include "linalg/ldlt/limits.h"
 
@@ -8,27 +8,38 @@ namespace LDLT {
 namespace KERNEL {
 namespace {
 
-typedef double Vector __attribute__((vector_size(8 * VECTOR), aligned(8), may_alias));
+constexpr int SHORT = VECTOR < 4 ? VECTOR : 4;  // rows come in fours, so a longer vector needs a shorter one beside it
+constexpr int FOUR = 4 / SHORT;
+typedef double Vector __attribute__((vector_size(8 * VECTOR)));
+typedef double Short __attribute__((vector_size(8 * SHORT)));
 
-constexpr int FOUR = 4 / VECTOR;  // vectors in four doubles
-constexpr int BLOCK = 64;         // columns that are eliminated before the rest of the panel is updated
-constexpr int DEPTH = 128;        // pivots that one sweep over an update matrix applies
+constexpr int BLOCK = 64;   // columns that are eliminated before the rest of the panel is updated
+constexpr int DEPTH = 128;  // pivots that one sweep over an update matrix applies
 
-inline Vector load(const double* p) { return *reinterpret_cast<const Vector*>(p); }
-inline void store(double* p, Vector v) { *reinterpret_cast<Vector*>(p) = v; }
+template <class V>
+inline V load(const double* p) {
+    V v;
+    __builtin_memcpy(&v, p, sizeof v);  // at any address
+    return v;
+}
+template <class V>
+inline void store(double* p, V v) {
+    __builtin_memcpy(p, &v, sizeof v);
+}
 
-// X(R vectors, C) -= L(R vectors, K) W(C, K)^T, with W stored four entries to a pivot.
-template <int R, int C>
+// X(R vectors, C) -= L(R vectors, K) W(C, K)^T, with W stored four entries to a pivot; where X is FRESH it counts as 0.
+template <class V, int R, int C, bool FRESH>
 inline void tile(double* X, std::ptrdiff_t ldx, const double* L, std::ptrdiff_t ldl, const double* W, int K) {
-    Vector x[C][R];
+    constexpr int LENGTH = sizeof(V) / sizeof(double);
+    V x[C][R];
 #pragma GCC unroll 4
     for (int c = 0; c < C; ++c)
 #pragma GCC unroll 4
-        for (int v = 0; v < R; ++v) x[c][v] = load(X + c * ldx + v * VECTOR);
+        for (int v = 0; v < R; ++v) x[c][v] = FRESH ? V{} : load<V>(X + c * ldx + v * LENGTH);
     for (int q = 0; q < K; ++q) {
-        Vector l[R];
+        V l[R];
 #pragma GCC unroll 4
-        for (int v = 0; v < R; ++v) l[v] = load(L + q * ldl + v * VECTOR);
+        for (int v = 0; v < R; ++v) l[v] = load<V>(L + q * ldl + v * LENGTH);
 #pragma GCC unroll 4
         for (int c = 0; c < C; ++c)
 #pragma GCC unroll 4
@@ -37,22 +48,33 @@ inline void tile(double* X, std::ptrdiff_t ldx, const double* L, std::ptrdiff_t 
 #pragma GCC unroll 4
     for (int c = 0; c < C; ++c)
 #pragma GCC unroll 4
-        for (int v = 0; v < R; ++v) store(X + c * ldx + v * VECTOR, x[c][v]);
+        for (int v = 0; v < R; ++v) store<V>(X + c * ldx + v * LENGTH, x[c][v]);
 }
 
 // The same for `rows` rows, a multiple of four.
-template <int C>
+template <int C, bool FRESH>
 void strip(double* X, std::ptrdiff_t ldx, const double* L, std::ptrdiff_t ldl, const double* W, int K, int rows) {
-    constexpr int TALL = 2;
     int i = 0;
-    for (; i + TALL * VECTOR <= rows; i += TALL * VECTOR) tile<TALL, C>(X + i, ldx, L + i, ldl, W, K);
-    if (i < rows) tile<FOUR, C>(X + i, ldx, L + i, ldl, W, K);
+    for (; i + 2 * VECTOR <= rows; i += 2 * VECTOR) tile<Vector, 2, C, FRESH>(X + i, ldx, L + i, ldl, W, K);
+    for (; i + VECTOR <= rows; i += VECTOR) tile<Vector, 1, C, FRESH>(X + i, ldx, L + i, ldl, W, K);
+    for (; i < rows; i += SHORT) tile<Short, 1, C, FRESH>(X + i, ldx, L + i, ldl, W, K);
+}
+
+template <bool FRESH>
+void strip_of(int columns, double* X, std::ptrdiff_t ldx, const double* L, std::ptrdiff_t ldl, const double* W, int K,
+              int rows) {
+    switch (columns) {
+        case 1: strip<1, FRESH>(X, ldx, L, ldl, W, K, rows); break;
+        case 2: strip<2, FRESH>(X, ldx, L, ldl, W, K, rows); break;
+        case 3: strip<3, FRESH>(X, ldx, L, ldl, W, K, rows); break;
+        default: strip<4, FRESH>(X, ldx, L, ldl, W, K, rows);
+    }
 }
 
 // Lower triangle and what lies below it: X(rows, columns) -= L(rows, K) D L(columns, K)^T. Entries above the diagonal
 // of X, within four columns of it, are left undefined.
 void reduce(double* X, std::ptrdiff_t ldx, int rows, int columns, const double* L, std::ptrdiff_t ldl, const double* d,
-            int K) {
+            int K, bool fresh) {
     double W[4 * DEPTH];
     for (int q0 = 0; q0 < K; q0 += DEPTH) {
         const int depth = K - q0 < DEPTH ? K - q0 : DEPTH;
@@ -61,12 +83,10 @@ void reduce(double* X, std::ptrdiff_t ldx, int rows, int columns, const double* 
             for (int q = 0; q < depth; ++q)
                 for (int c = 0; c < 4; ++c) W[4 * q + c] = l[q * ldl + j + c] * d[q0 + q];
             double* x = X + j * ldx + j;
-            switch (columns - j) {
-                case 1: strip<1>(x, ldx, l + j, ldl, W, depth, rows - j); break;
-                case 2: strip<2>(x, ldx, l + j, ldl, W, depth, rows - j); break;
-                case 3: strip<3>(x, ldx, l + j, ldl, W, depth, rows - j); break;
-                default: strip<4>(x, ldx, l + j, ldl, W, depth, rows - j);
-            }
+            if (fresh && q0 == 0)
+                strip_of<true>(columns - j, x, ldx, l + j, ldl, W, depth, rows - j);
+            else
+                strip_of<false>(columns - j, x, ldx, l + j, ldl, W, depth, rows - j);
         }
     }
 }
@@ -74,16 +94,16 @@ void reduce(double* X, std::ptrdiff_t ldx, int rows, int columns, const double* 
 // Divides four rows and on by the triangle of C finished columns: W(c, b) = L(c, b) D(b).
 template <int C>
 void divide(double* X, std::ptrdiff_t ldx, int rows, const double (&W)[4][4], const double* inverse) {
-    for (int i = 0; i < rows; i += VECTOR) {
-        Vector x[C];
+    for (int i = 0; i < rows; i += SHORT) {
+        Short x[C];
 #pragma GCC unroll 4
-        for (int c = 0; c < C; ++c) x[c] = load(X + c * ldx + i);
+        for (int c = 0; c < C; ++c) x[c] = load<Short>(X + c * ldx + i);
 #pragma GCC unroll 4
         for (int c = 0; c < C; ++c) {
             x[c] *= inverse[c];
 #pragma GCC unroll 4
             for (int b = c + 1; b < C; ++b) x[b] -= x[c] * W[b][c];
-            store(X + c * ldx + i, x[c]);
+            store<Short>(X + c * ldx + i, x[c]);
         }
     }
 }
@@ -123,17 +143,17 @@ bool eliminate_columns(const Front& f, int j, int rows, bool& null) {
 
 // Four right-hand sides of one row.
 struct Four {
-    Vector v[FOUR];
+    Short v[FOUR];
 };
 inline Four load4(const double* p) {
     Four x;
 #pragma GCC unroll 4
-    for (int v = 0; v < FOUR; ++v) x.v[v] = load(p + v * VECTOR);
+    for (int v = 0; v < FOUR; ++v) x.v[v] = load<Short>(p + v * SHORT);
     return x;
 }
 inline void store4(double* p, const Four& x) {
 #pragma GCC unroll 4
-    for (int v = 0; v < FOUR; ++v) store(p + v * VECTOR, x.v[v]);
+    for (int v = 0; v < FOUR; ++v) store<Short>(p + v * SHORT, x.v[v]);
 }
 inline Four operator*(Four x, double factor) {
 #pragma GCC unroll 4
@@ -153,9 +173,9 @@ inline Four operator+(Four x, const Four& y) {
 inline void operator-=(Four& x, const Four& y) { x = x - y; }
 inline void operator+=(Four& x, const Four& y) { x = x + y; }
 inline Four magnitude(Four x) {
-    typedef long long Bits __attribute__((vector_size(8 * VECTOR)));
+    typedef long long Bits __attribute__((vector_size(8 * SHORT)));
 #pragma GCC unroll 4
-    for (int v = 0; v < FOUR; ++v) x.v[v] = (Vector)((Bits)x.v[v] & 0x7fffffffffffffffLL);
+    for (int v = 0; v < FOUR; ++v) x.v[v] = (Short)((Bits)x.v[v] & 0x7fffffffffffffffLL);
     return x;
 }
 
@@ -195,8 +215,6 @@ void backward_columns(const Columns& p, int j, double* X) {
     }
 }
 
-}  // namespace
-
 Pivots eliminate(const Front& f) {
     const std::ptrdiff_t ld = f.rows;
     const int all = static_cast<int>(f.rows);
@@ -207,7 +225,7 @@ Pivots eliminate(const Front& f) {
         for (int j = block; j < end; j += 4) {
             const int columns = end - j < 4 ? end - j : 4;
             double* X = f.panel + j * ld + j;
-            if (j > block) reduce(X, ld, all - j, columns, L + j, ld, f.pivot + block, j - block);
+            if (j > block) reduce(X, ld, all - j, columns, L + j, ld, f.pivot + block, j - block, false);
             bool definite = false;
             switch (columns) {
                 case 1: definite = eliminate_columns<1>(f, j, all - j, null); break;
@@ -218,11 +236,12 @@ Pivots eliminate(const Front& f) {
             if (!definite) return Pivots::negative;
         }
         if (end < f.k)
-            reduce(f.panel + end * ld + end, ld, all - end, f.k - end, L + end, ld, f.pivot + block, end - block);
+            reduce(f.panel + end * ld + end, ld, all - end, f.k - end, L + end, ld, f.pivot + block, end - block,
+                   false);
     }
     if (f.r > 0) {
         const int ldu = (f.r + 3) & ~3;
-        reduce(f.update, ldu, ldu, f.r, f.panel + f.k, ld, f.pivot, f.k);
+        reduce(f.update, ldu, ldu, f.r, f.panel + f.k, ld, f.pivot, f.k, true);
     }
     return null ? Pivots::some_null : Pivots::positive;
 }
@@ -271,6 +290,10 @@ void subtract_product(std::int32_t n, const double* a, const std::int32_t* ia, c
         store4(size + row, w);
     }
 }
+
+}  // namespace
+
+extern const Kernel kernel = {eliminate, forward, backward, subtract_product};
 
 }  // namespace KERNEL
 }  // namespace LDLT

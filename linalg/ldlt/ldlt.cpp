@@ -11,7 +11,7 @@ constexpr int MAXATTEMPTS = 3;
 enum class Outcome { done, not_definite, general };
 
 // The path for a semidefinite core in a small border. Null pivots of the core join the border in another attempt.
-Outcome factorise_bordered(const Matrix& A, bool definite, System& system, Instructions instructions) {
+Outcome factorise_bordered(const Matrix& A, bool definite, System& system, const Kernel& kernel) {
     const Outcome otherwise = definite ? Outcome::not_definite : Outcome::general;
     Classes& c = system.classes;
     c = classify(A);
@@ -22,10 +22,11 @@ Outcome factorise_bordered(const Matrix& A, bool definite, System& system, Instr
     for (int attempt = 0; attempt < MAXATTEMPTS; ++attempt) {
         system.symbolic = order(c.graph, c.grounded);
         symbolic(c.graph, system.symbolic);
-        system.factor = factorise(c, system.symbolic, instructions);
+        system.border.Y = primary_columns(c, system.symbolic);
+        system.factor = factorise(c, system.symbolic, system.border.Y.get(), primary_blocks(c), kernel);
         if (system.factor.negative) return otherwise;
         if (system.factor.null.empty()) {
-            factorise_border(A, system, instructions);
+            factorise_border(A, system);
             return system.border.negative ? otherwise : Outcome::done;
         }
         if (definite) return otherwise;
@@ -44,8 +45,9 @@ void gather(const double* b, std::int64_t n, std::int32_t column, std::int32_t l
 
 bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const double* b, double* x,
                      Instructions instructions) {
+    const Kernel& kernel = kernel_of(instructions);
     System system, fallback;
-    const Outcome outcome = factorise_bordered(A, definite, system, instructions);
+    const Outcome outcome = factorise_bordered(A, definite, system, kernel);
     if (outcome == Outcome::not_definite) return false;
     if (outcome == Outcome::general) {
         system = System();
@@ -58,13 +60,13 @@ bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const do
         const std::int32_t lanes = std::min(nrhs - column, LANES);
         gather(b, n, column, lanes, B.get());
         double error[LANES];
-        solve_refined(A, system, B.get(), X.get(), error, instructions);
+        solve_refined(A, system, B.get(), X.get(), error, kernel);
         const bool converged = std::all_of(error, error + lanes, [](double e) { return e <= CONVERGED; });
         if (!converged && !system.general && !definite) {
             if (!fallback.general) factorise_indefinite(A, fallback);
             if (!other) other = buffer<double>(size);
             double second[LANES];
-            solve_refined(A, fallback, B.get(), other.get(), second, instructions);
+            solve_refined(A, fallback, B.get(), other.get(), second, kernel);
             for (std::int32_t q = 0; q < lanes; ++q)
                 if (!(error[q] <= CONVERGED) && !(second[q] >= error[q]))
                     for (std::int64_t i = q; i < size; i += LANES) X[i] = other[i];

@@ -43,9 +43,10 @@
 
 namespace LDLT {
 
-// Which of the two builds of the kernels runs. They give the same bits.
-enum class Instructions { baseline, avx2 };
-Instructions best_instructions();  // of this processor
+// Which build of the kernels runs. They give the same bits.
+enum class Instructions { baseline, avx2, avx512 };
+bool supported(Instructions instructions);  // by this processor
+Instructions best_instructions();
 
 // The caller's matrix: upper triangle in compressed rows counted from 1, each with its diagonal first.
 struct Matrix {
@@ -64,12 +65,19 @@ bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const do
 // What follows is shared by the files of this folder only.
 
 // Memory that is not cleared, for arrays whose every entry is assigned, or whose unused part should cost nothing.
+void* take_memory(std::size_t bytes);  // throws std::bad_alloc
+struct FreeMemory {
+    void operator()(void* memory) const;
+};
 template <class T>
-using Buffer = std::unique_ptr<T[]>;
+using Buffer = std::unique_ptr<T[], FreeMemory>;
 template <class T>
 Buffer<T> buffer(std::int64_t size) {
-    return Buffer<T>(new T[static_cast<std::size_t>(size > 0 ? size : 1)]);
+    return Buffer<T>(static_cast<T*>(take_memory(sizeof(T) * static_cast<std::size_t>(size > 0 ? size : 1))));
 }
+
+struct Kernel;
+const Kernel& kernel_of(Instructions instructions);
 
 constexpr int LANES = 4;  // right-hand sides that are solved together; spare ones are 0
 // What an unknown is. `place` is its number among its kind.
@@ -143,10 +151,11 @@ struct Symbolic {
     std::int32_t most_rows = 0;  // of a front
 };
 
-// The panel of a supernode with k columns and r rows below is a column-major block. Rows k to k + r - 1 are the rows
-// below; rows of zeros pad it, so that kernels take four rows at a time. Update matrices are r x r, padded likewise.
+// The panel of a supernode with k columns and r rows below is a column-major block, the rows below last. Kernels take
+// rows four at a time: rows of zeros fill the panel up to a multiple of four, and what they take beyond its last column
+// is PADDING more. Update matrices are r x r with such rows.
+constexpr std::int32_t PADDING = 4;
 inline std::int32_t padded(std::int32_t size) { return (size + 3) & ~3; }
-inline std::int32_t panel_rows(std::int32_t k, std::int32_t r) { return padded(k) + padded(r); }
 
 // What elimination of the core leaves at the grounded nodes i and j, counted from 0.
 struct Remainder {
@@ -171,14 +180,12 @@ void ground(Classes& c, bool definite);
 Symbolic order(const Lists& graph, const std::vector<std::int8_t>& grounded);
 // Reorders the pivots along the tree, without more fill, and fills in the rest.
 void symbolic(const Lists& graph, Symbolic& S);
-Factor factorise(const Classes& c, const Symbolic& S, Instructions instructions);
+// Y (blocks, nodes, LANES) by positions becomes L^-1 Y on the way, while each panel is at hand.
+Factor factorise(const Classes& c, const Symbolic& S, double* Y, std::int64_t blocks, const Kernel& kernel);
 
 // X (nodes, LANES) by positions: L^-1 X, and with the values at the grounded positions given L^-T X.
-void forward(const Symbolic& S, const Factor& F, double* X, Instructions instructions);
-void backward(const Symbolic& S, const Factor& F, double* X, Instructions instructions);
-
-// R -= A X and size += |A| |X|, all (n, LANES) by unknowns.
-void subtract_product(const Matrix& A, const double* X, double* R, double* size, Instructions instructions);
+void forward(const Symbolic& S, const Factor& F, double* X, const Kernel& kernel);
+void backward(const Symbolic& S, const Factor& F, double* X, const Kernel& kernel);
 
 // Pivots of a dense block: null, of order 1, or first and second of order 2.
 enum class Pivot : std::int8_t { null, single, first, second };
@@ -236,16 +243,21 @@ struct System {
     std::vector<std::int8_t> dead;  // (n)
 };
 
-// Both fill `border` and `dead` of a system whose core is factorised, or the general members of an empty one.
-void factorise_border(const Matrix& A, System& system, Instructions instructions);
+// The columns of the primaries by positions, ties condensed, four to a block, and the number of blocks.
+std::int64_t primary_blocks(const Classes& c);
+Buffer<double> primary_columns(const Classes& c, const Symbolic& S);
+
+// Both fill `border`, its Y eliminated before, and `dead` of a system whose core is factorised, or the general members
+// of an empty one.
+void factorise_border(const Matrix& A, System& system);
 void factorise_indefinite(const Matrix& A, System& system);
 
 // X = A^-1 B, both (n, LANES) by unknowns. work (n, LANES).
-void solve(const System& system, const double* B, double* X, double* work, Instructions instructions);
+void solve(const System& system, const double* B, double* X, double* work, const Kernel& kernel);
 void solve_indefinite(const System& system, const double* B, double* X, double* work);
 
 // Solves A X = B with refinement, (n, LANES). error is the backward error of each lane as in refine.cpp.
 void solve_refined(const Matrix& A, const System& system, const double* B, double* X, double (&error)[LANES],
-                   Instructions instructions);
+                   const Kernel& kernel);
 
 }  // namespace LDLT

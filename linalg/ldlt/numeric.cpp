@@ -8,34 +8,10 @@
 namespace LDLT {
 namespace {
 
-Pivots eliminate(const Front& f, Instructions instructions) {
-#ifdef VQ_KERNEL_AVX2
-    if (instructions == Instructions::avx2) return avx2::eliminate(f);
-#endif
-    (void)instructions;
-    return baseline::eliminate(f);
-}
-
-void forward(const Columns& c, double* X, Instructions instructions) {
-#ifdef VQ_KERNEL_AVX2
-    if (instructions == Instructions::avx2) return avx2::forward(c, X);
-#endif
-    (void)instructions;
-    baseline::forward(c, X);
-}
-
-void backward(const Columns& c, double* X, Instructions instructions) {
-#ifdef VQ_KERNEL_AVX2
-    if (instructions == Instructions::avx2) return avx2::backward(c, X);
-#endif
-    (void)instructions;
-    baseline::backward(c, X);
-}
-
 Columns columns(const Symbolic& S, const Factor& F, std::int32_t s) {
     const std::int32_t k = S.first[s + 1] - S.first[s];
     const std::int32_t r = static_cast<std::int32_t>(S.rows_start[s + 1] - S.rows_start[s]);
-    return {F.panels.get() + S.panel[s], panel_rows(k, r), k, r};
+    return {F.panels.get() + S.panel[s], padded(k + r), k, r};
 }
 
 // The rows of a supernode out of X by positions, and the first `count` of them back.
@@ -53,116 +29,136 @@ void scatter(const Symbolic& S, std::int32_t s, const Columns& c, const double* 
         std::memcpy(X + static_cast<std::ptrdiff_t>(below[i - c.k]) * LANES, own + i * LANES, sizeof(double) * LANES);
 }
 
-// Column j of the front, so that its row i, for i at or below j, is [i].
-double* column(const Front& f, std::int32_t j) {
-    return j < f.k ? f.panel + j * f.rows : f.update + static_cast<std::ptrdiff_t>(j - f.k) * padded(f.r) - f.k;
+void forward_supernode(const Symbolic& S, std::int32_t s, const Columns& c, double* X, double* own,
+                       const Kernel& kernel) {
+    gather(S, s, c, X, own);
+    kernel.forward(c, own);
+    scatter(S, s, c, own, c.k + c.r, X);
+}
+
+// What the elimination works with.
+struct Work {
+    Buffer<double> stack[2];                   // update matrices, see lay_out
+    std::vector<std::int32_t> child, sibling;  // (supernodes) those finished, as chains; -1 ends one
+    std::vector<double> diagonal;              // (pivots)     of the core's matrix
+    std::vector<std::int32_t> local;           // (nodes)      row of the present front for each of its positions
+    std::vector<std::int32_t> target;          //              row of the present front for each row of a child
+    std::vector<double> gathered;              // (most_rows, LANES)
+};
+
+Front open_front(const Symbolic& S, Factor& F, Work& w, std::int32_t s) {
+    const std::int32_t first = S.first[s], k = S.first[s + 1] - first;
+    const std::int32_t r = static_cast<std::int32_t>(S.rows_start[s + 1] - S.rows_start[s]);
+    const std::int32_t* below = S.rows.get() + S.rows_start[s];
+    for (std::int32_t i = 0; i < k; ++i) w.local[first + i] = i;
+    for (std::int32_t i = 0; i < r; ++i) w.local[below[i]] = k + i;
+    Front f;
+    f.panel = F.panels.get() + S.panel[s];
+    f.rows = padded(k + r);
+    f.k = k;
+    f.r = r;
+    f.update = w.stack[S.stack[s]].get() + S.update[s];
+    f.diagonal = w.diagonal.data() + first;
+    f.pivot = F.pivot.data() + first;
+    f.inverse = F.inverse.data() + first;
+    return f;
+}
+
+void load_columns(const Classes& c, const Symbolic& S, const Work& w, std::int32_t s, const Front& f) {
+    std::memset(f.panel, 0, sizeof(double) * (f.rows * f.k + PADDING));
+    for (std::int32_t j = 0; j < f.k; ++j) {
+        const std::int32_t p = S.first[s] + j, v = S.node[p];
+        double* column = f.panel + j * f.rows;
+        column[j] = f.diagonal[j];
+        for (std::int32_t at = c.graph.start[v]; at < c.graph.start[v + 1]; ++at) {
+            const std::int32_t q = S.position[c.graph.column[at]];
+            if (q > p) column[w.local[q]] = c.graph.value[at];
+        }
+    }
+}
+
+// Adds the update matrices of the children to the panel, or what is left of them to the update matrix.
+void add_children(const Symbolic& S, Work& w, std::int32_t s, const Front& f, bool to_panel) {
+    for (std::int32_t child = w.child[s]; child >= 0; child = w.sibling[child]) {
+        const std::int32_t size = static_cast<std::int32_t>(S.rows_start[child + 1] - S.rows_start[child]);
+        const std::int32_t* below = S.rows.get() + S.rows_start[child];
+        const double* update = w.stack[S.stack[child]].get() + S.update[child];
+        w.target.resize(size);
+        std::int32_t* target = w.target.data();
+        std::int32_t split = 0;  // columns that the panel takes
+        for (std::int32_t i = 0; i < size; ++i) {
+            target[i] = w.local[below[i]];
+            split += target[i] < f.k;
+        }
+        const std::int32_t begin = to_panel ? 0 : split, end = to_panel ? split : size;
+        for (std::int32_t j = begin; j < end; ++j) {
+            const double* from = update + static_cast<std::ptrdiff_t>(j) * padded(size);
+            double* into = to_panel ? f.panel + target[j] * f.rows
+                                    : f.update + static_cast<std::ptrdiff_t>(target[j] - f.k) * padded(f.r) - f.k;
+            for (std::int32_t i = j; i < size; ++i) into[target[i]] += from[i];
+        }
+    }
 }
 
 }  // namespace
 
-Instructions best_instructions() {
-#ifdef VQ_KERNEL_AVX2
-    if (__builtin_cpu_supports("avx2")) return Instructions::avx2;
-#endif
-    return Instructions::baseline;
-}
-
-void subtract_product(const Matrix& A, const double* X, double* R, double* size, Instructions instructions) {
-#ifdef VQ_KERNEL_AVX2
-    if (instructions == Instructions::avx2) return avx2::subtract_product(A.n, A.a, A.ia, A.ja, X, R, size);
-#endif
-    (void)instructions;
-    baseline::subtract_product(A.n, A.a, A.ia, A.ja, X, R, size);
-}
-
-Factor factorise(const Classes& c, const Symbolic& S, Instructions instructions) {
+Factor factorise(const Classes& c, const Symbolic& S, double* Y, std::int64_t blocks, const Kernel& kernel) {
     Factor F;
-    F.panels = buffer<double>(S.panel[S.supernodes]);
+    F.panels = buffer<double>(S.panel[S.supernodes] + PADDING);
     F.pivot.resize(S.pivots);
     F.inverse.resize(S.pivots);
-    const Buffer<double> stack[2] = {buffer<double>(S.stack_size[0]), buffer<double>(S.stack_size[1])};
-    std::vector<double> diagonal(S.pivots);
-    for (std::int32_t p = 0; p < S.pivots; ++p) diagonal[p] = c.diagonal[S.node[p]];
-    std::vector<std::int32_t> child(S.supernodes, -1), sibling(S.supernodes, -1);
-    std::vector<std::int32_t> local(S.nodes), target;  // row of the front for each position; for each row of a child
+    Work w;
+    for (int k = 0; k < 2; ++k) w.stack[k] = buffer<double>(S.stack_size[k]);
+    w.child.assign(S.supernodes, -1);
+    w.sibling.assign(S.supernodes, -1);
+    w.local.resize(S.nodes);
+    w.gathered.resize(static_cast<std::size_t>(S.most_rows) * LANES);
+    w.diagonal.resize(S.pivots);
+    for (std::int32_t p = 0; p < S.pivots; ++p) w.diagonal[p] = c.diagonal[S.node[p]];
 
     for (std::int32_t s = 0; s < S.supernodes; ++s) {
-        const std::int32_t first = S.first[s], k = S.first[s + 1] - first;
-        const std::int32_t r = static_cast<std::int32_t>(S.rows_start[s + 1] - S.rows_start[s]);
-        const std::int32_t* rows = S.rows.get() + S.rows_start[s];
-        const Front f{F.panels.get() + S.panel[s],
-                      panel_rows(k, r),
-                      k,
-                      r,
-                      stack[S.stack[s]].get() + S.update[s],
-                      diagonal.data() + first,
-                      F.pivot.data() + first,
-                      F.inverse.data() + first};
-        for (std::int32_t i = 0; i < k; ++i) local[first + i] = i;
-        for (std::int32_t i = 0; i < r; ++i) local[rows[i]] = k + i;
-
-        // columns of the core's matrix
-        std::memset(f.panel, 0, sizeof(double) * f.rows * k);
-        std::memset(f.update, 0, sizeof(double) * padded(r) * r);
-        for (std::int32_t j = 0; j < k; ++j) {
-            const std::int32_t v = S.node[first + j];
-            double* into = column(f, j);
-            into[j] = c.diagonal[v];
-            for (std::int32_t at = c.graph.start[v]; at < c.graph.start[v + 1]; ++at) {
-                const std::int32_t q = S.position[c.graph.column[at]];
-                if (q > first + j) into[local[q]] = c.graph.value[at];
-            }
-        }
-        // update matrices of the children
-        for (std::int32_t from = child[s]; from >= 0; from = sibling[from]) {
-            const std::int32_t size = static_cast<std::int32_t>(S.rows_start[from + 1] - S.rows_start[from]);
-            const std::int32_t* below = S.rows.get() + S.rows_start[from];
-            const double* update = stack[S.stack[from]].get() + S.update[from];
-            target.resize(size);
-            for (std::int32_t i = 0; i < size; ++i) target[i] = local[below[i]];
-            for (std::int32_t j = 0; j < size; ++j, update += padded(size)) {
-                double* into = column(f, target[j]);
-                for (std::int32_t i = j; i < size; ++i) into[target[i]] += update[i];
-            }
-        }
-
-        const Pivots pivots = eliminate(f, instructions);
+        const Front f = open_front(S, F, w, s);
+        load_columns(c, S, w, s, f);
+        add_children(S, w, s, f, true);
+        const Pivots pivots = kernel.eliminate(f);
         if (pivots == Pivots::negative) {
             F.negative = true;
             return F;
         }
         if (pivots == Pivots::some_null)
-            for (std::int32_t j = 0; j < k; ++j)
-                if (F.inverse[first + j] == 0) F.null.push_back(S.node[first + j]);
+            for (std::int32_t p = S.first[s]; p < S.first[s + 1]; ++p)
+                if (F.inverse[p] == 0) F.null.push_back(S.node[p]);
+        add_children(S, w, s, f, false);
+        for (std::int64_t b = 0; b < blocks; ++b)
+            forward_supernode(S, s, columns(S, F, s), Y + b * S.nodes * LANES, w.gathered.data(), kernel);
 
         if (S.up[s] >= 0) {
-            sibling[s] = child[S.up[s]];
-            child[S.up[s]] = s;
+            w.sibling[s] = w.child[S.up[s]];
+            w.child[S.up[s]] = s;
             continue;
         }
-        for (std::int32_t j = 0; j < r; ++j)
-            for (std::int32_t i = j; i < r; ++i)
-                F.remainder.push_back({rows[i] - S.pivots, rows[j] - S.pivots, f.update[j * padded(r) + i]});
+        const std::int32_t* below = S.rows.get() + S.rows_start[s];
+        for (std::int32_t j = 0; j < f.r; ++j)
+            for (std::int32_t i = j; i < f.r; ++i) {
+                const double left = f.update[static_cast<std::ptrdiff_t>(j) * padded(f.r) + i];
+                F.remainder.push_back({below[i] - S.pivots, below[j] - S.pivots, left});
+            }
     }
     return F;
 }
 
-void forward(const Symbolic& S, const Factor& F, double* X, Instructions instructions) {
+void forward(const Symbolic& S, const Factor& F, double* X, const Kernel& kernel) {
     std::vector<double> gathered(static_cast<std::size_t>(S.most_rows) * LANES);
-    for (std::int32_t s = 0; s < S.supernodes; ++s) {
-        const Columns c = columns(S, F, s);
-        gather(S, s, c, X, gathered.data());
-        forward(c, gathered.data(), instructions);
-        scatter(S, s, c, gathered.data(), c.k + c.r, X);
-    }
+    for (std::int32_t s = 0; s < S.supernodes; ++s)
+        forward_supernode(S, s, columns(S, F, s), X, gathered.data(), kernel);
 }
 
-void backward(const Symbolic& S, const Factor& F, double* X, Instructions instructions) {
+void backward(const Symbolic& S, const Factor& F, double* X, const Kernel& kernel) {
     std::vector<double> gathered(static_cast<std::size_t>(S.most_rows) * LANES);
     for (std::int32_t s = S.supernodes - 1; s >= 0; --s) {
         const Columns c = columns(S, F, s);
         gather(S, s, c, X, gathered.data());
-        backward(c, gathered.data(), instructions);
+        kernel.backward(c, gathered.data());
         scatter(S, s, c, gathered.data(), c.k, X);
     }
 }

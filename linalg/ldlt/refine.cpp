@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "linalg/ldlt/kernel.h"
 #include "linalg/ldlt/ldlt.h"
 
 namespace LDLT {
@@ -21,7 +22,7 @@ struct Equations {
 // R = B - A X and the componentwise backward error of each lane (Oettli and Prager; Arioli, Demmel and Duff): the
 // largest |r_i| / (|A| |x| + |b|)_i. work (n, LANES)
 void residual(const Equations& e, const double* B, const double* X, double* R, double* work, double (&error)[LANES],
-              Instructions instructions) {
+              const Kernel& kernel) {
     const Matrix& A = e.A;
     const std::int64_t n = A.n;
     double most[LANES] = {};
@@ -31,7 +32,7 @@ void residual(const Equations& e, const double* B, const double* X, double* R, d
             work[i * LANES + q] = std::fabs(B[i * LANES + q]);
             most[q] = std::max(most[q], std::fabs(X[i * LANES + q]));
         }
-    subtract_product(A, X, R, work, instructions);
+    kernel.subtract_product(A.n, A.a, A.ia, A.ja, X, R, work);
     for (int q = 0; q < LANES; ++q) error[q] = 0;
     for (std::int64_t i = 0; i < n; ++i) {
         for (int q = 0; q < LANES; ++q) {
@@ -49,7 +50,7 @@ void residual(const Equations& e, const double* B, const double* X, double* R, d
 }  // namespace
 
 void solve_refined(const Matrix& A, const System& system, const double* B, double* X, double (&error)[LANES],
-                   Instructions instructions) {
+                   const Kernel& kernel) {
     const std::size_t size = static_cast<std::size_t>(A.n) * LANES;
     Equations e{A, system.dead, std::vector<double>(A.n)};
     for (std::int32_t i = 0; i < A.n; ++i)
@@ -64,16 +65,16 @@ void solve_refined(const Matrix& A, const System& system, const double* B, doubl
         if (system.general)
             solve_indefinite(system, load, solution, work.get());
         else
-            solve(system, load, solution, work.get(), instructions);
+            solve(system, load, solution, work.get(), kernel);
     };
     solve_for(B, X);
-    residual(e, B, X, R.get(), work.get(), error, instructions);
+    residual(e, B, X, R.get(), work.get(), error, kernel);
     bool active[LANES] = {true, true, true, true};  // lanes that gain from another step
     for (int step = 0; step < MAXSTEPS && (active[0] || active[1] || active[2] || active[3]); ++step) {
         solve_for(R.get(), correction.get());
         for (std::size_t i = 0; i < size; ++i) correction[i] += X[i];
         double corrected[LANES];
-        residual(e, B, correction.get(), R.get(), work.get(), corrected, instructions);
+        residual(e, B, correction.get(), R.get(), work.get(), corrected, kernel);
         for (int q = 0; q < LANES; ++q) {
             const bool better = active[q] && corrected[q] < error[q];
             active[q] = better && corrected[q] < 0.5 * error[q] && corrected[q] > ACCURATE;

@@ -17,7 +17,7 @@ void subtract(double* y, double factor, const double* x) {
 
 }  // namespace
 
-void solve(const System& system, const double* B, double* X, double* work, Instructions instructions) {
+void solve(const System& system, const double* B, double* X, double* work, const Kernel& kernel) {
     const Classes& c = system.classes;
     const Symbolic& S = system.symbolic;
     const Border& border = system.border;
@@ -39,7 +39,7 @@ void solve(const System& system, const double* B, double* X, double* work, Instr
     }
 
     for (std::int32_t p = 0; p < S.nodes; ++p) std::copy_n(X + lane(c.core[S.node[p]]), LANES, work + lane(p));
-    forward(S, system.factor, work, instructions);
+    forward(S, system.factor, work, kernel);
 
     // the border's unknowns
     std::vector<double> z(lane(static_cast<std::int64_t>(primaries))), dense(lane(border.dense.n));
@@ -71,7 +71,7 @@ void solve(const System& system, const double* B, double* X, double* work, Instr
             subtract(w, border.Y[k / LANES * lane(S.nodes) + lane(p) + k % LANES], &z[lane(k)]);
         for (int q = 0; q < LANES; ++q) w[q] *= system.factor.inverse[p];
     }
-    backward(S, system.factor, work, instructions);
+    backward(S, system.factor, work, kernel);
 
     for (std::size_t k = 0; k < primaries; ++k) std::copy_n(&z[lane(k)], LANES, X + lane(c.primary[k]));
     for (std::int32_t p = 0; p < S.nodes; ++p) std::copy_n(work + lane(p), LANES, X + lane(c.core[S.node[p]]));

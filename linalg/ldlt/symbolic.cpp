@@ -255,7 +255,7 @@ void lay_out(Symbolic& S) {
         const std::int32_t r = static_cast<std::int32_t>(S.rows_start[s + 1] - S.rows_start[s]);
         const std::int64_t size = static_cast<std::int64_t>(r) * padded(r);
         S.most_rows = std::max(S.most_rows, k + r);
-        S.panel[s + 1] = S.panel[s] + static_cast<std::int64_t>(k) * panel_rows(k, r);
+        S.panel[s + 1] = S.panel[s] + static_cast<std::int64_t>(k) * padded(k + r);
         S.update[s] = top[stack[s]];
         top[stack[s]] += size;
         S.stack_size[stack[s]] = std::max(S.stack_size[stack[s]], top[stack[s]]);
