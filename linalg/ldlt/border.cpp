@@ -156,6 +156,7 @@ void factorise_border(const Matrix& A, System& system) {
     }
     std::vector<double> D(size * size);
     std::vector<std::int8_t> late(size);
+    std::vector<double> core_left(size);  // of a constraint, what elimination of the core leaves on its diagonal; else 0
     const auto add = [&](std::size_t i, std::size_t j, double value) {
         const std::int32_t p = border.place[i], q = border.place[j];
         if (p < 0 || q < 0) return;
@@ -174,6 +175,7 @@ void factorise_border(const Matrix& A, System& system) {
             for (std::int32_t p = 0; p < S.pivots; ++p)
                 sum += u[static_cast<std::int64_t>(p) * LANES] * inverse[p] * v[static_cast<std::int64_t>(p) * LANES];
             add(grounded + y, grounded + z, -sum);
+            if (y == z && border.place[grounded + z] >= 0) core_left[border.place[grounded + z]] = sum;
         }
     for (std::size_t k = 0; k < primaries + seconds; ++k) {
         const std::int32_t row = c.slim[k < primaries ? c.primary[k] : c.second[k - primaries]];
@@ -185,7 +187,7 @@ void factorise_border(const Matrix& A, System& system) {
         }
         if (k >= primaries && border.place[grounded + k] >= 0) late[border.place[grounded + k]] = 1;
     }
-    border.dense = factorise_dense(std::move(D), late);
+    border.dense = factorise_dense(std::move(D), late, core_left);
 
     // dead unknowns
     std::vector<std::int8_t> null(size);

@@ -209,7 +209,7 @@ struct Border {
 };
 
 // Factorises the dense matrix A (n, n). Rows with `late` set become pivots only when no other row can.
-Dense factorise_dense(std::vector<double> A, const std::vector<std::int8_t>& late);
+Dense factorise_dense(std::vector<double> A, const std::vector<std::int8_t>& late, const std::vector<double>& left);
 void solve_dense(const Dense& D, double* X);  // (n, LANES), a null pivot gives 0
 
 // Steps of both: exchange two rows and columns of a full symmetric matrix F (n, n), eliminate row p, or rows p and

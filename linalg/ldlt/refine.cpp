@@ -16,7 +16,8 @@ constexpr double TINY = 1e-6;       // share of its norm times max |x| below whi
 struct Equations {
     const Matrix& A;
     const std::vector<std::int8_t>& dead;
-    std::vector<double> largest;  // (n)  entry of each row
+    // Unknowns with a diagonal and those without, warping and multipliers, differ in units: their sizes must not be mixed.
+    std::vector<double> largest[2];  // (n)  entry of each row in columns with a diagonal, in others
 };
 
 // R = B - A X and the componentwise backward error of each lane (Oettli and Prager; Arioli, Demmel and Duff): the
@@ -25,12 +26,13 @@ void residual(const Equations& e, const double* B, const double* X, double* R, d
               const Kernel& kernel) {
     const Matrix& A = e.A;
     const std::int64_t n = A.n;
-    double most[LANES] = {};
+    double most[2][LANES] = {};
     for (std::int64_t i = 0; i < n; ++i)
         for (int q = 0; q < LANES; ++q) {
             R[i * LANES + q] = B[i * LANES + q];
             work[i * LANES + q] = std::fabs(B[i * LANES + q]);
-            most[q] = std::max(most[q], std::fabs(X[i * LANES + q]));
+            double& m = most[A.a[A.ia[i] - 1] == 0][q];
+            m = std::max(m, std::fabs(X[i * LANES + q]));
         }
     kernel.subtract_product(A.n, A.a, A.ia, A.ja, X, R, work);
     for (int q = 0; q < LANES; ++q) error[q] = 0;
@@ -39,7 +41,7 @@ void residual(const Equations& e, const double* B, const double* X, double* R, d
             double& r = R[i * LANES + q];
             if (e.dead[i]) r = 0;
             double size = work[i * LANES + q];
-            const double bound = e.largest[i] * most[q];
+            const double bound = std::max(e.largest[0][i] * most[0][q], e.largest[1][i] * most[1][q]);
             if (size < TINY * bound) size += bound;
             const double ratio = r == 0 ? 0 : std::fabs(r) / size;
             error[q] = ratio <= error[q] ? error[q] : ratio;  // keeps a ratio that is not a number
@@ -52,13 +54,14 @@ void residual(const Equations& e, const double* B, const double* X, double* R, d
 void solve_refined(const Matrix& A, const System& system, const double* B, double* X, double (&error)[LANES],
                    const Kernel& kernel) {
     const std::size_t size = static_cast<std::size_t>(A.n) * LANES;
-    Equations e{A, system.dead, std::vector<double>(A.n)};
+    Equations e{A, system.dead, {std::vector<double>(A.n), std::vector<double>(A.n)}};
     for (std::int32_t i = 0; i < A.n; ++i)
         for (std::int32_t at = A.ia[i] - 1; at < A.ia[i + 1] - 1; ++at) {
             const double a = std::fabs(A.a[at]);
             const std::int32_t j = A.ja[at] - 1;
-            e.largest[i] = std::max(e.largest[i], a);
-            e.largest[j] = std::max(e.largest[j], a);
+            double &of_i = e.largest[A.a[A.ia[j] - 1] == 0][i], &of_j = e.largest[A.a[A.ia[i] - 1] == 0][j];
+            of_i = std::max(of_i, a);
+            of_j = std::max(of_j, a);
         }
     const Buffer<double> R = buffer<double>(size), correction = buffer<double>(size), work = buffer<double>(size);
     const auto solve_for = [&](const double* load, double* solution) {
