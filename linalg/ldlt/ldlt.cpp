@@ -2,6 +2,7 @@
 #include "linalg/ldlt/ldlt.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace LDLT {
 namespace {
@@ -26,7 +27,7 @@ Outcome factorise_bordered(const Matrix& A, bool definite, System& system, const
         if (system.factor.negative) return otherwise;
         if (system.factor.null.empty()) {
             factorise_border(A, system);
-            return system.border.negative ? otherwise : Outcome::done;
+            return system.border.unfit ? otherwise : Outcome::done;
         }
         if (definite) return otherwise;
         for (const std::int32_t v : system.factor.null) c.grounded[v] = 1;
@@ -67,7 +68,7 @@ bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const do
             double second[LANES];
             solve_refined(A, fallback, B.get(), other.get(), second, kernel);
             for (std::int32_t q = 0; q < lanes; ++q)
-                if (!(error[q] <= CONVERGED) && !(second[q] >= error[q]))
+                if (!(error[q] <= CONVERGED) && (second[q] < error[q] || std::isnan(error[q])))
                     for (std::int64_t i = q; i < size; i += LANES) X[i] = other[i];
         }
         for (std::int32_t q = 0; q < lanes; ++q)
