@@ -266,34 +266,15 @@ TEST(Shear, UnsymmetricSectionMatrixOfABar) {
     double R[3][3] = {};
     for (int k = 0; k < 81; ++k)
         R[k % 3][k / 3 % 3] += C[k / 9 % 3][k % 3] * K[k / 9 % 3][k / 27] * C[k / 27][k / 3 % 3];
-    const double values[] = {
-        R[1][0], R[2][0], CHAR.GJ, CHAR.GAY,          CHAR.GAZ,          CHAR.GAU,          CHAR.GAV,         CHAR.GAUV,
-        CHAR.RY, CHAR.RZ, CHAR.RU, CHAR.RV,           CHAR.COUP1,        CHAR.COUP2,        CHAR.SCU,         CHAR.SCV,
-        w(5, 1), w(5, 2), w(5, 3), s.VARS.GROUPYC(1), s.VARS.GROUPZC(1), s.VARS.GROUPDY(1), s.VARS.GROUPDZ(1)};
-    const double expected[] = {0,
-                               0,
-                               R[0][0],
-                               4.2,
-                               4.3,
-                               4.476,
-                               4.024,
-                               0.068,
-                               2 / 7.0,
-                               5 / 11.0,
-                               4.6 / 3,
-                               2.8 / 13,
-                               -0.18,
-                               0.74,
-                               20 + 0.8 * s2 - 0.6 * s1,
-                               10 - 0.6 * s2 - 0.8 * s1,
-                               0.1 - 0.2 * s1 - 0.3 * s2,
-                               0.34,
-                               0.12,
-                               2,
-                               1,
-                               1.8,
-                               -2.6};
-    for (int k = 0; k < 23; ++k) EXPECT_NEAR(values[k], expected[k], 1e-14 * (1 + std::fabs(expected[k]))) << k;
+    const double SCU = 20 + 0.8 * s2 - 0.6 * s1, SCV = 10 - 0.6 * s2 - 0.8 * s1, w1 = 0.1 - 0.2 * s1 - 0.3 * s2;
+    const auto expect_each = [](const std::vector<double>& values, const std::vector<double>& expected) {
+        for (std::size_t k = 0; k < values.size(); ++k) EXPECT_NEAR(values[k], expected[k], 1e-13) << k;
+    };
+    expect_each({R[1][0], R[2][0], CHAR.GJ, CHAR.SCU, CHAR.SCV, w(5, 1)}, {0, 0, R[0][0], SCU, SCV, w1});
+    expect_each({CHAR.GAY, CHAR.GAZ, CHAR.GAU, CHAR.GAV, CHAR.GAUV}, {4.2, 4.3, 4.476, 4.024, 0.068});
+    expect_each({CHAR.RY, CHAR.RZ, CHAR.RU, CHAR.RV}, {2 / 7.0, 5 / 11.0, 4.6 / 3, 2.8 / 13});
+    expect_each({CHAR.COUP1, CHAR.COUP2, w(5, 2), w(5, 3)}, {-0.18, 0.74, 0.34, 0.12});
+    expect_each({s.VARS.GROUPYC(1), s.VARS.GROUPZC(1), s.VARS.GROUPDY(1), s.VARS.GROUPDZ(1)}, {2, 1, 1.8, -2.6});
 
     // Amplitudes M of the motions in unit load q, read off corners where the stresses of the motions are known; those
     // of the two forces turned back to y and z.
