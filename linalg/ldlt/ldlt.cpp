@@ -20,8 +20,7 @@ Outcome factorise_bordered(const Matrix& A, bool definite, System& system, const
     if (c.primary.size() > MAXPRIMARIES) return otherwise;
     ground(c, definite);
     for (int attempt = 0; attempt < MAXATTEMPTS; ++attempt) {
-        system.symbolic = order(c.graph, c.grounded);
-        symbolic(c.graph, system.symbolic);
+        system.symbolic = analyse(c.graph, c.grounded);
         system.border.Y = primary_columns(c, system.symbolic);
         system.factor = factorise(c, system.symbolic, system.border.Y.get(), primary_blocks(c), kernel);
         if (system.factor.negative) return otherwise;

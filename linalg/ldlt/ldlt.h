@@ -176,10 +176,14 @@ Classes classify(const Matrix& A);
 // Chooses the grounded nodes, none where A must be definite, and renumbers the core where neighbours lie far apart.
 void ground(Classes& c, bool definite);
 
-// Fills nodes, pivots, node and position: the nodes that are not grounded so that the factor fills in little.
-Symbolic order(const Lists& graph, const std::vector<std::int8_t>& grounded);
+// Fills nodes, pivots, node and position, so that the factor fills in little.
+enum class Ordering { minimum_degree, dissection };
+Symbolic order(const Lists& graph, const std::vector<std::int8_t>& grounded, Ordering ordering);
 // Reorders the pivots along the tree, without more fill, and fills in the rest.
 void symbolic(const Lists& graph, Symbolic& S);
+// Both, with the ordering that suits the graph.
+Symbolic analyse(const Lists& graph, const std::vector<std::int8_t>& grounded);
+
 // Y (blocks, nodes, LANES) by positions becomes L^-1 Y on the way, while each panel is at hand.
 Factor factorise(const Classes& c, const Symbolic& S, double* Y, std::int64_t blocks, const Kernel& kernel);
 
