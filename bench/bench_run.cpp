@@ -15,6 +15,8 @@
 
 #include "api/velquor.h"
 #include "bench/meshes.h"
+#include "system/sparsematrix.h"
+#include "tests/bordered_systems.h"
 
 // Names given by `LINKER:--wrap` (see the build file), so that calls of the library's objects come here.
 #define VQ_SOLVER_ARGUMENTS                                                                                    \
@@ -107,24 +109,40 @@ long status_kilobytes(const char* field) {
     return value;
 }
 
-// Peak memory beyond the host's own tables, in a process of its own.
-long peak_kilobytes(const meshes::Plan& plan) {
+// Peak of the resident memory while `work` runs, beyond what stood before, in a process of its own.
+template <class Prepare, class Work>
+double peak_megabytes(Prepare prepare, Work work) {
     int channel[2];
     if (pipe(channel) != 0) return 0;
     if (fork() == 0) {
-        Host host = host_of(plan);
+        auto prepared = prepare();
+        if (std::FILE* file = std::fopen("/proc/self/clear_refs", "w")) {  // forget the peak of the preparation
+            std::fputs("5", file);
+            std::fclose(file);
+        }
         const long before = status_kilobytes("VmRSS:");
-        call(host, VQ_ELASTIC);
+        work(prepared);
         const long growth = status_kilobytes("VmHWM:") - before;
-        if (write(channel[1], &growth, sizeof growth) != sizeof growth) _exit(1);
-        _exit(0);
+        _exit(write(channel[1], &growth, sizeof growth) == sizeof growth ? 0 : 1);
     }
     long growth = 0;
     if (read(channel[0], &growth, sizeof growth) != sizeof growth) growth = 0;
     wait(nullptr);
     close(channel[0]);
     close(channel[1]);
-    return growth;
+    return 1e-3 * static_cast<double>(growth);
+}
+
+// The solver's call alone needs its own memory and the tables that it is given: matrix, loads and solution.
+double tables_megabytes(const meshes::System& system) {
+    const double entries = static_cast<double>(system.M.JA.extent(1)), N = system.M.N;
+    return 1e-6 * (12 * entries + 4 * N + 2 * 3 * 8 * N);
+}
+void solve(meshes::System& system) {
+    Table<double, 2> X;
+    X.allocate(system.M.N, 3);
+    Integer<2> ERR;
+    SPARSEMATRIX_FCN::SOLVESYSTEMEQUATIONSYM_NPD(ERR, system.M, system.B, X);
 }
 
 }  // namespace
@@ -167,7 +185,12 @@ int main(int argc, char** argv) {
                 1e3 * (without.run - without.solver));
     plan.bars = 0;
     plan.nodes = largest;
-    std::printf("peak memory of a call at %d nodes, beyond the host's tables: %.0f MB\n", largest,
-                1e-3 * static_cast<double>(peak_kilobytes(plan)));
+    const double whole = peak_megabytes([&] { return host_of(plan); }, [](Host& host) { call(host, VQ_ELASTIC); });
+    const double tables = tables_megabytes(meshes::base_system(meshes::make_mesh(plan)));
+    const double alone = tables + peak_megabytes([&] { return meshes::base_system(meshes::make_mesh(plan)); }, solve) -
+                         24e-6 * plan.nodes;
+    std::printf(
+        "peak memory at %d nodes: call %.0f MB beyond the host's tables, solver call alone %.0f MB, ratio %.2f\n",
+        largest, whole, alone, whole / alone);
     return 0;
 }

@@ -26,6 +26,7 @@ void SOLVESECUNDRYSHEARANDIWT(LOGICAL& OK, const VARIABLES_T& VARS, VELQUOR_CHAR
 void SOLVEWARPINGFROMSECUNDARYANDTOCENTER(LOGICAL& OK, const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS) {
     SPARSEMATRIX bordered;
     border(SYSVARS, 1, 0, {}, bordered);
+    RELEASESPARSEMATRIX(SYSVARS.KG);  // nothing reads it any more, and the solver needs the room
     Table<double, 2> L;
     L.allocate(bordered.N, 2);
     std::copy_n(SYSVARS.RIGHTSIDEQ.column(1), VARS.NNODES, L.column(1));

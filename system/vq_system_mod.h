@@ -74,7 +74,8 @@ void SOLVESECUNDRYSHEARANDIWT(LOGICAL& OK, const VARIABLES_T& VARS, VELQUOR_CHAR
                               POINTTABLE POINTS);
 
 // Solves KG bordered with CONSTRAINT(:,1), as the second pass of the assembly leaves it, for RIGHTSIDEQ and
-// RIGHTSIDE(:,1). OK true: SECFIELD is allocated and filled. OK false: the solver failed.
+// RIGHTSIDE(:,1). OK true: SECFIELD is allocated and filled. OK false: the solver failed. KG, of no further use, is
+// released before the solution.
 void SOLVEWARPINGFROMSECUNDARYANDTOCENTER(LOGICAL& OK, const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS);
 
 // Case 4 of TAUY and TAUZ at all corners: G times the gradient of SECFIELD(:,1). POINTS is not read.
