@@ -238,9 +238,9 @@ void factorise_border(const Matrix& A, System& system) {
     border.dense = factorise_dense(std::move(D), late, core_left);
 
     std::vector<std::int8_t> null(size);
-    for (std::size_t p = 0; p < size; ++p) null[border.dense.row[p]] = border.dense.block[p] == Pivot::null;
+    for (std::size_t p = 0; p < size; ++p) null[border.dense.row[p]] = border.dense.block[p] == Pivot::null ? 1 : 0;
     system.dead.resize(A.n);
-    for (std::int32_t i = 0; i < A.n; ++i) system.dead[i] = c.kind[i] == Kind::empty;
+    for (std::int32_t i = 0; i < A.n; ++i) system.dead[i] = c.kind[i] == Kind::empty ? 1 : 0;
     for (std::size_t k = 0; k < border.place.size(); ++k) {
         if (border.place[k] >= 0 && !null[border.place[k]]) continue;
         const std::int32_t unknown = k < grounded               ? c.core[S.node[S.pivots + k]]

@@ -54,7 +54,7 @@ void residual(const Equations& e, const double* B, const double* X, double* R, d
 
 void solve_refined(const Matrix& A, const System& system, const double* B, double* X, double (&error)[LANES],
                    const Kernel& kernel) {
-    const std::size_t size = static_cast<std::size_t>(A.n) * LANES;
+    const std::int64_t size = static_cast<std::int64_t>(A.n) * LANES;
     Equations e{A, system.dead, {std::vector<double>(A.n), std::vector<double>(A.n)}};
     for (std::int32_t i = 0; i < A.n; ++i)
         for (std::int32_t at = A.ia[i] - 1; at < A.ia[i + 1] - 1; ++at) {
@@ -76,7 +76,7 @@ void solve_refined(const Matrix& A, const System& system, const double* B, doubl
     bool active[LANES] = {true, true, true, true};  // lanes that gain from another step
     for (int step = 0; step < MAXSTEPS && (active[0] || active[1] || active[2] || active[3]); ++step) {
         solve_for(R.get(), correction.get());
-        for (std::size_t i = 0; i < size; ++i) correction[i] += X[i];
+        for (std::int64_t i = 0; i < size; ++i) correction[i] += X[i];
         double corrected[LANES];
         residual(e, B, correction.get(), R.get(), work.get(), corrected, kernel);
         for (int q = 0; q < LANES; ++q) {
@@ -84,7 +84,7 @@ void solve_refined(const Matrix& A, const System& system, const double* B, doubl
             active[q] = better && corrected[q] < 0.5 * error[q] && corrected[q] > ACCURATE;
             if (!better) continue;
             error[q] = corrected[q];
-            for (std::size_t i = q; i < size; i += LANES) X[i] = correction[i];
+            for (std::int64_t i = q; i < size; i += LANES) X[i] = correction[i];
         }
     }
 }

@@ -21,11 +21,13 @@ void solve(const System& system, const double* B, double* X, double* work, const
     const Classes& c = system.classes;
     const Symbolic& S = system.symbolic;
     const Border& border = system.border;
-    const std::size_t primaries = c.primary.size();
-    const std::size_t grounded = static_cast<std::size_t>(S.nodes - S.pivots);
+    const std::int64_t primaries = static_cast<std::int64_t>(c.primary.size());
+    const std::int64_t n = static_cast<std::int64_t>(c.kind.size());
+    const std::int64_t unknowns = static_cast<std::int64_t>(border.place.size());
+    const std::int64_t grounded = S.nodes - S.pivots;
 
     // loads, those of the ties condensed into the rest; X holds them until the end
-    std::copy_n(B, lane(static_cast<std::int64_t>(c.kind.size())), X);
+    std::copy_n(B, lane(n), X);
     for (const Tie& t : c.ties) {
         double hung[LANES], tie[LANES];
         for (int q = 0; q < LANES; ++q) {
@@ -42,23 +44,23 @@ void solve(const System& system, const double* B, double* X, double* work, const
     forward(S, system.factor, work, kernel);
 
     // the border's unknowns
-    std::vector<double> z(lane(static_cast<std::int64_t>(primaries))), dense(lane(border.dense.n));
-    for (std::size_t k = 0; k < primaries; ++k) {
+    std::vector<double> z(lane(primaries)), dense(lane(border.dense.n));
+    for (std::int64_t k = 0; k < primaries; ++k) {
         const double* y = border.Y.get() + k / LANES * lane(S.nodes) + k % LANES;
         double* load = &z[lane(k)];
         std::copy_n(X + lane(c.primary[k]), LANES, load);
         for (std::int32_t p = 0; p < S.pivots; ++p)
             subtract(load, y[lane(p)] * system.factor.inverse[p], work + lane(p));
     }
-    const auto load_of = [&](std::size_t k) {
+    const auto load_of = [&](std::int64_t k) {
         return k < grounded               ? work + lane(S.pivots + k)
                : k < grounded + primaries ? &z[lane(k - grounded)]
                                           : X + lane(c.second[k - grounded - primaries]);
     };
-    for (std::size_t k = 0; k < border.place.size(); ++k)
+    for (std::int64_t k = 0; k < unknowns; ++k)
         if (border.place[k] >= 0) std::copy_n(load_of(k), LANES, &dense[lane(border.place[k])]);
     if (border.dense.n > 0) solve_dense(border.dense, dense.data());
-    for (std::size_t k = 0; k < border.place.size(); ++k) {
+    for (std::int64_t k = 0; k < unknowns; ++k) {
         if (border.place[k] >= 0)
             std::copy_n(&dense[lane(border.place[k])], LANES, load_of(k));
         else
@@ -67,15 +69,15 @@ void solve(const System& system, const double* B, double* X, double* work, const
 
     for (std::int32_t p = 0; p < S.pivots; ++p) {
         double* w = work + lane(p);
-        for (std::size_t k = 0; k < primaries; ++k)
+        for (std::int64_t k = 0; k < primaries; ++k)
             subtract(w, border.Y[k / LANES * lane(S.nodes) + lane(p) + k % LANES], &z[lane(k)]);
         for (int q = 0; q < LANES; ++q) w[q] *= system.factor.inverse[p];
     }
     backward(S, system.factor, work, kernel);
 
-    for (std::size_t k = 0; k < primaries; ++k) std::copy_n(&z[lane(k)], LANES, X + lane(c.primary[k]));
+    for (std::int64_t k = 0; k < primaries; ++k) std::copy_n(&z[lane(k)], LANES, X + lane(c.primary[k]));
     for (std::int32_t p = 0; p < S.nodes; ++p) std::copy_n(work + lane(p), LANES, X + lane(c.core[S.node[p]]));
-    for (std::size_t i = 0; i < c.kind.size(); ++i)
+    for (std::int64_t i = 0; i < n; ++i)
         if (c.kind[i] == Kind::empty) std::fill_n(X + lane(i), LANES, 0.0);
     // x_hung from its tie's row, the tie from the hung node's row
     for (const Tie& t : c.ties) {
