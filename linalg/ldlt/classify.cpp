@@ -53,8 +53,8 @@ std::int32_t find_hung(const Classes& c, const Matrix& A, const std::vector<std:
             fits = fits && c.kind[i] == Kind::core;
             reached = reached || entries[i] - core_entries[i] > 1;
         }
-        for (std::int32_t k = rows.start[c.slim[b]]; k < rows.start[c.slim[b] + 1]; ++k)
-            fits = fits && c.kind[rows.column[k]] != Kind::tie;
+        for (std::int32_t k = rows.start[c.slim[b]]; fits && k < rows.start[c.slim[b] + 1]; ++k)
+            fits = c.kind[rows.column[k]] != Kind::tie;
         if (fits && reached) return b;
     }
     return -1;
