@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "api/velquor.h"
+#include "bench/bordered_systems.h"
 #include "bench/meshes.h"
 #include "system/sparsematrix.h"
-#include "tests/bordered_systems.h"
 
 // Names given by `LINKER:--wrap` (see the build file), so that calls of the library's objects come here.
 #define VQ_SOLVER_ARGUMENTS                                                                                    \

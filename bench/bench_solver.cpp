@@ -19,9 +19,9 @@
 #include <iterator>
 #include <vector>
 
+#include "bench/bordered_systems.h"
 #include "bench/meshes.h"
 #include "linalg/ondrel64.h"
-#include "tests/bordered_systems.h"
 
 namespace {
 

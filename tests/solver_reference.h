@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/bordered_systems.h"
+#include "bench/bordered_systems.h"
 
 namespace reference {
 

@@ -140,19 +140,6 @@ TEST(Suportbase, TheTwoNodeOrdersLieOpposite) {
     expect_figures(N, {0, 1, 0, 0});
 }
 
-TEST(Suportbase, AreasAndMotions) {
-    Real<3> A;
-    VQ_SYSTEM_MOD::PLOCHA3({{0, 3, 1}}, {{0.2, 0.5, 2.5}}, A(1));
-    VQ_SYSTEM_MOD::PLOCHA4({{0, 0, 1, 2}}, {{0, 1, 1, 0}}, A(2));
-    VQ_SYSTEM_MOD::PLOCHA4({{0, 3, 4, -1}}, {{0, 0.5, 2, 3}}, A(3));
-    expect_figures(A, {3.3, -1.5, area(QUADS[4])});
-    EXPECT_NEAR(TRIANGLEAREA({{0, 1, 3, 0.2, 2.5, 0.5}}), -3.3, 1e-14);
-    EXPECT_EQ(NORM2({{3, -4}}), 5);
-    Real<2, 3> T;
-    SKEWNESSOVERVELQUOR(2, 3, T);
-    expect_figures(T, {-3, 2, 1, 0, 0, 1});
-}
-
 TEST(Usedlapack, InverseOfAnyStridesAndInfinityWhereSingular) {
     const Real<16> A{{4, 1, -2, 3, 0, 5, 2, 7, -1, 6, 8, 2, 9, -3, 1, 11}};
     Real<5> INVERSE{{0, 0, 0, 0, 77}};
@@ -199,15 +186,4 @@ TEST(Quad, FiguresOfSquareOblongAndTrapezoid) {
     EXPECT_NEAR(trapezoid.I, 3 * 5 / 36.0, 1e-14);  // not 7/36
     expect_figures(trapezoid.ty, {-14 / 13.0, -14 / 13.0, -2 / 13.0, -2 / 13.0});
     expect_figures(trapezoid.tz, {-2, -14 / 13.0, -2 / 13.0, -2});
-}
-
-// One sample at the centroid, also where the exact integral would weight the nodes.
-TEST(Triangle, OnePointValues) {
-    const Arrays<3> a = arrays(TRIANGLES[0], {{1, 1, 1}});  // A = 3.3
-    expect_figures(a.S, {3.3, 3.3, 3.3, 4.4, 4.4, 4.4, 3.52, 3.52, 3.52});
-    expect_figures(a.R, {-3.3, -3.3, -3.3});
-    expect_figures(a.TY, {-6.4 / 3, -6.4 / 3, -6.4 / 3, 2, 2, 2, 0, 0, 0});
-    expect_figures(a.TZ, {8 / 3.0, 8 / 3.0, 8 / 3.0, 0, 0, 0, 2, 2, 2});
-    EXPECT_NEAR(a.I, 9.9, 1e-14);
-    EXPECT_EQ(arrays(TRIANGLES[0], {{1, -1, 0}}).I, 0);
 }

@@ -134,20 +134,6 @@ TEST(Plastic, TSection) {
     }
 }
 
-// FPOS 1 and FNEG 3 put the line at a quarter of the height. Rows of one unit are not cut by it and take the strength
-// of their side; columns of one unit are, and take FPOS for either direction.
-TEST(Plastic, StrengthsOfTheTwoSidesByHand) {
-    Section s;
-    add_rectangle(s, 0, 0, 2, 4, 2, 4, {1, 1, 0, 1, 1, 1, 3, 1});
-    const double L[] = {1, 0.5, 3, 1.5}, W[] = {10, 5, 10, 5}, M[] = {12, 5, 12, 5};
-    const Results r = run(s);
-    for (int k = 0; k < 8; ++k) {  // ALPHA 0: the same along the principal axes, from the centroid (1, 2)
-        EXPECT_NEAR(r.slots[FORMS[k].PLAXIS], L[k % 4] - (k < 4 ? 0 : 2 - k % 2), 1e-8);
-        EXPECT_NEAR(r.slots[FORMS[k].PLMOD], W[k % 4], 1e-7);
-        EXPECT_NEAR(r.slots[FORMS[k].PLMOM], M[k % 4], 1e-7);
-    }
-}
-
 // All eight call forms against polygon clipping at the line that they report, and the balance at that line.
 TEST(Plastic, EqualsPolygonClippingInEveryPatternOfCorners) {
     std::set<std::pair<std::size_t, int>> seen;

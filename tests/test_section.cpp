@@ -207,21 +207,6 @@ TEST(BasicChar, CoupledGroupsBendAboutTheirOwnCentres) {
     EXPECT_NEAR(b.CHAR.IYY, 2 * (8.0 / 3 + 4), 1e-12);
 }
 
-TEST(BasicChar, CouplingSwitchesBelowOneAndNeedsWeight) {
-    Section s;
-    add_rectangle(s, 3, 5, 5, 6, 2, 1);
-    s.materials[1].COUPLING = 3;  // above 1: no switch, but a weight
-    const Basic b = solved(s);
-    EXPECT_TRUE(b.VARS.COUPLEDFLAG == 0 && b.CHAR.YC == 4 && b.CHAR.COUP1 == (3.5 + 3 * 4.5) / 4);
-    s.materials[1].COUPLING = std::nextafter(1.0, 0.0);
-    EXPECT_EQ(solved(s).VARS.COUPLEDFLAG, 1);
-    s.materials[0].COUPLING = 0;
-    s.materials[1].COUPLING = 1e-8f;
-    EXPECT_EQ(solved(s).CHAR.COUP2, 0);
-    s.materials[1].COUPLING = std::nextafter(1e-8f, 1);
-    EXPECT_NEAR(solved(s).CHAR.COUP2, 5.5, 1e-12);
-}
-
 TEST(PrincipalAxes, BranchOnTheProductMoment) {
     Real<2, 2> T;
     const auto axes = [&T](double IYY, double IZZ, double DYZ) {

@@ -1,4 +1,4 @@
-#include "tests/bordered_systems.h"
+#include "bench/bordered_systems.h"
 
 #include <algorithm>
 #include <cmath>
