@@ -1,5 +1,7 @@
 // The run: the host's tables in, stage after stage, results out.
 #include <algorithm>
+#include <cerrno>
+#include <cfenv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -234,6 +236,28 @@ std::int32_t run_guarded(std::int32_t NGROUPS, const HostTables& host, VARIABLES
     return VQ_OUT_OF_MEMORY;
 }
 
+// What arithmetic and the C library may change of the calling thread's state.
+struct ThreadState {
+    std::fenv_t environment;
+    int error;
+};
+
+// A host may round in another direction, flush denormal numbers to zero or let exceptions trap. The run divides by zero
+// and rounds to nearest by design, so it takes the default environment and gives the same bits in any host.
+ThreadState enter_default_environment() {
+    ThreadState host;
+    host.error = errno;
+    std::fegetenv(&host.environment);
+    std::fesetenv(FE_DFL_ENV);
+    return host;
+}
+
+// The host's modes, traps and flags again: no flag that the run raised is left, none of the host's is lost.
+void leave_default_environment(const ThreadState& host) {
+    std::fesetenv(&host.environment);
+    errno = host.error;
+}
+
 }  // namespace
 
 extern "C" void vq_velquor(int32_t* STATUS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS,
@@ -257,7 +281,9 @@ extern "C" void vq_velquor(int32_t* STATUS, const double* NODES, int32_t NNODES,
                           RESULT,
                           View<double, 2>(NODEOUT, NNODES, 3),
                           ELEMOUT};
+    const ThreadState state = enter_default_environment();
     *STATUS = run_guarded(NGROUPS, host, VARS, SYSVARS);
     RELEASEVQDATA(VARS);
     REALEASE_SYSTEMDATA(SYSVARS);
+    leave_default_environment(state);
 }

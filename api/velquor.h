@@ -2,7 +2,9 @@
  *
  * One call of vq_velquor is one complete calculation of one section. It runs on the calling thread, keeps nothing
  * between calls and reads and writes no file; calls with separate tables can run side by side. All values are in the
- * host's units, neither scaled nor converted.
+ * host's units, neither scaled nor converted. The host's rounding mode, its treatment of denormal numbers and its traps
+ * have no part in the results; they, the exception flags and errno are after a call what they were before it. 64 KiB of
+ * free stack are enough.
  *
  * Every table is a contiguous block of the host's memory, naturally aligned, without a header. A table of several
  * columns lies column after column (all of column 1, then all of column 2), and nodes, elements, groups and columns

@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# The header is strict C99 and C++11. Hosts in C, Fortran and Python agree with it on every offset, name and value, and
+# get the same bits for the same section.
+#   check_abi.sh <library>
+set -euo pipefail
+library=$1
+here=$(cd "$(dirname "$0")" && pwd)
+header=$here/../../api/velquor.h
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+strict=(-Wall -Wextra -Wpedantic -Werror -I "$(dirname "$header")" -I "$here")
+echo '#include <velquor.h>' >"$scratch/alone.c"
+cc -std=c99 "${strict[@]}" -fsyntax-only "$scratch/alone.c"
+c++ -std=c++11 "${strict[@]}" -fsyntax-only -x c++ "$scratch/alone.c"
+
+link=("$library" -Wl,-rpath,"$(dirname "$library")")
+cc -std=c99 "${strict[@]}" "$here/host.c" -o "$scratch/host_c" "${link[@]}"
+gfortran -std=f2018 -cpp -ffree-line-length-none -J "$scratch" -I "$here" "$here/host.f90" -o "$scratch/host_f" "${link[@]}"
+"$scratch/host_c" "$here/section.txt" >"$scratch/c"
+"$scratch/host_f" "$here/section.txt" >"$scratch/fortran"
+python3 "$here/host.py" "$library" "$header" "$here/names.inc" "$here/section.txt" >"$scratch/python"
+cmp "$scratch/c" "$scratch/fortran"
+cmp "$scratch/c" "$scratch/python"
+echo "$(wc -l <"$scratch/c") lines alike from C, Fortran and Python"

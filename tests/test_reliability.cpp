@@ -1,0 +1,332 @@
+// What a host may rely on whatever happens: failing allocations, several threads, unusual modes, little stack.
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cfenv>
+#include <chrono>
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <set>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+#ifdef __SSE2__
+#include <immintrin.h>
+#endif
+
+#include "bench/meshes.h"
+#include "section_builder.h"
+#include "tests/memory_limit.h"
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool sanitized = true;
+#else
+constexpr bool sanitized = false;
+#endif
+
+// Every other quadrilateral cut in two; the first half keeps its number, and the bars with it.
+void cut_in_triangles(Section& s) {
+    const std::size_t n = s.elements.size();
+    for (std::size_t e = 0; e < n; e += 2) {
+        std::vector<std::int32_t>& nodes = s.elements[e];
+        s.elements.push_back({nodes[0], nodes[2], nodes[3], nodes[3]});
+        s.materials.push_back(Material(s.materials[e]));
+        s.elements[e] = {nodes[0], nodes[1], nodes[2], nodes[2]};
+    }
+}
+
+// Quadrilaterals, triangles and two bars, of two materials in two groups.
+Section sample(double COUPLING = 1, double GMOD = 45) {
+    Section s;
+    s.groups = 2;
+    add_rectangle(s, 0, 0, 6, 2, 4, 2, {200, 80, 0, 1, 1, 1, 1.2, 1.5, 3});
+    add_rectangle(s, 0, 2, 2, 9, 2, 5, {100, GMOD, 0, COUPLING, 2, 1, 1.4, 1.1, 5});
+    add_bar(s, 0.9, 0.6, 1, 0.11, 2000, 700).RADIUS = 0.8;
+    add_bar(s, 0.4, 2.9, 9, 0.07, 1500, 600).BARWEIGHT = 9;
+    cut_in_triangles(s);
+    return s;
+}
+
+// The same with all moduli so small that most stiffnesses are denormal numbers.
+Section faint() {
+    Section s = sample();
+    for (Material& m : s.materials) m.EMOD *= 1e-309, m.GMOD *= 1e-309;
+    s.bars.clear();
+    return s;
+}
+
+// A section of about so many nodes, numbered at random, of quadrilaterals and triangles with bars.
+Section large(std::int32_t nodes, double GMOD = 1) {
+    meshes::Plan plan;
+    plan.shape = meshes::Shape::angle;
+    plan.nodes = nodes;
+    plan.bars = 20;
+    plan.shuffled = true;
+    const meshes::Mesh mesh = make_mesh(plan);
+    Section s;
+    s.groups = 2;
+    for (std::int32_t i = 1; i <= mesh.NNODES; ++i) s.y.push_back(mesh.XY(i, 1)), s.z.push_back(mesh.XY(i, 2));
+    for (std::int32_t e = 1; e <= mesh.NELEMS; ++e) {
+        s.elements.push_back({mesh.ELEMNODES(e, 1), mesh.ELEMNODES(e, 2), mesh.ELEMNODES(e, 3), mesh.ELEMNODES(e, 4)});
+        s.materials.push_back({2.6, e % 7 == 3 ? GMOD : 1, 0, 1, 1.0 + e % 2, 1, 1.2, 1.5, 3});
+    }
+    for (const meshes::Bar& from : mesh.bars) {
+        VYZTUZE_INFO bar{};
+        bar.NODE = from.NODE, bar.ELEMENT = from.ELEMENT, bar.AREA = from.AREA;
+        bar.EMODUL = from.EMODUL, bar.GMODUL = from.GMODUL;
+        s.bars.push_back(bar);
+    }
+    cut_in_triangles(s);
+    return s;
+}
+
+// One host for each way out and each path of the solver: results, refused, not solved.
+std::vector<Host> various_hosts() {
+    std::vector<Host> hosts = {host_of(sample(), 1),
+                               host_of(sample(0.5), 11),
+                               host_of(sample(1, -45), 0),
+                               host_of(faint(), 1),
+                               host_of(large(300), 1),
+                               host_of(moved(sample(), 1e3, 0, 1), 1),
+                               host_of(scaled(sample(), 1e100), 0),
+                               host_of(sample(), 1)};
+    hosts.back().ELEMENTS[3] = 0;
+    return hosts;
+}
+
+Host after_call(Host host) {
+    call(host);
+    return host;
+}
+
+bool same_answer(const Host& a, const Host& b) { return a.STATUS == b.STATUS && same_tables(a, b); }
+
+// The n-th allocation of a run fails, alone or with all later ones: n counts until a run comes through. Returns n.
+long fail_every_allocation(const Host& host, void (*fail)(long)) {
+    const Host right = after_call(host);
+    EXPECT_EQ(right.STATUS, VQ_DONE);
+    for (long n = 0;; ++n) {
+        Host failed = host;
+        const long live = live_blocks();
+        fail(n);
+        call(failed);
+        limit_allocations(-1);
+        EXPECT_EQ(live_blocks(), live) << "blocks left after allocation " << n;
+        if (failed.STATUS == VQ_DONE) {
+            EXPECT_TRUE(same_answer(failed, right));
+            return n;
+        }
+        EXPECT_EQ(failed.STATUS, VQ_OUT_OF_MEMORY) << n;
+        EXPECT_TRUE(same_tables(failed, host)) << "tables changed with allocation " << n;
+        failed.STATUS = host.STATUS;
+        EXPECT_TRUE(same_answer(after_call(failed), right)) << "the call after allocation " << n;
+        if (::testing::Test::HasFailure()) return n;
+    }
+}
+
+// What the whole process can see of itself and a library might change.
+std::string process_state() {
+    std::ostringstream state;
+    for (const char* folder : {"/proc/self/task", "/proc/self/fd"}) {
+        std::set<std::string> names;
+        std::error_code none;
+        for (const auto& entry : std::filesystem::directory_iterator(folder))
+            names.insert(entry.path().filename().string() + ' ' + read_symlink(entry.path(), none).string());
+        for (const std::string& name : names) state << name << '\n';
+    }
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.rfind("Sig", 0) == 0 || line.rfind("Umask", 0) == 0) state << line << '\n';
+    for (int number = 1; number < NSIG; ++number) {
+        struct sigaction action {};
+        sigaction(number, nullptr, &action);
+        state << reinterpret_cast<const void*>(action.sa_handler) << ' ' << action.sa_flags << '\n';
+    }
+    stack_t stack{};
+    sigaltstack(nullptr, &stack);
+    state << stack.ss_sp << '\n' << std::setlocale(LC_ALL, nullptr) << '\n' << std::locale().name() << '\n';
+    state << std::filesystem::current_path() << '\n' << reinterpret_cast<const void*>(std::get_new_handler()) << '\n';
+    for (char** variable = environ; *variable != nullptr; ++variable) state << *variable << '\n';
+    return state.str();
+}
+
+// Rounding, traps, flags; of the vector unit also the treatment of denormal numbers.
+std::vector<int> floating_point_state() {
+    std::vector<int> state = {std::fegetround(), fegetexcept(), std::fetestexcept(FE_ALL_EXCEPT)};
+#ifdef __SSE2__
+    state.push_back(static_cast<int>(_mm_getcsr()));
+#endif
+    return state;
+}
+
+// The stack that work takes in a thread of 128 KiB, whose memory is zero before it.
+std::size_t stack_used(std::function<void()> work) {
+    constexpr std::size_t size = 128 << 10, guard = 4096;
+    void* memory = mmap(nullptr, guard + size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    char* stack = static_cast<char*>(memory) + guard;
+    mprotect(memory, guard, PROT_NONE);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstack(&attributes, stack, size);
+    const auto start = [](void* task) -> void* {
+        (*static_cast<std::function<void()>*>(task))();
+        return nullptr;
+    };
+    pthread_t thread;
+    EXPECT_EQ(pthread_create(&thread, &attributes, start, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    const std::size_t used = stack + size - std::find_if(stack, stack + size, [](char byte) { return byte != 0; });
+    munmap(memory, guard + size);
+    return used;
+}
+
+}  // namespace
+
+TEST(Reliability, EveryAllocationMayFail) {
+    std::ostringstream counts;
+    for (const double GMOD : {45.0, -45.0}) {  // the definite and the general path of the solver
+        for (const double COUPLING : {1.0, 0.5}) {
+            for (const double mode : {0.0, 1.0, 11.0}) {
+                const Host host = host_of(sample(COUPLING, GMOD), mode);
+                const long n = fail_every_allocation(host, limit_allocations);
+                EXPECT_EQ(fail_every_allocation(host, fail_one_allocation), n);
+                EXPECT_GT(n, 100);
+                counts << n << ' ';
+            }
+        }
+    }
+    RecordProperty("allocations", counts.str());
+}
+
+// VQ_SOAK_SECONDS in the environment sets the length.
+TEST(Reliability, ThreadsDoNotDisturbEachOther) {
+    using Clock = std::chrono::steady_clock;
+    const char* asked = std::getenv("VQ_SOAK_SECONDS");
+    const double seconds = asked != nullptr ? std::atof(asked) : 2;
+    const std::vector<Host> hosts = various_hosts();
+    std::vector<Host> alone;
+    for (const Host& host : hosts) alone.push_back(after_call(host));
+    for (const int threads : {2, 8}) {
+        const auto end = Clock::now() + std::chrono::duration<double>(seconds / 2);
+        std::atomic<long> wrong{0}, runs{0}, failed{0};
+        const auto work = [&](int thread) {
+            for (std::size_t turn = thread; turn % 8 != 7 || Clock::now() < end; ++turn) {
+                const std::size_t k = turn * (2 * thread + 1) % hosts.size();
+                Host host = hosts[k];
+                if (thread == 0)
+                    fail_one_allocation(static_cast<long>(turn % 211));  // failures beside the others' runs
+                call(host);
+                limit_allocations(-1);
+                const bool out_of_memory = thread == 0 && host.STATUS == VQ_OUT_OF_MEMORY;
+                if (out_of_memory ? !same_tables(host, hosts[k]) : !same_answer(host, alone[k])) ++wrong;
+                failed += out_of_memory;
+                ++runs;
+            }
+        };
+        std::vector<std::thread> pool;
+        for (int thread = 0; thread < threads; ++thread) pool.emplace_back(work, thread);
+        for (std::thread& thread : pool) thread.join();
+        EXPECT_EQ(wrong, 0);
+        EXPECT_GT(failed, 0);
+        RecordProperty("runs of " + std::to_string(threads), std::to_string(runs));
+    }
+}
+
+TEST(Reliability, LeavesTheProcessAsItWas) {
+    const std::string locale = std::setlocale(LC_ALL, nullptr);
+    std::setlocale(LC_ALL, "C.UTF-8");
+    std::set<std::int32_t> ends;
+    for (const Host& host : various_hosts()) {
+        for (const bool enough : {true, false}) {
+            Host called = host;
+            std::srand(7);
+            const int first = std::rand(), second = std::rand();
+            std::srand(7);
+            const std::string process = process_state();
+            EXPECT_EQ(std::rand(), first);
+            std::feclearexcept(FE_ALL_EXCEPT);
+            const std::vector<int> state = floating_point_state();
+            const long live = live_blocks();
+            errno = 77;
+            limit_allocations(enough ? -1 : 30);
+            call(called);
+            limit_allocations(-1);
+            const int error = errno;
+            EXPECT_EQ(live_blocks(), live);
+            EXPECT_EQ(error, 77);
+            EXPECT_EQ(floating_point_state(), state);
+            EXPECT_EQ(std::rand(), second);
+            EXPECT_EQ(process_state(), process);
+            ends.insert(called.STATUS);
+        }
+    }
+    EXPECT_EQ(ends, (std::set<std::int32_t>{VQ_DONE, VQ_REFUSED, VQ_NOT_SOLVED, VQ_OUT_OF_MEMORY}));
+    std::setlocale(LC_ALL, locale.c_str());
+}
+
+// Any rounding, denormal numbers flushed, exceptions that trap: the same bits, and the host's modes and flags after it.
+TEST(Reliability, TheHostsFloatingPointModesHaveNoPart) {
+    void (*const modes[])() = {
+        [] { std::fesetround(FE_UPWARD); },
+        [] { std::fesetround(FE_DOWNWARD), std::feraiseexcept(FE_OVERFLOW); },
+        [] { std::fesetround(FE_TOWARDZERO); },
+        [] { feenableexcept(FE_ALL_EXCEPT); },
+#ifdef __SSE2__
+        [] { _MM_SET_FLUSH_ZERO_MODE(_MM_FLUSH_ZERO_ON), _mm_setcsr(_mm_getcsr() | 0x40); },  // and denormals are zero
+        [] { _mm_setcsr(_MM_FLUSH_ZERO_ON | _MM_ROUND_UP | 0x40); },                          // and everything traps
+#endif
+    };
+    for (const Host& host : various_hosts()) {
+        const Host right = after_call(host);
+        for (const bool enough : {true, false}) {
+            for (const auto& enter : modes) {
+                Host called = host;
+                std::vector<int> entered(4), left(4);
+                std::fesetenv(FE_DFL_ENV);
+                enter();
+                entered = floating_point_state();
+                limit_allocations(enough ? -1 : 30);
+                call(called);
+                limit_allocations(-1);
+                left = floating_point_state();
+                std::fesetenv(FE_DFL_ENV);
+                EXPECT_EQ(left, entered) << &enter - modes;
+                EXPECT_TRUE(enough ? same_answer(called, right) : same_tables(called, host)) << &enter - modes;
+            }
+        }
+    }
+}
+
+// Meshes of any size in a small thread, on both paths of the solver and where memory ends in the midst of a run.
+TEST(Reliability, TakesLittleStack) {
+    if (sanitized) GTEST_SKIP() << "sanitizers widen the frames";
+    std::vector<Host> hosts = various_hosts();
+    hosts.insert(hosts.end(), {host_of(large(20000), 1), host_of(large(3000, -1), 1)});
+    std::size_t largest = 0;
+    for (const Host& host : hosts) {
+        const Host right = after_call(host);
+        Host called = host, failed = host;
+        largest = std::max(largest, stack_used([&] { call(called); }));
+        EXPECT_TRUE(same_answer(called, right));
+        largest = std::max(largest, stack_used([&] {
+                               limit_allocations(200);
+                               call(failed);
+                               limit_allocations(-1);
+                           }));
+    }
+    EXPECT_LT(largest, std::size_t{64} << 10);
+    RecordProperty("stack", std::to_string(largest));
+}
