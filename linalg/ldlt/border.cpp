@@ -5,11 +5,6 @@
 #include "linalg/ldlt/ldlt.h"
 
 namespace LDLT {
-namespace {
-
-// Rows of the border that touch nothing but the p primaries: at most p of them are independent, and the rest can not
-// hold a pivot. Returns for each whether it stays, chosen by elimination with complete pivoting. rows (count, p), one
-// after the other, is used up.
 std::vector<std::int8_t> independent(std::vector<double>& rows, std::size_t count, std::size_t p) {
     std::vector<std::int8_t> stays(count, count <= p ? 1 : 0);
     if (count <= p) return stays;
@@ -42,8 +37,6 @@ std::vector<std::int8_t> independent(std::vector<double>& rows, std::size_t coun
     }
     return stays;
 }
-
-}  // namespace
 
 std::int64_t primary_blocks(const Classes& c) {
     return (static_cast<std::int64_t>(c.primary.size()) + LANES - 1) / LANES;

@@ -53,9 +53,10 @@ std::int32_t find_hung(const Classes& c, const Matrix& A, const std::vector<std:
             fits = fits && c.kind[i] == Kind::core;
             reached = reached || entries[i] - core_entries[i] > 1;
         }
+        if (!fits || !reached) continue;  // before the row of b, which can be as long as the matrix
         for (std::int32_t k = rows.start[c.slim[b]]; fits && k < rows.start[c.slim[b] + 1]; ++k)
             fits = c.kind[rows.column[k]] != Kind::tie;
-        if (fits && reached) return b;
+        if (fits) return b;
     }
     return -1;
 }

@@ -144,6 +144,60 @@ Contribution contribution(const Work& w) {
     return c;
 }
 
+void drop_dead(Contribution& c, const Symbolic& S, const std::vector<std::int8_t>& dead) {
+    std::vector<std::size_t> kept;
+    for (std::size_t i = 0; i < c.rows.size(); ++i)
+        if (!dead[S.node[c.rows[i]]]) kept.push_back(i);
+    if (kept.size() == c.rows.size()) return;
+    Contribution left;
+    for (const std::size_t j : kept) {
+        if (j < c.delayed) ++left.delayed;
+        left.rows.push_back(c.rows[j]);
+        for (const std::size_t i : kept) left.F.push_back(c.F[j * c.rows.size() + i]);
+    }
+    c = std::move(left);
+}
+
+// Delayed rows that touch nothing but rows still to come, out of all children of a front: no more of them are
+// independent than there are such rows, and the rest can not hold a pivot. They leave their contributions and are dead.
+// Without this the nodes of a part that has no stiffness would all arrive at the root.
+void thin_out(const std::vector<Contribution*>& children, const Symbolic& S, std::vector<std::int32_t>& column,
+              std::vector<std::int8_t>& dead) {
+    struct Row {
+        Contribution* from;
+        std::size_t i;
+    };
+    std::vector<Row> rows;
+    std::vector<std::int32_t> touched;
+    for (Contribution* c : children) {
+        const std::size_t n = c->rows.size();
+        for (std::size_t i = 0; i < c->delayed; ++i) {
+            const double* F = c->F.data() + i * n;
+            if (!std::all_of(F, F + c->delayed, [](double f) { return std::fabs(f) < NULLGENERAL; })) continue;
+            rows.push_back({c, i});
+            for (std::size_t j = c->delayed; j < n; ++j)
+                if (F[j] != 0 && column[c->rows[j]] < 0) {
+                    column[c->rows[j]] = static_cast<std::int32_t>(touched.size());
+                    touched.push_back(c->rows[j]);
+                }
+        }
+    }
+    if (rows.size() > touched.size()) {
+        std::vector<double> values(rows.size() * touched.size());
+        for (std::size_t k = 0; k < rows.size(); ++k) {
+            const Contribution& c = *rows[k].from;
+            for (std::size_t j = c.delayed; j < c.rows.size(); ++j)
+                if (column[c.rows[j]] >= 0)
+                    values[k * touched.size() + column[c.rows[j]]] = c.F[rows[k].i * c.rows.size() + j];
+        }
+        const std::vector<std::int8_t> stays = independent(values, rows.size(), touched.size());
+        for (std::size_t k = 0; k < rows.size(); ++k)
+            if (!stays[k]) dead[S.node[rows[k].from->rows[rows[k].i]]] = 1;
+        for (Contribution* c : children) drop_dead(*c, S, dead);
+    }
+    for (const std::int32_t row : touched) column[row] = -1;
+}
+
 }  // namespace
 
 void factorise_indefinite(const Matrix& A, System& system) {
@@ -154,10 +208,13 @@ void factorise_indefinite(const Matrix& A, System& system) {
     const Symbolic& S = system.symbolic;
     system.fronts.resize(S.supernodes);
     system.dead.assign(A.n, 0);
-    std::vector<std::int32_t> child(S.supernodes, -1), sibling(S.supernodes, -1), local(A.n);
+    std::vector<std::int32_t> child(S.supernodes, -1), sibling(S.supernodes, -1), local(A.n), column(A.n, -1);
     std::vector<Contribution> left(S.supernodes);
 
     for (std::int32_t s = 0; s < S.supernodes; ++s) {
+        std::vector<Contribution*> children;
+        for (std::int32_t from = child[s]; from >= 0; from = sibling[from]) children.push_back(&left[from]);
+        thin_out(children, S, column, system.dead);
         Work w;
         for (std::int32_t p = S.first[s]; p < S.first[s + 1]; ++p) w.rows.push_back(p);
         for (std::int32_t from = child[s]; from >= 0; from = sibling[from])
@@ -225,6 +282,8 @@ void solve_indefinite(const System& system, const double* B, double* X, double* 
         forward_pivots(f.L.data(), f.rows.size(), f.block, x.data());
         scatter(f);
     }
+    for (std::size_t p = 0; p < n; ++p)
+        if (system.dead[S.node[p]]) std::fill_n(work + p * LANES, LANES, 0.0);
     for (std::size_t s = system.fronts.size(); s-- > 0;) {
         const IndefiniteFront& f = system.fronts[s];
         gather(f);

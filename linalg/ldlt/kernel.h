@@ -1,6 +1,6 @@
-// The dense kernels of the factorisation. One source, kernel.inl, is built for every x86-64 processor and once more for
-// those with AVX2. Vector lanes run along rows or right-hand sides, sums over the inner index are sequential and
-// nothing is fused, so both builds round every entry alike.
+// The dense kernels of the factorisation. One source, kernel.inl, is built for any processor, and on x86-64 once more
+// for those with AVX2 and for those with AVX-512. Vector lanes run along rows or right-hand sides, sums over the inner
+// index are sequential and nothing is fused, so all builds round every entry alike.
 #pragma once
 
 #include <cstddef>

@@ -220,6 +220,11 @@ struct Border {
 Dense factorise_dense(std::vector<double> A, const std::vector<std::int8_t>& late, const std::vector<double>& left);
 void solve_dense(const Dense& D, double* X);  // (n, LANES), a null pivot gives 0
 
+// Rows of a singular matrix that touch nothing but p others: at most p of them are independent, and the rest can not
+// hold a pivot. Returns for each whether it stays, chosen by elimination with complete pivoting. rows (count, p), one
+// after the other, is used up.
+std::vector<std::int8_t> independent(std::vector<double>& rows, std::size_t count, std::size_t p);
+
 // Steps of it, and of the general path: exchange two rows and columns of a full symmetric matrix F (n, n), eliminate
 // row p, or rows p and p + 1, from all rows behind.
 void exchange(double* F, std::size_t n, std::size_t p, std::size_t q);

@@ -9,7 +9,7 @@ constexpr double NULLPIVOT = 1e-14;
 constexpr double ROUNDING = 1e-11;
 constexpr double NULLBORDER = 1e-10;  // size at which an equilibrated pivot of the border is null
 constexpr double CONVERGED = 1e-12;   // backward error up to which a solution is accepted
-constexpr int MAXPRIMARIES = 500;     // border rows that are worth a dense column each
-constexpr int MAXBORDER = 2000;       // order of the dense rest; beyond these the fronts take all of the matrix
+constexpr int MAXPRIMARIES = 100;     // border rows that are worth a dense column each
+constexpr int MAXBORDER = 500;        // order of the dense rest; beyond these the fronts take all of the matrix
 
 }  // namespace LDLT

@@ -7,7 +7,7 @@
 namespace LDLT {
 namespace {
 
-constexpr double SETUP = 400, GATHER = 0.6, ELIMINATE = 0.17, PASS = 7;  // see cost  // see cost
+constexpr double SETUP = 400, GATHER = 0.6, ELIMINATE = 0.17, PASS = 7;  // see cost
 
 // Minimum degree is as good as dissection on most meshes and much faster, but it can be three times as costly to
 // eliminate, as on quadrilaterals numbered at random. Dissection of a plane mesh takes about DISSECTED n^1.5
