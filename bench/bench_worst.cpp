@@ -2,6 +2,7 @@
 // section may take a time that grows faster than about n^1.5.
 //
 //   bench_worst [scale, 1 by default: sizes are multiplied by it]
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +20,7 @@ struct Tables {
     std::vector<std::vector<std::int32_t>> elements;
     std::vector<VYZTUZE_INFO> bars;
     double FNEG = 235, FPOS = 275, GMOD = 1;
+    std::vector<double> GMODS;  // of each element, where they differ
 };
 
 std::int32_t add_node(Tables& t, double y, double z) {
@@ -62,6 +64,7 @@ Outcome call(const Tables& t) {
         for (const auto& e : t.elements) elements.push_back(e[k]);
     for (double value : {2.6, t.GMOD, 0.0, 1.0, 1.0, 1.0, t.FNEG, t.FPOS, 1.0, 0.0})
         props.insert(props.end(), t.elements.size(), value);
+    std::copy(t.GMODS.begin(), t.GMODS.end(), props.begin() + static_cast<std::ptrdiff_t>(t.elements.size()));
     std::vector<VYZTUZE_INFO> bars = t.bars;
     std::vector<double> result(VQ_NSLOTS), nodeout(3 * t.y.size()), elemout(48 * t.elements.size());
     result[VQ_MODE_SLOT] = VQ_PLASTIC;
@@ -177,6 +180,23 @@ int main(int argc, char** argv) {
     measure("shear moduli below 0", size(20000), [](int n) {
         Tables t = square(n);
         t.GMOD = -1;
+        return t;
+    });
+    for (const double contrast : {1e-6, 1e-10})
+        measure(contrast == 1e-6 ? "stiff inclusions at 1e6, one shear modulus below 0"
+                                 : "stiff inclusions at 1e10, one shear modulus below 0",
+                size(20000), [contrast](int n) {
+                    Tables t = square(n);
+                    const auto side = static_cast<std::size_t>(std::sqrt(n));
+                    for (std::size_t e = 0; e < t.elements.size(); ++e)
+                        t.GMODS.push_back(e / side % 8 < 4 && e % side % 8 < 4 ? 1 : contrast);
+                    t.GMODS[side / 2] = -1;
+                    return t;
+                });
+    measure("shear moduli below 0 on every other element, at random", size(100000), [](int n) {
+        Tables t = square(n);
+        meshes::Random random{7};
+        for (std::size_t e = 0; e < t.elements.size(); ++e) t.GMODS.push_back(meshes::below(random, 2) == 0 ? 1 : -1);
         return t;
     });
     measure("numbers at random", size(1000000), shuffled);

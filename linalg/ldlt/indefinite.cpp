@@ -9,7 +9,11 @@ namespace LDLT {
 namespace {
 
 constexpr double THRESHOLDS[] = {0.25, 0.01};  // size of a pivot against its column: wanted, and still accepted
-constexpr double NULLGENERAL = 1e-13;          // size at which a column of the scaled matrix counts as null
+// Taken only where so many columns are delayed that they, not the tree, would decide the work: at least MANYDELAYED,
+// and more than the front has rows of its own. Refinement makes up for the growth.
+constexpr double RELAXED[] = {1e-4, 1e-8, 1e-12};
+constexpr std::size_t MANYDELAYED = 64;
+constexpr double NULLGENERAL = 1e-13;  // size at which a column of the scaled matrix counts as null
 constexpr int SWEEPS = 5;
 
 std::vector<double> equilibrate(const Matrix& A) {
@@ -93,17 +97,23 @@ bool try_pivot(Work& w, std::size_t j, double threshold) {
     return stable && t > 0;
 }
 
-// What passes the stricter threshold goes first: entries grow less, and fewer columns are delayed in the end.
-void pivot_front(Work& w, bool root) {
-    for (const double threshold : THRESHOLDS)
-        for (bool found = true; found;) {
-            found = false;
-            for (std::size_t j = w.done; j < w.candidates; ++j)
-                if (try_pivot(w, j, threshold)) {
-                    found = true;
-                    j = std::max(j, w.done) - 1;
-                }
-        }
+// Takes pivots that pass the threshold until none does, or until no more than `enough` candidates are left.
+void take_pivots(Work& w, double threshold, std::size_t enough) {
+    for (bool found = true; found;) {
+        found = false;
+        for (std::size_t j = w.done; j < w.candidates && w.candidates - w.done > enough; ++j)
+            if (try_pivot(w, j, threshold)) {
+                found = true;
+                j = std::max(j, w.done) - 1;
+            }
+    }
+}
+
+// What passes the stricter threshold goes first: entries grow less, and fewer columns are delayed in the end. `own` is
+// the number of rows that the front has without delayed ones.
+void pivot_front(Work& w, bool root, std::size_t own) {
+    for (const double threshold : THRESHOLDS) take_pivots(w, threshold, 0);
+    for (const double threshold : RELAXED) take_pivots(w, threshold, std::max(MANYDELAYED, own));
     if (!root) return;
     // Nothing passed the threshold, so no entry is left but rounding.
     w.block.resize(w.candidates, Pivot::null);
@@ -245,7 +255,8 @@ void factorise_indefinite(const Matrix& A, System& system) {
                     w.F[static_cast<std::size_t>(local[c.rows[j]]) * w.n + local[c.rows[i]]] += c.F[j * n + i];
         }
 
-        pivot_front(w, S.up[s] < 0);
+        const std::int64_t below = S.rows_start[s + 1] - S.rows_start[s];
+        pivot_front(w, S.up[s] < 0, static_cast<std::size_t>(S.first[s + 1] - S.first[s] + below));
         if (S.up[s] >= 0) {
             left[s] = contribution(w);
             sibling[s] = child[S.up[s]];
