@@ -40,7 +40,7 @@ constexpr bool sanitized = false;
 void cut_in_triangles(Section& s) {
     const std::size_t n = s.elements.size();
     for (std::size_t e = 0; e < n; e += 2) {
-        std::vector<std::int32_t>& nodes = s.elements[e];
+        const std::vector<std::int32_t> nodes = s.elements[e];
         s.elements.push_back({nodes[0], nodes[2], nodes[3], nodes[3]});
         s.materials.push_back(Material(s.materials[e]));
         s.elements[e] = {nodes[0], nodes[1], nodes[2], nodes[2]};
