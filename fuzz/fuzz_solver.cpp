@@ -203,15 +203,14 @@ Spectrum spectrum(const System& s) {
 // A matrix of which all that follows can be asked: no entry far from the others, well conditioned.
 constexpr double MINENTRY = 1e-3, MAXENTRY = 1e4, MAXCONDITION = 1e6;
 constexpr long double MAXERROR = 1000;  // in units of what rounding of the matrix may change
+bool moderate(double value) {
+    const double size = std::fabs(value);
+    return size == 0 || (size >= MINENTRY && size <= MAXENTRY);
+}
 bool moderate(const System& s) {
-    for (std::int32_t q = 1; q <= s.M.A.extent(1); ++q) {
-        const double size = std::fabs(s.M.A(q));
-        if (!(size == 0 || (size >= MINENTRY && size <= MAXENTRY))) return false;
-    }
-    for (int k = 1; k <= s.B.extent(2); ++k)
-        for (std::int32_t i = 1; i <= s.M.N; ++i)
-            if (!(std::fabs(s.B(i, k)) <= MAXENTRY)) return false;
-    return true;
+    const double *a = s.M.A.memory(), *b = s.B.memory();
+    return std::all_of(a, a + s.M.A.extent(1), [](double value) { return moderate(value); }) &&
+           std::all_of(b, b + s.M.N * s.B.extent(2), [](double value) { return moderate(value); });
 }
 
 void check_accuracy(const System& s, const Arguments& g, std::int32_t error) {
