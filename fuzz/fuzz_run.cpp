@@ -193,7 +193,8 @@ void edit(Section& s, Input& in) {
     switch (kind) {
         case 12: {
             const std::size_t e = some_element();
-            s.elements[e][below(in, 4)] = byte(in) % 2 ? integer(in) : static_cast<std::int32_t>(some_node() + 1);
+            const int corner = below(in, 4);
+            s.elements[e][corner] = byte(in) % 2 ? integer(in) : static_cast<std::int32_t>(some_node() + 1);
             return;
         }
         case 13: {  // clockwise, or begun at another corner
