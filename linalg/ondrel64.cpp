@@ -11,11 +11,14 @@ constexpr std::int32_t DONE = 0, INCONSISTENT = -1, NO_MEMORY = -2, NOT_SOLVED =
 constexpr std::int32_t RELEASE = -1, SOLVE = 13;
 constexpr std::int32_t INDEFINITE = -2, DEFINITE = 2;
 
-// Rows follow each other, each with its diagonal first and its columns ascending, all within the matrix.
+// Rows follow each other, each with its diagonal first and its columns ascending, all within the matrix. No entry of ja
+// is read before all of ia is known to ascend: ja ends where the last row does.
 bool well_formed(const LDLT::Matrix& A) {
     if (A.ia[0] != 1) return false;
+    for (std::int32_t i = 0; i < A.n; ++i)
+        if (A.ia[i + 1] <= A.ia[i]) return false;
     for (std::int32_t i = 0; i < A.n; ++i) {
-        if (A.ia[i + 1] <= A.ia[i] || A.ja[A.ia[i] - 1] != i + 1) return false;
+        if (A.ja[A.ia[i] - 1] != i + 1) return false;
         for (std::int32_t at = A.ia[i]; at < A.ia[i + 1] - 1; ++at)
             if (A.ja[at] <= A.ja[at - 1] || A.ja[at] > A.n) return false;
     }
