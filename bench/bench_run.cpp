@@ -17,11 +17,11 @@
 #include "bench/meshes.h"
 
 // Names given by `LINKER:--wrap` (see the build file), so that calls of the library's objects come here.
-#define VQ_SOLVER_ARGUMENTS                                                                                              \
-    std::int64_t *handle, const std::int32_t *maxfct, const std::int32_t *mnum, const std::int32_t *mtype,               \
-        const std::int32_t *phase, const std::int32_t *n, const double *a, const std::int32_t *ia, const std::int32_t *ja, \
-        const std::int32_t *perm, const std::int32_t *nrhs, const std::int32_t *iparm, const std::int32_t *msglvl, double *b, \
-        double *x, std::int32_t *error
+#define VQ_SOLVER_ARGUMENTS                                                                                    \
+    std::int64_t *handle, const std::int32_t *maxfct, const std::int32_t *mnum, const std::int32_t *mtype,     \
+        const std::int32_t *phase, const std::int32_t *n, const double *a, const std::int32_t *ia,             \
+        const std::int32_t *ja, const std::int32_t *perm, const std::int32_t *nrhs, const std::int32_t *iparm, \
+        const std::int32_t *msglvl, double *b, double *x, std::int32_t *error
 void real_solver(VQ_SOLVER_ARGUMENTS) asm("__real_" VQ_SOLVER_SYMBOL);
 void timed_solver(VQ_SOLVER_ARGUMENTS) asm("__wrap_" VQ_SOLVER_SYMBOL);
 

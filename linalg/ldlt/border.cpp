@@ -77,106 +77,129 @@ Buffer<double> primary_columns(const Classes& c, const Symbolic& S) {
     return Y;
 }
 
-void factorise_border(const Matrix& A, System& system) {
+namespace {
+
+std::int64_t lane(std::int64_t row) { return row * LANES; }
+
+// The border's unknowns are counted as grounded nodes, primaries, seconds.
+struct Counts {
+    std::size_t grounded, primaries, seconds;
+};
+
+Counts count(const System& system) {
+    return {static_cast<std::size_t>(system.symbolic.nodes - system.symbolic.pivots), system.classes.primary.size(),
+            system.classes.second.size()};
+}
+
+// Column z of Y, from one position to the next LANES apart.
+const double* primary_column(const System& system, std::size_t z) {
+    return system.border.Y.get() + z / LANES * lane(system.symbolic.nodes) + z % LANES;
+}
+
+// What elimination of the core leaves among the grounded nodes; rounding counts as 0.
+struct Grounded {
+    std::vector<double> diagonal;
+    std::vector<Remainder> beside;
+    bool negative = false;
+};
+
+Grounded remainder_of_core(const System& system) {
     const Classes& c = system.classes;
     const Symbolic& S = system.symbolic;
-    const std::vector<double>& inverse = system.factor.inverse;
-    const std::size_t primaries = c.primary.size(), seconds = c.second.size();
-    const std::size_t grounded = static_cast<std::size_t>(S.nodes - S.pivots);
-    const std::int64_t block = static_cast<std::int64_t>(S.nodes) * LANES;
-    Border& border = system.border;
-    const auto column = [&](std::size_t z) { return border.Y.get() + z / LANES * block + z % LANES; };
-
-    // What is left among the grounded nodes; rounding counts as 0.
-    std::vector<double> left(grounded), original(grounded);
-    std::vector<Remainder> beside;
-    std::vector<std::int8_t> bare(grounded, 1);
-    for (std::size_t g = 0; g < grounded; ++g) left[g] = original[g] = c.diagonal[S.node[S.pivots + g]];
+    Grounded left;
+    for (std::int32_t p = S.pivots; p < S.nodes; ++p) left.diagonal.push_back(c.diagonal[S.node[p]]);
     for (const Remainder& e : system.factor.remainder) {
         if (e.i == e.j)
-            left[e.i] += e.value;
+            left.diagonal[e.i] += e.value;
         else
-            beside.push_back(e);
+            left.beside.push_back(e);
     }
-    for (std::size_t g = 0; g < grounded; ++g) {
-        const std::int32_t v = S.node[S.pivots + g];
+    for (std::int32_t p = S.pivots; p < S.nodes; ++p) {
+        const std::int32_t v = S.node[p];
         for (std::int32_t at = c.graph.start[v]; at < c.graph.start[v + 1]; ++at) {
-            const std::int32_t h = S.position[c.graph.column[at]] - S.pivots;
-            if (h >= 0 && h < static_cast<std::int32_t>(g))
-                beside.push_back({static_cast<std::int32_t>(g), h, c.graph.value[at]});
+            const std::int32_t q = S.position[c.graph.column[at]];
+            if (q >= S.pivots && q < p) left.beside.push_back({p - S.pivots, q - S.pivots, c.graph.value[at]});
         }
-        if (left[g] < -ROUNDING * original[g]) {
-            border.negative = true;
-            return;
-        }
-        if (left[g] <= ROUNDING * original[g]) left[g] = 0;
-        if (left[g] != 0) bare[g] = 0;
+        double& d = left.diagonal[p - S.pivots];
+        left.negative = left.negative || d < -ROUNDING * c.diagonal[v];
+        if (d <= ROUNDING * c.diagonal[v]) d = 0;
     }
-    for (const Remainder& e : beside) bare[e.i] = bare[e.j] = 0;
+    return left;
+}
 
-    // Which grounded nodes and seconds stay.
-    std::vector<double> rows;
-    std::vector<std::size_t> from;
-    border.place.assign(grounded + primaries + seconds, 0);
-    const auto keep_independent = [&] {
-        const std::vector<std::int8_t> stays = independent(rows, from.size(), primaries);
-        for (std::size_t i = 0; i < from.size(); ++i)
-            if (!stays[i]) border.place[from[i]] = -1;
+// Places in the dense matrix. Grounded nodes and seconds that touch nothing but primaries are thinned out, each kind by
+// itself: a second must not take the place of a grounded node. Returns the order of the matrix.
+std::size_t choose_places(const System& system, const Grounded& left, std::vector<std::int32_t>& place) {
+    const Classes& c = system.classes;
+    const auto [grounded, primaries, seconds] = count(system);
+    place.assign(grounded + primaries + seconds, 0);
+    std::vector<double> rows;  // of the candidates, one after the other
+    std::vector<std::size_t> candidates;
+    const auto thin_out = [&, p = primaries] {
+        const std::vector<std::int8_t> stays = independent(rows, candidates.size(), p);
+        for (std::size_t i = 0; i < candidates.size(); ++i)
+            if (!stays[i]) place[candidates[i]] = -1;
         rows.clear();
-        from.clear();
+        candidates.clear();
     };
+
+    std::vector<std::int8_t> coupled(grounded);
+    for (const Remainder& e : left.beside) coupled[e.i] = coupled[e.j] = 1;
     for (std::size_t g = 0; g < grounded; ++g) {
-        if (!bare[g]) continue;
-        from.push_back(g);
-        for (std::size_t z = 0; z < primaries; ++z) rows.push_back(column(z)[(S.pivots + g) * LANES]);
+        if (left.diagonal[g] != 0 || coupled[g]) continue;
+        candidates.push_back(g);
+        for (std::size_t z = 0; z < primaries; ++z)
+            rows.push_back(primary_column(system, z)[lane(system.symbolic.pivots + static_cast<std::int64_t>(g))]);
     }
-    keep_independent();
+    thin_out();
+
+    std::vector<double> values(primaries);
     for (std::size_t k = 0; k < seconds; ++k) {
         const std::int32_t row = c.slim[c.second[k]];
-        std::vector<double> values(primaries);
+        std::fill(values.begin(), values.end(), 0.0);
         bool alone = true;
-        for (std::int32_t at = c.rows.start[row]; at < c.rows.start[row + 1]; ++at) {
+        for (std::int32_t at = c.rows.start[row]; at < c.rows.start[row + 1] && alone; ++at) {
             const std::int32_t i = c.rows.column[at];
-            alone = alone && c.kind[i] == Kind::primary;
+            alone = c.kind[i] == Kind::primary;
             if (alone) values[c.place[i]] = c.rows.value[at];
         }
         if (!alone) continue;
-        from.push_back(grounded + primaries + k);
+        candidates.push_back(grounded + primaries + k);
         rows.insert(rows.end(), values.begin(), values.end());
     }
-    keep_independent();
-    std::size_t size = 0;
-    for (std::int32_t& place : border.place)
-        if (place == 0) place = static_cast<std::int32_t>(size++);
+    thin_out();
 
-    // The dense matrix
-    if (size > MAXBORDER) {
-        border.negative = true;
-        return;
-    }
+    std::int32_t size = 0;
+    for (std::int32_t& p : place)
+        if (p == 0) p = size++;
+    return static_cast<std::size_t>(size);
+}
+
+// The border's matrix less what the core takes from it, both triangles.
+std::vector<double> dense_matrix(const System& system, const Grounded& left, std::size_t size) {
+    const Classes& c = system.classes;
+    const std::int64_t pivots = system.symbolic.pivots;
+    const std::vector<double>& inverse = system.factor.inverse;
+    const auto [grounded, primaries, seconds] = count(system);
     std::vector<double> D(size * size);
-    std::vector<std::int8_t> late(size);
-    std::vector<double> core_left(size);  // of a constraint, what elimination of the core leaves on its diagonal; else 0
     const auto add = [&](std::size_t i, std::size_t j, double value) {
-        const std::int32_t p = border.place[i], q = border.place[j];
+        const std::int32_t p = system.border.place[i], q = system.border.place[j];
         if (p < 0 || q < 0) return;
         D[p * size + q] += value;
         if (i != j) D[q * size + p] += value;
     };
-    for (std::size_t g = 0; g < grounded; ++g) {
-        add(g, g, left[g]);
-        for (std::size_t z = 0; z < primaries; ++z) add(g, grounded + z, column(z)[(S.pivots + g) * LANES]);
-    }
-    for (const Remainder& e : beside) add(e.i, e.j, e.value);
-    for (std::size_t z = 0; z < primaries; ++z)
+    for (std::size_t g = 0; g < grounded; ++g) add(g, g, left.diagonal[g]);
+    for (const Remainder& e : left.beside) add(e.i, e.j, e.value);
+    for (std::size_t z = 0; z < primaries; ++z) {
+        const double* v = primary_column(system, z);
+        for (std::size_t g = 0; g < grounded; ++g) add(g, grounded + z, v[lane(pivots + static_cast<std::int64_t>(g))]);
         for (std::size_t y = 0; y <= z; ++y) {
-            const double *u = column(y), *v = column(z);
+            const double* u = primary_column(system, y);
             double sum = 0;
-            for (std::int32_t p = 0; p < S.pivots; ++p)
-                sum += u[static_cast<std::int64_t>(p) * LANES] * inverse[p] * v[static_cast<std::int64_t>(p) * LANES];
+            for (std::int64_t p = 0; p < pivots; ++p) sum += u[lane(p)] * inverse[p] * v[lane(p)];
             add(grounded + y, grounded + z, -sum);
-            if (y == z && border.place[grounded + z] >= 0) core_left[border.place[grounded + z]] = sum;
         }
+    }
     for (std::size_t k = 0; k < primaries + seconds; ++k) {
         const std::int32_t row = c.slim[k < primaries ? c.primary[k] : c.second[k - primaries]];
         for (std::int32_t at = c.rows.start[row]; at < c.rows.start[row + 1]; ++at) {
@@ -185,21 +208,45 @@ void factorise_border(const Matrix& A, System& system) {
             const std::size_t l = c.kind[i] == Kind::primary ? c.place[i] : primaries + c.place[i];
             if (l < k) add(grounded + k, grounded + l, c.rows.value[at]);
         }
-        if (k >= primaries && border.place[grounded + k] >= 0) late[border.place[grounded + k]] = 1;
+    }
+    return D;
+}
+
+}  // namespace
+
+void factorise_border(const Matrix& A, System& system) {
+    const Classes& c = system.classes;
+    const Symbolic& S = system.symbolic;
+    const std::size_t grounded = count(system).grounded, primaries = count(system).primaries;
+    Border& border = system.border;
+    const Grounded left = remainder_of_core(system);
+    const std::size_t size = choose_places(system, left, border.place);
+    border.unfit = left.negative || size > MAXBORDER;
+    if (border.unfit) return;
+
+    // Seconds last: grounded nodes and primaries by themselves hold the mesh. A second that took a primary away from
+    // them, as the node of a bar could in the secondary system, would force a multiplier to 0 and leave the mesh loose.
+    std::vector<std::int8_t> late(size);
+    for (std::size_t k = grounded + primaries; k < border.place.size(); ++k)
+        if (border.place[k] >= 0) late[border.place[k]] = 1;
+    std::vector<double> D = dense_matrix(system, left, size);
+    std::vector<double> core_left(size);  // of a primary, what elimination of the core leaves on its diagonal; else 0
+    for (std::size_t k = grounded; k < grounded + primaries; ++k) {
+        const std::int32_t p = border.place[k];
+        if (p >= 0) core_left[p] = std::fabs(D[p * size + p]);
     }
     border.dense = factorise_dense(std::move(D), late, core_left);
 
-    // dead unknowns
     std::vector<std::int8_t> null(size);
-    for (std::size_t p = 0; p < size; ++p)
-        if (border.dense.block[p] == Pivot::null) null[border.dense.row[p]] = 1;
-    system.dead.assign(A.n, 0);
+    for (std::size_t p = 0; p < size; ++p) null[border.dense.row[p]] = border.dense.block[p] == Pivot::null;
+    system.dead.resize(A.n);
     for (std::int32_t i = 0; i < A.n; ++i) system.dead[i] = c.kind[i] == Kind::empty;
     for (std::size_t k = 0; k < border.place.size(); ++k) {
+        if (border.place[k] >= 0 && !null[border.place[k]]) continue;
         const std::int32_t unknown = k < grounded               ? c.core[S.node[S.pivots + k]]
                                      : k < grounded + primaries ? c.primary[k - grounded]
                                                                 : c.second[k - grounded - primaries];
-        if (border.place[k] < 0 || null[border.place[k]]) system.dead[unknown] = 1;
+        system.dead[unknown] = 1;
     }
 }
 

@@ -12,9 +12,9 @@ constexpr int SWEEPS = 6;
 
 double power_of_two(double x) { return std::ldexp(1.0, -std::ilogb(x) / 2); }
 
-// Brings what the core has left on the diagonal of a constraint near 1, then the largest entry of every other row. A scale
-// that looked at the largest entries alone would depend on the units of the core, and with it what counts as null: the
-// grounded nodes, whose diagonal is 0, take every scale. Powers of 2 leave the digits as they are.
+// Brings what the core has left on the diagonal of a constraint near 1, then the largest entry of every other row. A
+// scale that looked at the largest entries alone would depend on the units of the core, and with it what counts as
+// null: the grounded nodes, whose diagonal is 0, take every scale. Powers of 2 leave the digits as they are.
 void equilibrate(std::vector<double>& A, const std::vector<double>& left, std::vector<double>& scale, std::size_t n) {
     scale.assign(n, 1);
     for (int sweep = 0; sweep <= SWEEPS; ++sweep) {

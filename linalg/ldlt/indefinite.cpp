@@ -150,9 +150,8 @@ void factorise_indefinite(const Matrix& A, System& system) {
     system.general = true;
     system.scale = equilibrate(A);
     const Lists graph = full_graph(A, system.scale);
-    system.symbolic = order(graph, std::vector<std::int8_t>(A.n, 0));
-    Symbolic& S = system.symbolic;
-    symbolic(graph, S);
+    system.symbolic = analyse(graph, std::vector<std::int8_t>(A.n, 0));
+    const Symbolic& S = system.symbolic;
     system.fronts.resize(S.supernodes);
     system.dead.assign(A.n, 0);
     std::vector<std::int32_t> child(S.supernodes, -1), sibling(S.supernodes, -1), local(A.n);

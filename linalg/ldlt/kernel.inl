@@ -13,8 +13,9 @@ constexpr int FOUR = 4 / SHORT;
 typedef double Vector __attribute__((vector_size(8 * VECTOR)));
 typedef double Short __attribute__((vector_size(8 * SHORT)));
 
-constexpr int BLOCK = 64;   // columns that are eliminated before the rest of the panel is updated
-constexpr int DEPTH = 128;  // pivots that one sweep over an update matrix applies
+constexpr int BLOCK = 64;    // columns that are eliminated before the rest of the panel is updated
+constexpr int DEPTH = 128;   // pivots that one sweep over an update matrix applies
+constexpr int HEIGHT = 256;  // rows of L that stay in the cache with them
 
 template <class V>
 inline V load(const double* p) {
@@ -79,14 +80,18 @@ void reduce(double* X, std::ptrdiff_t ldx, int rows, int columns, const double* 
     for (int q0 = 0; q0 < K; q0 += DEPTH) {
         const int depth = K - q0 < DEPTH ? K - q0 : DEPTH;
         const double* l = L + q0 * ldl;
-        for (int j = 0; j < columns; j += 4) {
-            for (int q = 0; q < depth; ++q)
-                for (int c = 0; c < 4; ++c) W[4 * q + c] = l[q * ldl + j + c] * d[q0 + q];
-            double* x = X + j * ldx + j;
-            if (fresh && q0 == 0)
-                strip_of<true>(columns - j, x, ldx, l + j, ldl, W, depth, rows - j);
-            else
-                strip_of<false>(columns - j, x, ldx, l + j, ldl, W, depth, rows - j);
+        for (int i0 = 0; i0 < rows; i0 += HEIGHT) {
+            const int end = rows - i0 < HEIGHT ? rows : i0 + HEIGHT;
+            for (int j = 0; j < columns && j < end; j += 4) {
+                for (int q = 0; q < depth; ++q)
+                    for (int c = 0; c < 4; ++c) W[4 * q + c] = l[q * ldl + j + c] * d[q0 + q];
+                const int i = j < i0 ? i0 : j;
+                double* x = X + j * ldx + i;
+                if (fresh && q0 == 0)
+                    strip_of<true>(columns - j, x, ldx, l + i, ldl, W, depth, end - i);
+                else
+                    strip_of<false>(columns - j, x, ldx, l + i, ldl, W, depth, end - i);
+            }
         }
     }
 }

@@ -2,6 +2,7 @@
 #include "linalg/ldlt/ldlt.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace LDLT {
 namespace {
@@ -20,14 +21,13 @@ Outcome factorise_bordered(const Matrix& A, bool definite, System& system, const
     if (c.primary.size() > MAXPRIMARIES) return otherwise;
     ground(c, definite);
     for (int attempt = 0; attempt < MAXATTEMPTS; ++attempt) {
-        system.symbolic = order(c.graph, c.grounded);
-        symbolic(c.graph, system.symbolic);
+        system.symbolic = analyse(c.graph, c.grounded);
         system.border.Y = primary_columns(c, system.symbolic);
         system.factor = factorise(c, system.symbolic, system.border.Y.get(), primary_blocks(c), kernel);
         if (system.factor.negative) return otherwise;
         if (system.factor.null.empty()) {
             factorise_border(A, system);
-            return system.border.negative ? otherwise : Outcome::done;
+            return system.border.unfit ? otherwise : Outcome::done;
         }
         if (definite) return otherwise;
         for (const std::int32_t v : system.factor.null) c.grounded[v] = 1;
@@ -68,7 +68,7 @@ bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const do
             double second[LANES];
             solve_refined(A, fallback, B.get(), other.get(), second, kernel);
             for (std::int32_t q = 0; q < lanes; ++q)
-                if (!(error[q] <= CONVERGED) && !(second[q] >= error[q]))
+                if (!(error[q] <= CONVERGED) && (second[q] < error[q] || std::isnan(error[q])))
                     for (std::int64_t i = q; i < size; i += LANES) X[i] = other[i];
         }
         for (std::int32_t q = 0; q < lanes; ++q)

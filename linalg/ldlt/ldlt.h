@@ -9,7 +9,8 @@
 //               which is a 2 x 2 pivot (Duff and Reid) whose fill stays among the nodes h. Of every connected component
 //               of the core one node is grounded, that is moved to the border: what remains of the core is positive
 //               definite.
-//   order       numbers the core so that its factor fills in little (approximate minimum degree: Amestoy, Davis, Duff).
+//   order       numbers the core so that its factor fills in little: approximate minimum degree (Amestoy, Davis, Duff),
+//               or nested dissection (George) where that fares badly.
 //   symbolic    finds the shape of the factor before any value: elimination tree (Liu), column counts (Gilbert, Ng,
 //               Peyton), supernodes, that is runs of columns with one pattern, small ones merged to save handling.
 //   numeric     multifrontal elimination (Duff and Reid): each supernode gathers its columns and the update matrices of
@@ -26,7 +27,9 @@
 // methods for solving symmetric indefinite systems of linear equations, SIAM J. Numer. Anal. 8 (1971); J. R. Gilbert,
 // E. G. Ng and B. W. Peyton, An efficient algorithm to compute row and column counts for sparse Cholesky factorization,
 // SIAM J. Matrix Anal. Appl. 15 (1994); J. W. H. Liu, The role of elimination trees in sparse factorization, SIAM J.
-// Matrix Anal. Appl. 11 (1990).
+// Matrix Anal. Appl. 11 (1990); P. R. Amestoy, T. A. Davis and I. S. Duff, An approximate minimum degree ordering
+// algorithm, SIAM J. Matrix Anal. Appl. 17 (1996); A. George, Nested dissection of a regular finite element mesh, SIAM
+// J. Numer. Anal. 10 (1973).
 //
 // Everything in this folder counts from 0. Three numberings stand side by side: unknowns, as the caller numbers them;
 // core nodes 0 to nodes - 1, in the order in which they are found; and positions, the order of elimination, which ends
@@ -80,6 +83,7 @@ struct Kernel;
 const Kernel& kernel_of(Instructions instructions);
 
 constexpr int LANES = 4;  // right-hand sides that are solved together; spare ones are 0
+
 // What an unknown is. `place` is its number among its kind.
 enum class Kind : std::int8_t {
     empty,    // no entry but zeros: x = 0
@@ -176,10 +180,14 @@ Classes classify(const Matrix& A);
 // Chooses the grounded nodes, none where A must be definite, and renumbers the core where neighbours lie far apart.
 void ground(Classes& c, bool definite);
 
-// Fills nodes, pivots, node and position: the nodes that are not grounded so that the factor fills in little.
-Symbolic order(const Lists& graph, const std::vector<std::int8_t>& grounded);
+// Fills nodes, pivots, node and position, so that the factor fills in little.
+enum class Ordering { minimum_degree, dissection };
+Symbolic order(const Lists& graph, const std::vector<std::int8_t>& grounded, Ordering ordering);
 // Reorders the pivots along the tree, without more fill, and fills in the rest.
 void symbolic(const Lists& graph, Symbolic& S);
+// Both, with the ordering that suits the graph.
+Symbolic analyse(const Lists& graph, const std::vector<std::int8_t>& grounded);
+
 // Y (blocks, nodes, LANES) by positions becomes L^-1 Y on the way, while each panel is at hand.
 Factor factorise(const Classes& c, const Symbolic& S, double* Y, std::int64_t blocks, const Kernel& kernel);
 
@@ -205,15 +213,15 @@ struct Border {
     std::vector<std::int32_t> place;  // place of each border unknown in the dense matrix, -1 where it is dead
     Buffer<double> Y;                 // (blocks of 4 primaries, nodes, LANES)  L^-1 times the primaries' columns
     Dense dense;
-    bool negative = false;  // the core turned out indefinite, nothing else is filled
+    bool unfit = false;  // the core turned out indefinite, or the border too large: nothing else is filled
 };
 
 // Factorises the dense matrix A (n, n). Rows with `late` set become pivots only when no other row can.
 Dense factorise_dense(std::vector<double> A, const std::vector<std::int8_t>& late, const std::vector<double>& left);
 void solve_dense(const Dense& D, double* X);  // (n, LANES), a null pivot gives 0
 
-// Steps of both: exchange two rows and columns of a full symmetric matrix F (n, n), eliminate row p, or rows p and
-// p + 1, from all rows behind.
+// Steps of it, and of the general path: exchange two rows and columns of a full symmetric matrix F (n, n), eliminate
+// row p, or rows p and p + 1, from all rows behind.
 void exchange(double* F, std::size_t n, std::size_t p, std::size_t q);
 void eliminate(double* F, std::size_t n, std::size_t p);
 void eliminate_pair(double* F, std::size_t n, std::size_t p);

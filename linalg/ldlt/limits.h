@@ -3,9 +3,10 @@
 
 namespace LDLT {
 
-constexpr double NULLPIVOT = 1e-14;  // share of its original diagonal at which a pivot of the core is null
-constexpr double ROUNDING =
-    1e-11;  // and at which what remains of a grounded diagonal, or a negative pivot, is rounding
+// Shares of its original diagonal: at NULLPIVOT a pivot of the core is null; up to ROUNDING a negative pivot, and what
+// remains of a grounded diagonal, is rounding.
+constexpr double NULLPIVOT = 1e-14;
+constexpr double ROUNDING = 1e-11;
 constexpr double NULLBORDER = 1e-10;  // size at which an equilibrated pivot of the border is null
 constexpr double CONVERGED = 1e-12;   // backward error up to which a solution is accepted
 constexpr int MAXPRIMARIES = 500;     // border rows that are worth a dense column each

@@ -16,7 +16,8 @@ constexpr double TINY = 1e-6;       // share of its norm times max |x| below whi
 struct Equations {
     const Matrix& A;
     const std::vector<std::int8_t>& dead;
-    // Unknowns with a diagonal and those without, warping and multipliers, differ in units: their sizes must not be mixed.
+    // Unknowns with a diagonal and those without, warping and multipliers, differ in units: their sizes must not be
+    // mixed.
     std::vector<double> largest[2];  // (n)  entry of each row in columns with a diagonal, in others
 };
 

@@ -1,0 +1,390 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "element/suportbase.h"
+#include "section_builder.h"
+
+using namespace SUPORTBASE;
+
+namespace {
+
+// An angle of three materials on a warped mesh of quadrilaterals and triangles, without any symmetry. With `coupled`
+// its two legs are groups that share a part of the bending about the common centre.
+Section angle_section(bool coupled = false) {
+    Section s;
+    s.groups = 2;
+    const double share = coupled ? 0.4 : 1;
+    add_rectangle(s, 0, 0, 2, 6, 3, 10, {30, 12, 0, share, 1, 1});
+    add_rectangle(s, 2, 0, 7, 1.2, 7, 2, {50, 9, 0, coupled ? 0.7 : 1, -2, 0});
+    for (std::size_t e = 20; e < 30; ++e) s.materials[e].EMOD = 10, s.materials[e].GMOD = 7;
+    for (std::size_t i = 0; i < s.y.size(); ++i) {
+        const double y = s.y[i], z = s.z[i];
+        s.y[i] += 0.1 * std::sin(2 * z + y) + 0.02 * std::sin(40.0 * i) + 5;
+        s.z[i] += 0.1 * std::cos(y) + 0.02 * std::cos(50.0 * i) - 3;
+    }
+    for (std::size_t e = 0; e < 44; e += 3) {
+        const auto n = s.elements[e];
+        s.elements[e] = {n[1], n[2], n[3], n[3]};
+        s.elements.push_back({n[0], n[1], n[3], n[3]});
+        s.materials.push_back(s.materials[e]);
+    }
+    return s;
+}
+
+// The same with two bars in quadrilaterals and one in a triangle, about the middle of their hosts.
+Section reinforced_angle() {
+    Section s = angle_section();
+    for (const std::int32_t host : {2, 7, 15}) {
+        const auto n = s.elements[host - 1];
+        const auto middle = [&](const std::vector<double>& x) { return (x[n[0] - 1] + x[n[1] - 1] + x[n[2] - 1]) / 3; };
+        add_bar(s, middle(s.y), middle(s.z), host, 0.05, host == 2 ? 2.0 : 200, 40);
+    }
+    return s;
+}
+
+// Points of the system's own integrals: in a quadrilateral stress and determinant are taken diagonally opposite the
+// position, a triangle has its centroid. `exact`: of a rule that integrates any product of two linear fields.
+struct Point {
+    std::size_t e;
+    Real<4> N, NS;  // weights of the corners in a nodal field, in the field of corner stresses
+    double y, z, weight;
+};
+std::vector<Point> points(const Section& s, bool exact) {
+    std::vector<Point> all;
+    for (std::size_t e = 0; e < s.elements.size(); ++e) {
+        const auto& n = s.elements[e];
+        const bool triangle = n[2] == n[3];
+        Real<4, 2> XYE;
+        for (int i = 1; i <= 4; ++i) XYE(i, 1) = s.y[n[i - 1] - 1], XYE(i, 2) = s.z[n[i - 1] - 1];
+        for (int p = 1; p <= (!triangle ? 4 : exact ? 3 : 1); ++p) {
+            Point at{e, {}, {}, 0, 0, 0};
+            Real<4> dNdy, dNdz;
+            Real<2, 2> INVJ;
+            const double r = GAUSSR(p), t = GAUSSS(p), side = exact ? -1 : 1;
+            GETBASEN(r, t, at.N);
+            GETBASEN(-r, -t, at.NS);
+            BILINGEOM(XYE, side * r, side * t, dNdy, dNdz, at.weight, INVJ);
+            if (triangle) {
+                at.NS = at.N = {{1 / 3.0, 1 / 3.0, 1 / 3.0, 0}};
+                if (exact) at.N = {{p == 1 ? 0 : 0.5, p == 2 ? 0 : 0.5, p == 3 ? 0 : 0.5, 0}};
+                at.weight = TRIANGLEAREA({{XYE(1, 1), XYE(2, 1), XYE(3, 1), XYE(1, 2), XYE(2, 2), XYE(3, 2)}});
+                if (exact) at.weight /= 3;
+            }
+            at.y = inner(at.N, XYE, 1), at.z = inner(at.N, XYE, 2);
+            all.push_back(at);
+        }
+    }
+    return all;
+}
+
+// Column k of NODEOUT at a node and at a point; one of the twelve values of a corner in ELEMOUT.
+double field(const Section& s, const Results& r, std::int32_t node, int k) {
+    return r.nodeout[(k - 1) * s.y.size() + node - 1];
+}
+double field(const Section& s, const Results& r, const Point& at, int k) {
+    double w = 0;
+    for (int i = 0; i < 4; ++i) w += at.N.data[i] * field(s, r, s.elements[at.e][i], k);
+    return w;
+}
+double stress(const Results& r, const Point& at, const Real<4>& N, int position) {
+    double t = 0;
+    for (int c = 0; c < 4; ++c) t += N.data[c] * r.elemout[48 * at.e + 12 * c + position];
+    return t;
+}
+
+Section channel() {
+    Section s;
+    add_rectangle(s, 0, 0, 0.5, 10.5, 2, 42);
+    add_rectangle(s, 0.5, 0, 5.25, 0.5, 19, 2);
+    add_rectangle(s, 0.5, 10, 5.25, 10.5, 19, 2);
+    return s;
+}
+
+void expect_slots(const Results& r, const std::vector<int>& slots, double tolerance,
+                  const std::vector<double>& figures) {
+    EXPECT_EQ(r.status, VQ_DONE);
+    for (std::size_t k = 0; k < slots.size(); ++k) EXPECT_NEAR(r.slots[slots[k]], figures[k], tolerance) << slots[k];
+}
+
+}  // namespace
+
+// Tolerances are a little more than half a unit of the last digit given.
+TEST(Run, FiguresOfChannelAndRectangles) {
+    const Section section = channel();
+    EXPECT_EQ(section.y.size(), 243u);
+    EXPECT_EQ(section.elements.size(), 160u);
+    expect_slots(run(section), {VQ_YC, VQ_ZC, VQ_SCY, VQ_SCZ, VQ_GJ, VQ_GAY, VQ_GAZ, VQ_IW, VQ_IWS}, 0.6e-6,
+                 {1.496875, 5.25, -1.605084, 5.25, 0.837302, 3.253781, 4.285097, 460.911546, 2068.612147});
+    Section oblong, one;
+    add_rectangle(oblong, -2, -1, 2, 1, 8, 8);
+    // Position and gradient taken at one point would give 7.42351. About two axes of symmetry IWS is IW.
+    expect_slots(run(oblong), {VQ_GJ, VQ_IW, VQ_IWS}, 0.6e-5, {7.65249, 1.24006, 1.24006});
+    add_rectangle(one, -1, -0.5, 1, 0.5, 1, 1, {3, 2});
+    const Results r = run(one);
+    expect_slots(r, {VQ_GJ, VQ_GAY, VQ_GAZ, VQ_GAU, VQ_GAV, VQ_GAUV, VQ_WT, VQ_IW, VQ_SCY, VQ_SCZ}, 1e-14,
+                 {16 / 15.0, 4, 4, 4, 4, 0, 1 / std::sqrt(2.8125), 0.06, 0, 0});
+    const double tau[] = {-1.5, 0.75, -1.5, -0.75, 1.5, -0.75, 1.5, 0.75}, forces[] = {0, 0.5, -0.5, 0};  // u, v: z, -y
+    for (int c = 0; c < 4; ++c) {
+        for (int k = 0; k < 2; ++k) EXPECT_NEAR(r.elemout[12 * c + k], tau[2 * c + k], 1e-14);
+        for (int k = 0; k < 4; ++k) EXPECT_NEAR(r.elemout[12 * c + 2 + k], forces[k], 1e-14);
+        for (int k = 0; k < 3; ++k) EXPECT_NEAR(r.nodeout[4 * k + c], k > 0 ? 0 : c % 2 == 0 ? 0.3 : -0.3, 1e-14);
+    }
+}
+
+// Stresses of unit loads have the unit loads as resultants, whatever the mesh.
+TEST(Run, StressesBalanceTheUnitLoads) {
+    for (const bool coupled : {false, true}) {
+        const Section s = angle_section(coupled);
+        const Results r = run(s);
+        const double co = std::cos(r.slots[VQ_ALPHA]), si = std::sin(r.slots[VQ_ALPHA]);
+        double shear[3][3] = {}, axial[3][3] = {}, bimoment = 0;  // load case; torque or N, along or about u, v
+        for (const Point& at : points(s, false)) {
+            const double y = at.y - r.slots[VQ_SCY], z = at.z - r.slots[VQ_SCZ];
+            for (int q = 0; q < 3; ++q) {
+                const double ty = at.weight * stress(r, at, at.NS, 2 * q),
+                             tz = at.weight * stress(r, at, at.NS, 2 * q + 1);
+                shear[q][0] += y * tz - z * ty;
+                shear[q][1] += co * ty + si * tz;
+                shear[q][2] += co * tz - si * ty;
+            }
+            bimoment += at.weight * field(s, r, at, 1) * stress(r, at, at.N, 11);
+        }
+        for (const Point& at : points(s, true)) {
+            const double y = at.y - r.slots[VQ_YC], z = at.z - r.slots[VQ_ZC];
+            for (int q = 0; q < 3; ++q) {
+                const double sigma = at.weight * stress(r, at, at.N, 8 + q);
+                axial[q][0] += sigma;
+                axial[q][1] += sigma * (co * z - si * y);
+                axial[q][2] -= sigma * (co * y + si * z);
+            }
+        }
+        for (int q = 0; q < 3; ++q) {
+            for (int k = 0; k < 3; ++k) {
+                EXPECT_NEAR(shear[q][k], q == k, 1e-10) << coupled << q << k;
+                if (coupled && q == 0 && k > 0) continue;  // the normal force acts in the groups' centres
+                EXPECT_NEAR(axial[q][k], q == k, 1e-10) << coupled << q << k;
+            }
+        }
+        EXPECT_NEAR(bimoment, 1, 1e-12);
+        for (std::size_t e = 0; e < s.elements.size(); ++e)  // a triangle's fourth corner is its third
+            for (int k = 0; k < 12 && s.elements[e][2] == s.elements[e][3]; ++k)
+                EXPECT_EQ(r.elemout[48 * e + 36 + k], r.elemout[48 * e + 24 + k]);
+    }
+}
+
+// IW, WR1 and WR2 from the fields that the host receives.
+TEST(Run, WarpingSumsOverElementsAndBars) {
+    for (const Section& s : {angle_section(true), reinforced_angle()}) {
+        const Results r = run(s);
+        const double YC = r.slots[VQ_YC], ZC = r.slots[VQ_ZC], s1 = ZC - r.slots[VQ_SCZ], s2 = r.slots[VQ_SCY] - YC;
+        const double co = std::cos(r.slots[VQ_ALPHA]), si = std::sin(r.slots[VQ_ALPHA]);
+        double IW = 0, S1 = 0, S2 = 0;
+        const auto add_skew = [&](double w, std::int32_t node) {  // S1 from before the twist was moved by two shears
+            const double wu = field(s, r, node, 2), wv = field(s, r, node, 3);
+            S1 += w * (field(s, r, node, 1) + s1 * (co * wu - si * wv) + s2 * (si * wu + co * wv));
+            S2 += w * field(s, r, node, 1);
+        };
+        for (const Point& at : points(s, false))
+            IW += at.weight * s.materials[at.e].EMOD * std::pow(field(s, r, at, 1), 2);
+        std::vector<double> A(s.elements.size()), Y(A.size()), Z(A.size());
+        for (const Point& at : points(s, true))
+            A[at.e] += at.weight, Y[at.e] += at.weight * (at.y - YC), Z[at.e] += at.weight * (at.z - ZC);
+        for (std::size_t e = 0; e < A.size(); ++e) {
+            const int n = s.elements[e][2] == s.elements[e][3] ? 3 : 4;
+            const double mean = n == 3 ? 0.33333f : 0.25;  // 1/3 would be 1e-5 off
+            for (int i = 0; i < n; ++i)
+                add_skew(mean * s.materials[e].EMOD * (Y[e] * Y[e] + Z[e] * Z[e]) / A[e], s.elements[e][i]);
+        }
+        for (const VYZTUZE_INFO& bar : r.bars) {
+            const double y = s.y[bar.NODE - 1] - YC, z = s.z[bar.NODE - 1] - ZC, w = bar.AREA * bar.EMODUL;
+            IW += w * std::pow(field(s, r, bar.NODE, 1), 2);
+            add_skew(w * (y * y + z * z), bar.NODE);
+        }
+        EXPECT_NEAR(r.slots[VQ_IW], IW, 1e-12 * IW);
+        EXPECT_NEAR(r.slots[VQ_WR1], S1 / IW, 1e-9 * std::fabs(S1 / IW));
+        EXPECT_NEAR(r.slots[VQ_WR2] * r.slots[VQ_IWS], S2, 1e-9 * std::fabs(S2));
+    }
+}
+
+// A bar below the limit changes nothing. One of hardly any area changes hardly anything, so that the second system,
+// which a bar leaves without hold for the constant, is solved as smoothly as without. A corner at a bar has its stress.
+TEST(Run, PassiveTinyAndLargeBars) {
+    Section s = angle_section(), with = s;
+    const std::int32_t corner = s.elements[6][2];
+    add_bar(s, s.y[corner - 1], s.z[corner - 1], 7, 3, 0);
+    add_bar(with, s.y[corner - 1], s.z[corner - 1], 7, 3, 1.99, 10).STRESS[2] = 77;
+    const Results r = run(s), passive = run(with);
+    with.bars[0].EMODUL = 2.0, with.bars[0].AREA = 1e-7;
+    const Results tiny = run(with);
+    with.bars[0].EMODUL = 200, with.bars[0].AREA = 0.2, with.bars[0].RADIUS = 1e-6;
+    const Results large = run(with);
+    EXPECT_EQ(passive.bars[0].STRESS[2], 77);
+    EXPECT_EQ(passive.bars[0].NELNODES, 0);
+    EXPECT_EQ(passive.nodeout[s.y.size() - 1], 0);
+    EXPECT_NEAR(tiny.bars[0].STRESS[0], 2 / tiny.slots[VQ_EA], 1e-15);
+    for (int slot = 0; slot < VQ_NSLOTS; ++slot) {
+        EXPECT_NEAR(passive.slots[slot], r.slots[slot], 1e-11 * std::fabs(r.slots[slot])) << slot;
+        EXPECT_NEAR(tiny.slots[slot], r.slots[slot], 1e-6 * (1 + std::fabs(r.slots[slot]))) << slot;
+    }
+    for (std::size_t k = 0; k < r.elemout.size(); ++k) {
+        EXPECT_NEAR(passive.elemout[k], r.elemout[k], 1e-12);
+        EXPECT_NEAR(tiny.elemout[k], r.elemout[k], 1e-6);
+        if (k % 12 >= 8 && s.elements[k / 48][k / 12 % 4] == corner) {
+            EXPECT_NEAR(large.elemout[k], large.bars[0].STRESS[k % 12 - 8], 1e-14);
+        }
+    }
+    EXPECT_TRUE(std::isfinite(large.slots[VQ_IWS]));
+}
+
+// The same section in other tables. Nothing here knows the frame: 1e-9 is for sums in another order.
+TEST(Run, FrameAndNumberingPlayNoPart) {
+    const Section s = angle_section();
+    const auto reordered = [&](std::vector<int> quad, std::vector<int> triangle) {
+        Section other = s;
+        for (std::size_t e = 0; e < s.elements.size(); ++e)
+            for (int i = 0; i < 4; ++i)
+                other.elements[e][i] = s.elements[e][s.elements[e][2] == s.elements[e][3] ? triangle[i] : quad[i]];
+        return other;
+    };
+    Section mirrored = reordered({0, 3, 2, 1}, {0, 2, 1, 1});
+    for (double& y : mirrored.y) y = -y;
+    const double right = std::acos(0.0);
+    const struct {
+        Section section;
+        double angle, dy, dz, sign;
+    } others[] = {{renumbered(s), 0, 0, 0, 1},
+                  {reordered({1, 2, 3, 0}, {1, 2, 0, 0}), 0, 0, 0, 1},
+                  {mirrored, 0, 0, 0, -1},
+                  {moved(s, 300, -70), 0, 300, -70, 1},
+                  {moved(s, 0, 0, right), right, 0, 0, 1},
+                  {moved(s, 3, 4, 0.4), 0.4, 3, 4, 1}};
+    const Results a = run(s);
+    for (const auto& other : others) {
+        const Results b = run(other.section);
+        const double c = std::cos(other.angle), n = std::sin(other.angle), SCY = other.sign * a.slots[VQ_SCY];
+        expect_slots(b, {VQ_SCY, VQ_SCZ, VQ_WR2}, 1e-9,
+                     {c * SCY - n * a.slots[VQ_SCZ] + other.dy, n * SCY + c * a.slots[VQ_SCZ] + other.dz,
+                      other.sign * a.slots[VQ_WR2]});
+        for (const int slot : {VQ_GJ, VQ_IW, VQ_IWS, VQ_GAU, VQ_GAV, VQ_GAUV, VQ_WT, VQ_RU, VQ_RV, VQ_WR1})
+            EXPECT_NEAR(std::fabs(b.slots[slot]), std::fabs(a.slots[slot]), 1e-9 * std::fabs(a.slots[slot])) << slot;
+        EXPECT_NEAR(b.slots[VQ_GAY] + b.slots[VQ_GAZ], a.slots[VQ_GAY] + a.slots[VQ_GAZ], 1e-9 * a.slots[VQ_GAY]);
+    }
+}
+
+// Lengths by 4, E by 3, G by 5: the exponents of the three in each result.
+TEST(Run, ScalingLaws) {
+    const Section s = angle_section();
+    Section larger = scaled(s, 4);
+    for (Material& m : larger.materials) m.EMOD *= 3, m.GMOD *= 5;
+    const Results a = run(s), b = run(larger);
+    const auto expect_scaled = [](double x, double y, int length, int E, int G) {
+        EXPECT_NEAR(y, x * std::pow(4, length) * std::pow(3, E) * std::pow(5, G), 1e-9 * std::fabs(y) + 1e-13);
+    };
+    const int laws[][4] = {{VQ_GJ, 4, 0, 1},  {VQ_GAY, 2, 0, 1}, {VQ_GAUV, 2, 0, 1}, {VQ_IW, 6, 1, 0},
+                           {VQ_IWS, 6, 1, 0}, {VQ_WT, 3, 0, 0},  {VQ_RU, 1, 0, 0},   {VQ_RY, 1, 0, 0},
+                           {VQ_WR1, 0, 0, 0}, {VQ_WR2, 0, 0, 0}};
+    for (const auto& [slot, length, E, G] : laws) expect_scaled(a.slots[slot], b.slots[slot], length, E, G);
+    const int lengths[] = {-3, -3, -2, -2, -2, -2, -3, -3, -2, -3, -3, -4};  // cases of TAU in pairs, then of SIGMA
+    for (std::size_t k = 0; k < a.elemout.size(); ++k) expect_scaled(a.elemout[k], b.elemout[k], lengths[k % 12], 0, 0);
+    for (std::size_t i = 0; i < a.nodeout.size(); ++i)
+        expect_scaled(a.nodeout[i], b.nodeout[i], i < s.y.size() ? 2 : 1, 0, 0);
+}
+
+// A rectangle of 2a along y, 2b along z on square elements, against Saint-Venant's series: halving them quarters the
+// error, and the limit drawn from two meshes is the series' value.
+TEST(Run, RectangleConvergesAtSecondOrder) {
+    const double a = 1.5, b = 1, pi = std::acos(-1.0);
+    double J = 16 * a * b * b * b / 3, I = 4 / 9.0 * std::pow(a * b, 3);
+    for (int n = 0; n < 40; ++n) {
+        const double m = (2 * n + 1) * pi, k = m / (2 * a), T = std::tanh(k * b), C = std::cosh(k * b);
+        J -= 1024 * std::pow(b, 4) / std::pow(m, 5) * std::tanh(m * a / (2 * b));
+        I += (16 * (T / k - b / (C * C)) - 32 * (b - T / k)) / (a * std::pow(k, 6));
+    }
+    const double exact[] = {J, I, 5 * a * b * 4 / 6, 5 * a * b * 4 / 6};
+    Section coarse, fine;
+    add_rectangle(coarse, -a, -b, a, b, 12, 8);
+    add_rectangle(fine, -a, -b, a, b, 24, 16);
+    for (const bool triangles : {false, true}) {
+        const Results c = run(triangles ? as_triangles(coarse) : coarse),
+                      f = run(triangles ? as_triangles(fine) : fine);
+        const int slots[] = {VQ_GJ, VQ_IW, VQ_GAY, VQ_GAZ};
+        for (int k = 0; k < 4; ++k) {
+            const double at_coarse = c.slots[slots[k]], at_fine = f.slots[slots[k]];
+            EXPECT_NEAR((at_coarse - exact[k]) / (at_fine - exact[k]), 4, 0.3) << k;
+            EXPECT_NEAR((4 * at_fine - at_coarse) / 3, exact[k], 1e-3 * exact[k]) << k;
+        }
+    }
+}
+
+// Bimoment shear in the flanges of an I of h between their middles: S / (IW t) with IW = h^2 b^3 t / 24 and S the first
+// moment of the warping h y / 2 beyond the point. 1 % for the finite thickness.
+TEST(Run, FlangeUnderWarpingShear) {
+    const double b = 10, h = 10, t = 0.25;
+    Section s;
+    for (const double z : {-h / 2, h / 2}) add_rectangle(s, -b / 2, z - t / 2, b / 2, z + t / 2, 80, 2);
+    add_rectangle(s, -t / 2, -h / 2 + t / 2, t / 2, h / 2 - t / 2, 2, 78);
+    const Results r = run(s);
+    double tau = 0, sigma = 0, corners = 0;
+    for (std::size_t k = 0; k < 4 * s.elements.size(); ++k) {
+        const std::int32_t node = s.elements[k / 4][k % 4];
+        if (s.z[node - 1] < h / 4) continue;
+        if (s.y[node - 1] == b / 4) tau += r.elemout[12 * k + 6], ++corners;
+        if (s.y[node - 1] == -b / 2) sigma = r.elemout[12 * k + 11];
+    }
+    EXPECT_NEAR(std::copysign(1, sigma) * tau / corners, 1.125 / (h * b * t), 0.01 / (h * b * t));
+}
+
+// Below 0.0001 the sum of the warping about the shear centre counts as none.
+TEST(Run, SkewCoefficientsOfWarpingVanishBelowTheLimit) {
+    Section s = angle_section();
+    const Results r = run(s);
+    const double S2 = r.slots[VQ_WR2] * r.slots[VQ_IWS];
+    for (const double share : {1.01, 0.99}) {
+        Section weak = s;
+        for (Material& m : weak.materials) m.EMOD *= share * 1e-4 / std::fabs(S2);
+        const Results w = run(weak);
+        EXPECT_NEAR(w.slots[VQ_WR1], share > 1 ? r.slots[VQ_WR1] : 0, 1e-9);
+        EXPECT_NEAR(w.slots[VQ_WR2], share > 1 ? r.slots[VQ_WR2] : 0, 1e-9);
+    }
+}
+
+// A triangle without area spoils the first system; the mesh checks let it through. A single triangle has no stiffness
+// in shear, and nothing but infinities, or what rounding makes of them, for the second.
+TEST(Run, UnsolvableSystemsLeaveTheTablesAlone) {
+    Section s = angle_section(), one;
+    const std::int32_t a = node_at(s, 20, 0), b = node_at(s, 21, 1), c = node_at(s, 22, 2);
+    s.elements.push_back({a, b, c, c});
+    s.materials.push_back({30, 12});
+    one.y = {0, 3, 1}, one.z = {0, 0.5, 2.5};
+    one.elements = {{1, 2, 3, 3}};
+    one.materials.resize(1);
+    for (const Section* section : {&s, &one}) {
+        Results r = run(*section);
+        if (section == &one && r.status == VQ_DONE && r.slots[VQ_IW] > 0) continue;
+        EXPECT_EQ(r.status, VQ_NOT_SOLVED);
+        r.slots[VQ_MODE_SLOT] = before;
+        for (const auto* table : {&r.slots, &r.nodeout, &r.elemout})
+            for (const double x : *table) EXPECT_EQ(x, before);
+    }
+}
+
+TEST(Run, ThreadsOnSeparateTablesGiveTheBitsOfOne) {
+    const Section sections[] = {reinforced_angle(), channel(), angle_section(true), as_triangles(channel())};
+    std::vector<Results> alone, together(4);
+    for (const Section& s : sections) alone.push_back(run(s));
+    for (const int count : {2, 4}) {
+        std::vector<std::thread> threads;
+        for (int k = 0; k < count; ++k) threads.emplace_back([&, k] { together[k] = run(sections[k]); });
+        for (std::thread& thread : threads) thread.join();
+        for (int k = 0; k < count; ++k) {
+            EXPECT_EQ(std::memcmp(together[k].slots.data(), alone[k].slots.data(), VQ_NSLOTS * sizeof(double)), 0);
+            EXPECT_EQ(together[k].nodeout, alone[k].nodeout);
+            EXPECT_EQ(together[k].elemout, alone[k].elemout);
+        }
+    }
+}
