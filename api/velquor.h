@@ -30,9 +30,11 @@ extern "C" {
 /* Status of a run, in STATUS on return. Any other value than VQ_DONE: RESULT, NODEOUT and ELEMOUT are as the host gave
  * them. */
 enum {
-    VQ_DONE = 0,         /* all results are in the host's tables */
-    VQ_REFUSED = 1,      /* the tables or the mesh were refused; the bars too are as the host gave them */
-    VQ_NOT_SOLVED = 2,   /* an equation system could not be solved; output fields of bars may have been written */
+    VQ_DONE = 0,       /* all results are in the host's tables */
+    VQ_REFUSED = 1,    /* the tables or the mesh were refused; the bars too are as the host gave them */
+    VQ_NOT_SOLVED = 2, /* an equation system could not be solved; output fields of bars may have been written. So ends,
+                          too, a section whose warping constant is exactly 0, such as two triangles in a square, or
+                          that has no shear stiffness: a finer or less regular mesh helps the former */
     VQ_OUT_OF_MEMORY = 3 /* memory could not be had, or the run found itself inconsistent (a line on the error stream
                             says so); bars as the host gave them */
 };
