@@ -1,28 +1,8 @@
 ! The section of the file named on the command line, its results and bars in hexadecimal. A host in Fortran.
 ! Built with the traditional preprocessor, which puts macro arguments into strings too.
-module velquor
+module hexadecimal
   use, intrinsic :: iso_c_binding
   implicit none
-#define SLOT(name, value) integer(c_int), parameter :: name = value;
-#define NAME(name, value) integer(c_int), parameter :: name = value;
-#define FIELD(name, value)
-#include "names.inc"
-  type, bind(c) :: VYZTUZE_INFO
-    integer(c_int32_t) :: NODE, not_read_1(2), ELEMENT, NELNODES, ELNODES(4), gap
-    real(c_double) :: AREA, EMODUL, GMODUL, RADIUS, not_read_2(3), BARWEIGHT, SHAPE(4), RS(2), STRESS(4)
-  end type
-  interface
-    subroutine vq_velquor(STATUS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, NPOINTS, POINTS, RESULT, NODEOUT, ELEMOUT) &
-        bind(c)
-      import
-      integer(c_int32_t), intent(inout) :: STATUS
-      integer(c_int32_t), value :: NNODES, NELEMS, NPOINTS
-      integer(c_int32_t), intent(in) :: ELEMENTS(*)
-      real(c_double), intent(in) :: NODES(*), PROPS(*)
-      type(VYZTUZE_INFO), intent(inout) :: POINTS(*)
-      real(c_double), intent(inout) :: RESULT(0:VQ_NSLOTS - 1), NODEOUT(*), ELEMOUT(*)
-    end subroutine
-  end interface
 contains
   subroutine show(name, values)
     character(*), intent(in) :: name
@@ -41,6 +21,7 @@ end module
 
 program host
   use velquor
+  use hexadecimal
   implicit none
   character(1000) :: path
   integer(c_int32_t) :: status, nnodes, nelems, npoints, b
@@ -55,7 +36,6 @@ program host
   allocate (nodeout(nnodes, 3), elemout(12, 4, nelems))
   read (10, *) nodes, elements, props
   do b = 1, npoints
-    points(b) = VYZTUZE_INFO(0, 0, 0, 0, 0, 0, 0d0, 0d0, 0d0, 0d0, 0d0, 0d0, 0d0, 0d0, 0d0)
     associate (p => points(b))
       read (10, *) p%NODE, p%ELEMENT, p%AREA, p%EMODUL, p%GMODUL, p%RADIUS, p%BARWEIGHT
     end associate
@@ -64,10 +44,7 @@ program host
   call vq_velquor(status, nodes, nnodes, elements, nelems, props, npoints, points, result, nodeout, elemout)
 
   write (*, '(a, 1x, i0)') 'status', status
-#undef SLOT
-#undef NAME
-#undef FIELD
-#define SLOT(name, value) call show("name", result(name:name));
+#define SLOT(name, value) call show("name", result(name:name)); if (name /= value) error stop "name";
 #define NAME(name, value) write (*, '(a, 1x, i0)') "name", name;
 #define FIELD(name, value) call show_offset("name", c_loc(points(1)%name), c_loc(points(1)));
 #include "names.inc"

@@ -1,59 +1,58 @@
 """The section of a file, its results and bars in hexadecimal. A host in Python.
 
-    host.py <library> <header> <names> <section>
+    host.py <binding> <header> <names> <section>
 """
-import ctypes
 import re
-import struct
 import sys
-from ctypes import byref, c_double, c_int32
 
-library, header, names, section = sys.argv[1:]
+import numpy as np
+
+binding, header, names, section = sys.argv[1:]
+sys.path.insert(0, binding)
+import velquor
+
 listed = [(kind, name, int(value)) for kind, name, value in re.findall(r"(\w+)\((\w+), (\d+)\)", open(names).read())]
-value = {name: number for kind, name, number in listed if kind != "FIELD"}
 declared = re.findall(r"^    (VQ_\w+) = (\d+)", open(header).read(), re.MULTILINE)
-assert {name: int(number) for name, number in declared} == value  # no name in the header alone
+assert {(name, int(value)) for name, value in declared} == {entry[1:] for entry in listed if entry[0] != "FIELD"}
 
-
-class VYZTUZE_INFO(ctypes.Structure):
-    _fields_ = [("NODE", c_int32), ("not_read_1", c_int32 * 2), ("ELEMENT", c_int32), ("NELNODES", c_int32),
-                ("ELNODES", c_int32 * 4), ("gap", c_int32), ("AREA", c_double), ("EMODUL", c_double),
-                ("GMODUL", c_double), ("RADIUS", c_double), ("not_read_2", c_double * 3), ("BARWEIGHT", c_double),
-                ("SHAPE", c_double * 4), ("RS", c_double * 2), ("STRESS", c_double * 4)]
+# What the binding has for a name of the header.
+value = {f"VQ_{name}": column for column, name in enumerate(velquor.COLUMNS, 1)}
+value |= {f"VQ_{name}": getattr(velquor, name) for name in ("ELASTIC", "PLASTIC", "PLASTIC_TWO", "PLASTIC_TWO_B")}
+value |= {"VQ_DONE": 0, "VQ_REFUSED": velquor.Refused.status, "VQ_NOT_SOLVED": velquor.NotSolved.status,
+          "VQ_OUT_OF_MEMORY": velquor.OutOfMemory.status, "VQ_NSLOTS": len(velquor.SLOTS),
+          "VQ_NCOLUMNS": len(velquor.COLUMNS), "VQ_MODE_SLOT": velquor.MODE_SLOT}
 
 
 def show(name, values):
-    for x in values:
-        print(name, struct.pack(">d", x).hex().upper())
+    for bits in np.asarray(values, np.float64).ravel().view(np.uint64):
+        print(name, f"{bits:016X}")
 
 
-numbers = iter(open(section).read().split())
-take = lambda count, kind: [kind(next(numbers)) for _ in range(count)]
-groups, nnodes, nelems, npoints = take(4, int)
-nodes = (c_double * (2 * nnodes))(*take(2 * nnodes, float))
-elements = (c_int32 * (4 * nelems))(*take(4 * nelems, int))
-props = (c_double * (value["VQ_NCOLUMNS"] * nelems))(*take(value["VQ_NCOLUMNS"] * nelems, float))
-points = (VYZTUZE_INFO * npoints)()
-for bar in points:
-    bar.NODE, bar.ELEMENT = take(2, int)
-    bar.AREA, bar.EMODUL, bar.GMODUL, bar.RADIUS, bar.BARWEIGHT = take(5, float)
-status, result = c_int32(groups), (c_double * value["VQ_NSLOTS"])()
-nodeout, elemout = (c_double * (3 * nnodes))(), (c_double * (48 * nelems))()
-result[value["VQ_MODE_SLOT"]] = value["VQ_PLASTIC"]
-ctypes.CDLL(library).vq_velquor(byref(status), nodes, c_int32(nnodes), elements, c_int32(nelems), props,
-                                c_int32(npoints), points, result, nodeout, elemout)
+def table(rows, columns):
+    return np.array([next(numbers) for _ in range(rows * columns)]).reshape(columns, rows).T
 
-print("status", status.value)
+
+numbers = (float(number) for number in open(section).read().split())
+groups, nnodes, nelems, npoints = table(4, 1).astype(int).ravel()
+nodes, elements, props = table(nnodes, 2), table(nelems, 4).astype(int), table(nelems, len(velquor.COLUMNS))
+of_bars = table(7, npoints)
+bars = velquor.bar_table(*of_bars[:2].astype(int), **dict(zip(("AREA", "EMODUL", "GMODUL", "RADIUS", "BARWEIGHT"),
+                                                              of_bars[2:])))
+result = velquor.calculate(nodes, elements, props, bars=bars, groups=groups)
+
+print("status 0")
 for kind, name, number in listed:
     if kind == "SLOT":
-        show(name, [result[number]])
+        assert velquor.SLOTS.index(name[3:]) == number
+        show(name, getattr(result, name[3:]))
     else:
-        print(name, getattr(VYZTUZE_INFO, name).offset if kind == "FIELD" else number)
-for bar in points:
-    print("nodes", bar.NELNODES, *bar.ELNODES)
-    show("shape", bar.SHAPE)
-    show("rs", bar.RS)
-    show("stress", bar.STRESS)
-show("node", nodeout)
-show("element", elemout)
-assert status.value == value["VQ_DONE"] and ctypes.sizeof(VYZTUZE_INFO) == 184
+        print(name, velquor.BAR.fields[name][1] if kind == "FIELD" else value[name])
+for bar in result.bars:
+    print("nodes", bar["NELNODES"], *bar["ELNODES"])
+    show("shape", bar["SHAPE"])
+    show("rs", bar["RS"])
+    show("stress", bar["STRESS"])
+show("node", result.warping.T)
+shear = np.stack([result.TAUY, result.TAUZ], axis=-1).reshape(nelems, 4, 8)
+show("element", np.concatenate([shear, result.SIGMA], axis=-1))
+assert velquor.BAR.itemsize == 184

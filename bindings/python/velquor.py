@@ -1,0 +1,257 @@
+"""Velquor from Python: numpy tables in, a record of named values and arrays out.
+
+    props = velquor.property_table(len(elements), EMOD=210e3, GMOD=81e3, FNEG=235, FPOS=235)
+    section = velquor.calculate(nodes, elements, props)
+    print(section.EA, section.GJ, section.TAUY[e, p, 0])
+
+Names are those of the C header, velquor.h, which tells everything about each value. Nodes, elements and groups count from
+1 as in C; rows, corners and load cases of numpy arrays from 0.
+
+The library is found by the argument `library`, else by the environment variable VELQUOR_LIBRARY, else by the system's
+loader. It runs without the interpreter's lock, so that calls in several threads run side by side; the tables of a call
+must stay as they are until it returns.
+"""
+import ctypes
+import functools
+import operator
+import os
+from dataclasses import dataclass, field, fields
+
+import numpy as np
+
+# Calculation modes: none of the plastic calculation, all four directions, or the first two of them.
+ELASTIC, PLASTIC, PLASTIC_TWO, PLASTIC_TWO_B = MODES = (0, 1, 11, 21)
+
+# Columns of the property table, in their order.
+COLUMNS = ("EMOD", "GMOD", "CARRIED", "COUPLING", "GROUP", "MATFLAG", "FNEG", "FPOS", "UNITWEIGHT", "TENTH")
+
+# A reinforcement bar as it lies in memory. The library fills NELNODES, ELNODES, SHAPE, RS and STRESS.
+BAR = np.dtype({
+    "names": ["NODE", "ELEMENT", "NELNODES", "ELNODES", "AREA", "EMODUL", "GMODUL", "RADIUS", "BARWEIGHT", "SHAPE", "RS",
+              "STRESS"],
+    "formats": ["i4", "i4", "i4", ("i4", 4), "f8", "f8", "f8", "f8", "f8", ("f8", 4), ("f8", 2), ("f8", 4)],
+    "offsets": [0, 12, 16, 20, 40, 48, 56, 64, 96, 104, 136, 152],
+    "itemsize": 184})
+
+MODE_SLOT = 31  # of the result, holds the mode on entry
+_LARGEST = 2**31 - 1  # 32-bit integer
+
+
+class Error(Exception):
+    """No results. `status` is the library's answer."""
+    status = None
+    meaning = "unknown status"
+
+
+class Refused(Error):
+    status = 1
+    meaning = ("the tables or the mesh were refused: a group out of range, no element with MATFLAG 1.0, a value that is "
+               "not finite, a clockwise or degenerate element, or a bar without a node of its own")
+
+
+class NotSolved(Error):
+    status = 2
+    meaning = ("an equation system could not be solved; so ends, too, a section whose warping constant is exactly 0 or "
+               "that has no shear stiffness: a finer or less regular mesh helps the former")
+
+
+class OutOfMemory(Error):
+    status = 3
+    meaning = "memory could not be had, or the run found itself inconsistent (a line on the error stream says so)"
+
+
+@dataclass(eq=False)
+class Section:
+    """The results of a call: the slots of the C record in their order, then the tables."""
+    EA: float     # axial stiffness
+    IYY: float    # second moment as stiffness, over the squared Y distance from the centroid
+    IZZ: float    # over the squared Z distance
+    DYZ: float    # over the product of both
+    YC: float     # centroid
+    ZC: float
+    SCY: float    # shear centre
+    SCZ: float
+    SCU: float    # the same position vector in the principal axes
+    SCV: float
+    GJ: float     # torsional stiffness
+    GAY: float    # shear stiffness along Y
+    GAZ: float    # along Z
+    IW: float     # warping constant about the shear centre
+    ALPHA: float  # angle of the principal axes
+    I1: float     # principal second moments
+    I2: float
+    GAU: float    # shear stiffness along u
+    GAV: float    # along v
+    GAUV: float   # coupling of both
+    IWS: float    # warping constant about the centroid
+    WT: float     # reciprocal of the largest corner shear stress under unit torque
+    RZ: float     # skew coefficients
+    RY: float
+    RV: float
+    RU: float
+    WR1: float
+    WR2: float
+    ANET: float   # area of the elements with GROUP above 0
+    PLAXIS_Y: float  # plastic axes in the host's system, moduli and moments
+    PLAXIS_Z: float
+    PLAXIS_Y_NEG: float
+    PLAXIS_Z_NEG: float
+    PLMOD_Z: float
+    PLMOD_Y: float
+    PLMOD_Z_NEG: float
+    PLMOD_Y_NEG: float
+    PLMOM_Z: float
+    PLMOM_Y: float
+    PLMOM_Z_NEG: float
+    PLMOM_Y_NEG: float
+    PLAXIS_U: float  # in the principal axes, from the centroid
+    PLAXIS_V: float
+    PLAXIS_U_NEG: float
+    PLAXIS_V_NEG: float
+    PLMOD_V: float
+    PLMOD_U: float
+    PLMOD_V_NEG: float
+    PLMOD_U_NEG: float
+    PLMOM_V: float
+    PLMOM_U: float
+    PLMOM_V_NEG: float
+    PLMOM_U_NEG: float
+    COUP1: float  # centre of the coupled groups
+    COUP2: float
+    WEIGHT: float
+    EREF: float   # reference moduli
+    GREF: float
+    warping: np.ndarray = field(repr=False)  # (NNODES, 3)  unit twist about the shear centre, unit shear along u, v
+    TAUY: np.ndarray = field(repr=False)  # (NELEMS, 4, 4)  shear stress along Y at [element, corner, load case]
+    TAUZ: np.ndarray = field(repr=False)  # (NELEMS, 4, 4)  along Z; cases torque, shear along u, v, warping shear
+    SIGMA: np.ndarray = field(repr=False)  # (NELEMS, 4, 4)  axial stress; cases normal force, two moments, bimoment
+    bars: np.ndarray = field(repr=False)  # (NPOINTS)  the bars with their results, of dtype BAR
+
+
+SLOTS = tuple(slot.name for slot in fields(Section) if slot.type is float)
+
+
+def property_table(nelems, *, EMOD, GMOD, CARRIED=0.0, COUPLING=1.0, GROUP=1.0, MATFLAG=1.0, FNEG=0.0, FPOS=0.0,
+                   UNITWEIGHT=0.0, TENTH=0.0):
+    """The property table of `nelems` elements; each column is one value for all elements or an array of one for each."""
+    given = locals()
+    table = np.empty((nelems, len(COLUMNS)), order="F")
+    for column, name in enumerate(COLUMNS):
+        table[:, column] = _one_for_each(name, given[name], nelems)
+    return table
+
+
+def bar_table(NODE, ELEMENT, *, AREA, EMODUL, GMODUL, RADIUS=0.0, BARWEIGHT=0.0):
+    """Bars: numbers of their nodes and elements, and for each property one value for all bars or an array."""
+    given = locals()
+    nodes, elements = _integers("NODE", NODE, 1), _integers("ELEMENT", ELEMENT, 1)
+    if nodes.ndim != 1 or nodes.shape != elements.shape:
+        raise ValueError(f"NODE, ELEMENT: two lists of one length expected, not {nodes.shape} and {elements.shape}")
+    bars = np.zeros(len(nodes), BAR)
+    bars["NODE"], bars["ELEMENT"] = nodes, elements
+    for name in ("AREA", "EMODUL", "GMODUL", "RADIUS", "BARWEIGHT"):
+        bars[name] = _one_for_each(name, given[name], len(bars))
+    return bars
+
+
+def calculate(nodes, elements, props, *, bars=None, groups=None, mode=PLASTIC, library=None):
+    """Calculates one section and returns a `Section`.
+
+    nodes     (NNODES, 2)   coordinates Y, Z
+    elements  (NELEMS, 4)   node numbers, counter-clockwise; a triangle repeats its third, or (NELEMS, 3), all triangles
+    props     (NELEMS, 10)  properties in the order of COLUMNS: property_table()
+    bars      (NPOINTS)     of dtype BAR: bar_table(); the results hold a copy of them
+    groups    number of material groups; the largest of the property table if not given
+    mode      one of MODES
+
+    Anything that numpy makes an array of will do; a table that is no column-ordered array of 64-bit reals (elements: of
+    32-bit integers) is copied. None is changed. ValueError: a table is not of these shapes, or names a node that is not
+    there. Refused, NotSolved, OutOfMemory: the library gave no results. OSError: there is no library.
+    """
+    vq_velquor = load(library)
+    nodes, props = _reals("nodes", nodes, 2), _reals("props", props, len(COLUMNS))
+    elements = _element_table(elements, len(nodes))
+    if len(elements) != len(props):
+        raise ValueError(f"props: {len(props)} rows for {len(elements)} elements")
+    bars = np.zeros(0, BAR) if bars is None else np.asarray(bars)
+    if bars.dtype != BAR or bars.ndim != 1:
+        raise ValueError(f"bars: a one-dimensional array of velquor.BAR expected, not {bars.shape} of {bars.dtype}")
+    if mode not in MODES:
+        raise ValueError(f"mode: one of {MODES} expected, not {mode!r}")
+    if groups is None:  # what is no group number is left for the library to refuse
+        numbers = np.abs(props[:, COLUMNS.index("GROUP")])
+        groups = int(numbers[numbers <= _LARGEST].max(initial=1))
+    if not 1 <= operator.index(groups) <= _LARGEST:
+        raise ValueError(f"groups: {groups}, expected 1 to {_LARGEST}")
+
+    bars = bars.copy()
+    status = ctypes.c_int32(groups)
+    result = np.zeros(len(SLOTS))
+    result[MODE_SLOT] = mode
+    nodeout = np.empty((len(nodes), 3), order="F")
+    elemout = np.empty((len(elements), 4, 12))
+    vq_velquor(status, nodes, len(nodes), elements, len(elements), props, len(bars), bars, result, nodeout, elemout)
+    if status.value != 0:
+        failure = next((kind for kind in (Refused, NotSolved, OutOfMemory) if kind.status == status.value), Error)
+        raise failure(f"status {status.value}: {failure.meaning}")
+    return Section(*result.tolist(), nodeout, elemout[:, :, 0:8:2], elemout[:, :, 1:8:2], elemout[:, :, 8:12], bars)
+
+
+def load(library=None):
+    """The library's routine, from the file `library`, from VELQUOR_LIBRARY, or wherever the system's loader finds it."""
+    return _routine(os.fspath(library or os.environ.get("VELQUOR_LIBRARY") or "libvelquor.so.1"))
+
+
+@functools.lru_cache(maxsize=None)
+def _routine(name):
+    try:
+        routine = ctypes.CDLL(name).vq_velquor  # CDLL gives up the interpreter's lock for the time of a call
+    except (OSError, AttributeError) as error:
+        raise OSError(f"velquor: no library {name} ({error}); install libvelquor1, or set VELQUOR_LIBRARY to the file, or "
+                      "give it as `library`") from error
+
+    def table(dtype):
+        return np.ctypeslib.ndpointer(dtype, flags="F_CONTIGUOUS,ALIGNED")
+
+    rows = ctypes.c_int32
+    by_element = np.ctypeslib.ndpointer(np.float64, ndim=3, flags="C_CONTIGUOUS,ALIGNED")
+    routine.argtypes = [ctypes.POINTER(ctypes.c_int32), table(np.float64), rows, table(np.int32), rows,
+                        table(np.float64), rows, table(BAR), table(np.float64), table(np.float64), by_element]
+    routine.restype = None
+    return routine
+
+
+def _reals(name, values, columns):
+    table = np.asarray(values)
+    if table.dtype.kind not in "fiu":
+        raise ValueError(f"{name}: real numbers expected, not {table.dtype}")
+    if table.ndim != 2 or table.shape[1] != columns or len(table) > _LARGEST:
+        raise ValueError(f"{name}: shape (n, {columns}) expected, not {table.shape}")
+    return np.require(table, np.float64, ("F", "A"))
+
+
+def _integers(name, values, low, high=_LARGEST):
+    table = np.asarray(values)
+    if table.dtype.kind not in "iu":
+        raise ValueError(f"{name}: integers expected, not {table.dtype}")
+    outside = (table < low) | (table > high)
+    if outside.any():
+        first = tuple(np.argwhere(outside)[0].tolist())
+        raise ValueError(f"{name}: {table[first]} at index {first}, expected {low} to {high}")
+    return table
+
+
+def _element_table(values, nnodes):
+    table = _integers("elements", values, 1, nnodes)
+    if table.ndim != 2 or table.shape[1] not in (3, 4) or len(table) > _LARGEST:
+        raise ValueError(f"elements: shape (n, 4) or (n, 3) expected, not {table.shape}")
+    if table.shape[1] == 3:
+        table = table[:, [0, 1, 2, 2]]
+    return np.require(table, np.int32, ("F", "A"))
+
+
+def _one_for_each(name, values, count):
+    column = np.asarray(values, np.float64)
+    if column.shape not in ((), (count,)):
+        raise ValueError(f"{name}: one value or {count} expected, not an array of {column.shape}")
+    return column

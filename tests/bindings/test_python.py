@@ -1,0 +1,193 @@
+"""The Python binding. The library is named by VELQUOR_LIBRARY. Values and bits: tests/abi."""
+import contextlib
+import math
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import threading
+import time
+import unittest
+from unittest import mock
+
+import numpy as np
+
+BINDING = pathlib.Path(__file__).parents[2] / "bindings" / "python"
+sys.path.insert(0, str(BINDING))
+import velquor  # noqa: E402
+
+# Two quadrilaterals and two triangles of two materials; nodes 9 and 10 are those of bars.
+NODES = np.array([[0, 0], [2.1, 0], [4, 0.2], [0.1, 1], [2, 1.1], [4.2, 1], [0, 3], [2, 3.3], [1, 0.5], [1.5, 1.6]])
+ELEMENTS = np.array([[1, 2, 5, 4], [2, 3, 8, 5], [4, 5, 7, 7], [5, 8, 7, 7]])
+PROPS = velquor.property_table(4, EMOD=[200, 200, 100, 90], GMOD=[80, 80, 45, 40], GROUP=[1, 1, 2, -2], FNEG=1.2, FPOS=1.5,
+                               UNITWEIGHT=[3, 3, 5, 5])
+BARS = velquor.bar_table([9, 10], [1, 4], AREA=[0.11, 0.07], EMODUL=2000, GMODUL=[700, 600], RADIUS=0.8)
+
+
+def plate(rows, columns):
+    """The tables of rows x columns squares."""
+    z, y = np.mgrid[0:rows + 1, 0:columns + 1]
+    first = (np.arange(rows)[:, None] * (columns + 1) + np.arange(columns) + 1).ravel()
+    elements = np.stack([first, first + 1, first + columns + 2, first + columns + 1], axis=-1)
+    return np.stack([y.ravel(), z.ravel()], axis=-1), elements, velquor.property_table(len(elements), EMOD=2.5, GMOD=1)
+
+
+def bits(section):
+    """All that a call gives, as bytes."""
+    return [np.asarray(value).tobytes() for value in vars(section).values()]
+
+
+@contextlib.contextmanager
+def answering(status):
+    """In place of the library a routine that answers `status` and does nothing; its arguments."""
+    arguments = []
+
+    def vq_velquor(*given):
+        arguments.extend(given)
+        given[0].value = status
+
+    with mock.patch.object(velquor, "load", return_value=vq_velquor):
+        yield arguments
+
+
+class Tables(unittest.TestCase):
+    def test_every_layout_of_the_tables_gives_the_same_bits_and_stays_as_it_is(self):
+        expected = bits(velquor.calculate(NODES, ELEMENTS, PROPS, bars=BARS))
+        spread = np.zeros((2 * len(NODES), 7))  # every second row, columns backwards
+        spread[::2, 5:1:-3] = NODES
+        layouts = [
+            (np.asfortranarray(NODES), np.asfortranarray(ELEMENTS, np.int32), PROPS, BARS),
+            (np.ascontiguousarray(NODES), ELEMENTS.astype(np.int16), np.ascontiguousarray(PROPS), BARS),
+            (spread[::2, 5:1:-3], np.repeat(ELEMENTS, 2, axis=0)[::2], np.repeat(PROPS, 3, axis=1)[:, ::3],
+             np.repeat(BARS, 2)[::2]),
+            (NODES.astype(">f8"), ELEMENTS.astype(np.uint64), PROPS.astype(np.longdouble), BARS),
+            (NODES.tolist(), ELEMENTS.tolist(), PROPS.tolist(), BARS),
+        ]
+        for tables in layouts:
+            for table in tables:
+                if isinstance(table, np.ndarray):
+                    table.flags.writeable = False
+            before = [np.asarray(table).tobytes() for table in tables]
+            self.assertEqual(bits(velquor.calculate(*tables[:3], bars=tables[3])), expected)
+            self.assertEqual([np.asarray(table).tobytes() for table in tables], before)
+
+    def test_tables_in_the_library_s_own_layout_are_not_copied(self):
+        nodes, elements = np.asfortranarray(NODES), np.asfortranarray(ELEMENTS, np.int32)
+        with answering(0) as arguments:
+            velquor.calculate(nodes, elements, PROPS)
+        for position, table in (1, nodes), (3, elements), (5, PROPS):
+            self.assertTrue(np.shares_memory(arguments[position], table))
+
+    def test_three_columns_are_triangles(self):
+        three = np.array([[1, 2, 5], [1, 5, 4], [2, 3, 8], [2, 8, 5]])
+        four = three[:, [0, 1, 2, 2]]
+        self.assertEqual(bits(velquor.calculate(NODES, three, PROPS)), bits(velquor.calculate(NODES, four, PROPS)))
+
+    def test_what_is_no_table_raises_before_the_call(self):
+        tables = {"nodes": NODES, "elements": ELEMENTS, "props": PROPS}
+        far = ELEMENTS.copy()
+        far[2, 1] = 11
+        for message, change in [
+            (r"nodes: shape \(n, 2\) expected, not \(2, 10\)", {"nodes": NODES.T}),
+            (r"nodes: real numbers expected, not complex", {"nodes": NODES + 1j}),
+            (r"elements: shape", {"elements": ELEMENTS[:, :2]}),
+            (r"elements: integers expected, not float64", {"elements": ELEMENTS * 1.0}),
+            (r"elements: 11 at index \(2, 1\), expected 1 to 10", {"elements": far}),
+            (r"elements: 0 at index \(0, 0\)", {"elements": ELEMENTS - 1}),
+            (r"elements: 4294967297 at", {"elements": ELEMENTS + 2**32}),  # node 1 again, were it cut to 32 bits
+            (r"props: 3 rows for 4 elements", {"props": PROPS[:3]}),
+            (r"props: shape", {"props": PROPS[:, :9]}),
+            (r"bars: a one-dimensional array of velquor.BAR", {"bars": np.zeros((2, 23))}),
+            (r"mode: one of \(0, 1, 11, 21\) expected, not 2", {"mode": 2}),
+            (r"groups: 0, expected 1", {"groups": 0}),
+            (r"groups: 4294967298, expected", {"groups": 2**32 + 2}),
+        ]:
+            with self.subTest(message), self.assertRaisesRegex(ValueError, message):
+                velquor.calculate(**{**tables, **change})
+        with self.assertRaisesRegex(ValueError, r"EMOD: one value or 4 expected, not an array of \(3,\)"):
+            velquor.property_table(4, EMOD=[1, 2, 3], GMOD=1)
+        with self.assertRaisesRegex(ValueError, r"NODE: 4294967297 at index \(0,\)"):
+            velquor.bar_table([2**32 + 1], [1], AREA=1, EMODUL=2, GMODUL=1)
+
+    def test_modes_choose_the_plastic_slots(self):
+        by_mode = {mode: velquor.calculate(NODES, ELEMENTS, PROPS, mode=mode) for mode in velquor.MODES}
+        self.assertEqual(by_mode[velquor.ELASTIC].PLMOD_Z, 0)
+        self.assertGreater(by_mode[velquor.PLASTIC_TWO].PLMOD_Z, 0)
+        self.assertEqual(by_mode[velquor.PLASTIC_TWO].PLMOD_Z_NEG, 0)
+        self.assertGreater(by_mode[velquor.PLASTIC].PLMOD_Z_NEG, 0)
+
+
+class Failures(unittest.TestCase):
+    def failure(self, *tables, **others):
+        with self.assertRaises(velquor.Error) as caught:
+            velquor.calculate(*tables, **others)
+        self.assertIn(f"status {caught.exception.status}: ", str(caught.exception))
+        return type(caught.exception), caught.exception.status
+
+    def test_each_status_has_its_exception(self):
+        self.assertEqual(self.failure(NODES, ELEMENTS[:, ::-1], PROPS), (velquor.Refused, 1))  # clockwise
+        self.assertEqual(self.failure(NODES, ELEMENTS, PROPS * np.nan), (velquor.Refused, 1))
+        self.assertEqual(self.failure(NODES, ELEMENTS, PROPS, groups=1), (velquor.Refused, 1))
+        square = np.array([[0, 0], [1, 0], [1, 1], [0, 1]])  # of two triangles: warping constant exactly 0
+        self.assertEqual(self.failure(square, [[1, 2, 3], [1, 3, 4]], PROPS[:2]), (velquor.NotSolved, 2))
+        with answering(3):
+            self.assertEqual(self.failure(NODES, ELEMENTS, PROPS), (velquor.OutOfMemory, 3))
+
+    def test_a_missing_library_is_named_with_the_way_to_give_it(self):
+        for name in "/missing/libvelquor.so.1", "libm.so.6":  # the latter is there, but without the routine
+            with self.assertRaisesRegex(OSError, f"no library {name} .*VELQUOR_LIBRARY"):
+                velquor.calculate(NODES, ELEMENTS, PROPS, library=name)
+            with mock.patch.dict(os.environ, VELQUOR_LIBRARY=name), self.assertRaisesRegex(OSError, name):
+                velquor.calculate(NODES, ELEMENTS, PROPS)
+
+
+class Threads(unittest.TestCase):
+    def test_other_threads_run_during_a_call(self):
+        tables = plate(500, 600)
+        span = []
+
+        def call():
+            span.append(time.monotonic())
+            velquor.calculate(*tables)
+            span.append(time.monotonic())
+
+        caller = threading.Thread(target=call)
+        caller.start()
+        ticks = []
+        while caller.is_alive():
+            ticks.append(time.monotonic())
+            time.sleep(0.001)
+        caller.join()
+        # Were the lock held, ticks would stand before and after the call alone. A busy machine may lose some, not all.
+        start, end = span
+        within = [tick for tick in ticks if 0.4 < (tick - start) / (end - start) < 0.9]
+        self.assertTrue(within, f"no tick in the middle of {end - start:.2f} s")
+
+
+class Example(unittest.TestCase):
+    def test_prints_the_values_of_its_channel(self):
+        run = subprocess.run([sys.executable, "-B", BINDING / "example.py"], capture_output=True, text=True)
+        self.assertEqual((run.returncode, run.stderr), (0, ""))
+        value = {name: float(number) for name, number in re.findall(r"^(\S+) +(-?[\d.e+]+) ", run.stdout, re.MULTILINE)}
+        b, h, t = 80.0, 200.0, 10.0
+        iy = (b * h**3 - (b - t) * (h - 2 * t)**3) / 12
+        area = 2 * b * t + (h - 2 * t) * t
+        for name, expected in [
+            ("A", area), ("YC", (2 * b * t * b / 2 + (h - 2 * t) * t * t / 2) / area), ("Iy", iy),
+            ("Wpl,y", (b * h**2 - (b - t) * (h - 2 * t)**2) / 4), ("mass", area * 7.85e-3), ("sigma", 10e6 * h / 2 / iy),
+        ]:
+            self.assertTrue(math.isclose(value[name], expected, rel_tol=1e-4), (name, value[name], expected))
+        self.assertIn("at Z 100", run.stdout)
+        # Thin walls by their centre lines.
+        c, d = b - t / 2, h - t
+        e = 3 * c**2 / (6 * c + d)
+        for name, expected in [
+            ("SCY", t / 2 - e), ("It", (2 * c + d) * t**3 / 3),
+            ("Iw", t * c**3 * d**2 / 12 * (3 * c + 2 * d) / (6 * c + d)),
+        ]:
+            self.assertTrue(math.isclose(value[name], expected, rel_tol=0.03), (name, value[name], expected))
+
+
+if __name__ == "__main__":
+    unittest.main()
