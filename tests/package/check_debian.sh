@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# Builds the Debian packages, compares what they say and hold, unpacks them into an empty tree, and builds and runs hosts in
+# C, Fortran and Python against that tree.
+#   check_debian.sh <cmake> <source folder> <build folder of the packages> <version> <python with numpy>
+set -euo pipefail
+cmake=$1 source=$2 build=$3 version=$4 python=$5
+tests=$source/tests
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+fail() { echo "$1" >&2 && exit 1; }
+expect() { [ "$2" = "$3" ] || fail "$1: $2, expected: $3"; }
+
+rm -f "$build"/*.deb
+"$cmake" -S "$source" --preset package -B "$build" >/dev/null
+(umask 077 && "$cmake" --build "$build" --target package --parallel 2) >"$scratch/log" 2>&1 ||
+    fail "$(tail -n 50 "$scratch/log")"
+architecture=$(dpkg --print-architecture) libdir=usr/lib/$(gcc -print-multiarch)
+runtime=$build/libvelquor1_$version-1_$architecture.deb
+development=$build/libvelquor-dev_$version-1_$architecture.deb
+
+# What the packages say.
+expect "the runtime package depends on" "$(dpkg-deb -f "$runtime" Depends | sed -E 's/ \(>= [^)]*\)//g')" \
+    "libc6, libgcc-s1, libstdc++6"
+expect "the development package depends on" "$(dpkg-deb -f "$development" Depends)" "libvelquor1 (= $version-1)"
+expect "programs linked with it depend on" "$(dpkg-deb -I "$runtime" shlibs)" "libvelquor 1 libvelquor1 (>= $version-1)"
+expect "its trigger" "$(dpkg-deb -I "$runtime" triggers)" "activate-noawait ldconfig"
+
+# What they hold.
+for package in "$runtime" "$development"; do
+    dpkg-deb -c "$package" >>"$scratch/list"
+    dpkg -x "$package" "$scratch/tree"
+done
+expect "of another owner or mode" \
+    "$(awk '$2 != "root/root" || $1 !~ /^(drwxr-xr-x|-rw-r--r--|lrwxrwxrwx)/' "$scratch/list")" ""
+awk '$1 !~ /^d/ {print $6}' "$scratch/list" >"$scratch/files"
+expect "in both packages" "$(sort "$scratch/files" | uniq -d)" ""
+expect "the runtime package holds" "$(dpkg-deb -c "$runtime" | awk '$1 !~ /^d/ {print $6}' | sort | xargs)" \
+    "./$libdir/libvelquor.so.1 ./$libdir/libvelquor.so.$version ./usr/share/doc/libvelquor1/copyright"
+for file in usr/include/velquor.h "$libdir"/{libvelquor.so,pkgconfig/velquor.pc,cmake/velquor/velquor-config.cmake} \
+    usr/share/velquor/{python/velquor.py,python/example.py,fortran/velquor.f90,fortran/example.f90} \
+    usr/share/doc/libvelquor-dev/{copyright,examples/ipe300.c}; do
+    grep -qxF "./$file" "$scratch/files" || fail "no $file"
+done
+expect "with a path of the build" "$(grep -rlF -e "$source" -e "$build" "$scratch/tree" || true)" ""
+library=$scratch/tree/$libdir/libvelquor.so.$version
+expect "not stripped" "$(readelf -SW "$library" | grep -Eo ' \.(symtab|debug_info) ' || true)" ""
+"$tests/check_exports.sh" "$library"
+"$tests/check_hardening.sh" "$library"
+
+# Hosts: the tree stands where it was not built for, as a system root.
+export PKG_CONFIG_SYSROOT_DIR=$scratch/tree PKG_CONFIG_LIBDIR=$scratch/tree/$libdir/pkgconfig
+expect "version for pkg-config" "$(pkg-config --modversion velquor)" "$version"
+grep -qF "set(PACKAGE_VERSION \"$version\")" "$scratch/tree/$libdir/cmake/velquor/velquor-config-version.cmake" ||
+    fail "another version for CMake"
+"$tests/package/build_hosts.sh" "$cmake" "$scratch/tree/usr" "$scratch/host"
+"$tests/bindings/check_fortran.sh" "$scratch/tree/$libdir/libvelquor.so" "$(pkg-config --variable=fortrandir velquor)/.."
+LD_LIBRARY_PATH=$scratch/tree/$libdir "$python" -B "$(pkg-config --variable=pythondir velquor)/example.py"
