@@ -52,7 +52,8 @@ for bar in result.bars:
     show("shape", bar["SHAPE"])
     show("rs", bar["RS"])
     show("stress", bar["STRESS"])
-show("node", result.warping.T)
+for k in range(3):
+    show("node", result.warping[:, k])
 shear = np.stack([result.TAUY, result.TAUZ], axis=-1).reshape(nelems, 4, 8)
 show("element", np.concatenate([shear, result.SIGMA], axis=-1))
 assert velquor.BAR.itemsize == 184
