@@ -1,5 +1,5 @@
-! Velquor from Fortran: the declarations of velquor.h, which tells everything about each of them. Tables have Fortran's own
-! order; nodes, elements, groups and columns count from 1, the slots of the result from 0.
+! Velquor from Fortran: the declarations of velquor.h, which tells everything about each of them. Tables have Fortran's
+! own order; nodes, elements, groups and columns count from 1, the slots of the result from 0.
 module velquor
   use, intrinsic :: iso_c_binding, only: c_int, c_int32_t, c_double
   implicit none
@@ -41,9 +41,10 @@ module velquor
   end type
 
   interface
-    ! Calculates one section. STATUS holds the number of groups and RESULT(VQ_MODE_SLOT) the mode before every call. Where
-    ! there are no bars, POINTS is an array of size 0. ELEMOUT holds, for corner p of element e and load case q = 1 to 4,
-    ! the shear stresses TAUY in (2q - 1, p, e) and TAUZ in (2q, p, e), and the axial stress SIGMA in (8 + q, p, e).
+    ! Calculates one section. STATUS holds the number of groups and RESULT(VQ_MODE_SLOT) the mode before every call.
+    ! Where there are no bars, POINTS is an array of size 0. ELEMOUT holds, for corner p of element e and load case
+    ! q = 1 to 4, the shear stresses TAUY in (2q - 1, p, e) and TAUZ in (2q, p, e), and the axial stress SIGMA in
+    ! (8 + q, p, e).
     subroutine vq_velquor(STATUS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, NPOINTS, POINTS, RESULT, NODEOUT, ELEMOUT) &
         bind(c)
       import :: c_int32_t, c_double, VYZTUZE_INFO, VQ_NCOLUMNS, VQ_NSLOTS

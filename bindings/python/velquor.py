@@ -4,8 +4,8 @@
     section = velquor.calculate(nodes, elements, props)
     print(section.EA, section.GJ, section.TAUY[e, p, 0])
 
-Names are those of the C header, velquor.h, which tells everything about each value. Nodes, elements and groups count from
-1 as in C; rows, corners and load cases of numpy arrays from 0.
+Names are those of the C header, velquor.h, which tells everything about each value. Nodes, elements and groups count
+from 1 as in C; rows, corners and load cases of numpy arrays from 0.
 
 The library is found by the argument `library`, else by the environment variable VELQUOR_LIBRARY, else by the system's
 loader. It runs without the interpreter's lock, so that calls in several threads run side by side; the tables of a call
@@ -27,8 +27,8 @@ COLUMNS = ("EMOD", "GMOD", "CARRIED", "COUPLING", "GROUP", "MATFLAG", "FNEG", "F
 
 # A reinforcement bar as it lies in memory. The library fills NELNODES, ELNODES, SHAPE, RS and STRESS.
 BAR = np.dtype({
-    "names": ["NODE", "ELEMENT", "NELNODES", "ELNODES", "AREA", "EMODUL", "GMODUL", "RADIUS", "BARWEIGHT", "SHAPE", "RS",
-              "STRESS"],
+    "names": ["NODE", "ELEMENT", "NELNODES", "ELNODES", "AREA", "EMODUL", "GMODUL", "RADIUS", "BARWEIGHT", "SHAPE",
+              "RS", "STRESS"],
     "formats": ["i4", "i4", "i4", ("i4", 4), "f8", "f8", "f8", "f8", "f8", ("f8", 4), ("f8", 2), ("f8", 4)],
     "offsets": [0, 12, 16, 20, 40, 48, 56, 64, 96, 104, 136, 152],
     "itemsize": 184})
@@ -45,8 +45,8 @@ class Error(Exception):
 
 class Refused(Error):
     status = 1
-    meaning = ("the tables or the mesh were refused: a group out of range, no element with MATFLAG 1.0, a value that is "
-               "not finite, a clockwise or degenerate element, or a bar without a node of its own")
+    meaning = ("the tables or the mesh were refused: a group out of range, no element with MATFLAG 1.0, a value that "
+               "is not finite, a clockwise or degenerate element, or a bar without a node of its own")
 
 
 class NotSolved(Error):
@@ -133,7 +133,7 @@ SLOTS = tuple(slot.name for slot in fields(Section) if slot.type is float)
 
 def property_table(nelems, *, EMOD, GMOD, CARRIED=0.0, COUPLING=1.0, GROUP=1.0, MATFLAG=1.0, FNEG=0.0, FPOS=0.0,
                    UNITWEIGHT=0.0, TENTH=0.0):
-    """The property table of `nelems` elements; each column is one value for all elements or an array of one for each."""
+    """The property table of `nelems` elements; each column is one value for all of them or an array of one for each."""
     given = locals()
     table = np.empty((nelems, len(COLUMNS)), order="F")
     for column, name in enumerate(COLUMNS):
@@ -198,7 +198,7 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=PLASTIC, l
 
 
 def load(library=None):
-    """The library's routine, from the file `library`, from VELQUOR_LIBRARY, or wherever the system's loader finds it."""
+    """The library's routine: from the file `library`, from VELQUOR_LIBRARY, or where the system's loader finds it."""
     return _routine(os.fspath(library or os.environ.get("VELQUOR_LIBRARY") or "libvelquor.so.1"))
 
 
@@ -207,8 +207,8 @@ def _routine(name):
     try:
         routine = ctypes.CDLL(name).vq_velquor  # CDLL gives up the interpreter's lock for the time of a call
     except (OSError, AttributeError) as error:
-        raise OSError(f"velquor: no library {name} ({error}); install libvelquor1, or set VELQUOR_LIBRARY to the file, or "
-                      "give it as `library`") from error
+        raise OSError(f"velquor: no library {name} ({error}); install libvelquor1, or set VELQUOR_LIBRARY to the file, "
+                      "or give it as `library`") from error
 
     def table(dtype):
         return np.ctypeslib.ndpointer(dtype, flags="F_CONTIGUOUS,ALIGNED")

@@ -21,8 +21,8 @@ gfortran -std=f2018 -cpp -ffree-line-length-none -J "$scratch" -I "$here" "$here
     -o "$scratch/host_f" "${link[@]}"
 "$scratch/host_c" "$here/section.txt" >"$scratch/c"
 "$scratch/host_f" "$here/section.txt" >"$scratch/fortran"
-VELQUOR_LIBRARY=$library "$python" -B "$here/host.py" "$bindings/python" "$header" "$here/names.inc" "$here/section.txt" \
-    >"$scratch/python"
+VELQUOR_LIBRARY=$library "$python" -B "$here/host.py" "$bindings/python" "$header" "$here/names.inc" \
+    "$here/section.txt" >"$scratch/python"
 cmp "$scratch/c" "$scratch/fortran"
 cmp "$scratch/c" "$scratch/python"
 echo "$(wc -l <"$scratch/c") lines alike from C, Fortran and Python"

@@ -6,8 +6,8 @@ library=$1 source=$2/fortran
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-gfortran -std=f2018 -Wall -Wextra -Werror -J "$scratch" "$source/velquor.f90" "$source/example.f90" -o "$scratch/example" \
-    "$library" -Wl,-rpath,"$(dirname "$library")"
+gfortran -std=f2018 -Wall -Wextra -Werror -J "$scratch" "$source/velquor.f90" "$source/example.f90" \
+    -o "$scratch/example" "$library" -Wl,-rpath,"$(dirname "$library")"
 "$scratch/example" | tee "$scratch/printed"
 awk '
     function expect(name, exact, tolerance) {

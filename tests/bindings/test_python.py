@@ -20,8 +20,8 @@ import velquor  # noqa: E402
 # Two quadrilaterals and two triangles of two materials; nodes 9 and 10 are those of bars.
 NODES = np.array([[0, 0], [2.1, 0], [4, 0.2], [0.1, 1], [2, 1.1], [4.2, 1], [0, 3], [2, 3.3], [1, 0.5], [1.5, 1.6]])
 ELEMENTS = np.array([[1, 2, 5, 4], [2, 3, 8, 5], [4, 5, 7, 7], [5, 8, 7, 7]])
-PROPS = velquor.property_table(4, EMOD=[200, 200, 100, 90], GMOD=[80, 80, 45, 40], GROUP=[1, 1, 2, -2], FNEG=1.2, FPOS=1.5,
-                               UNITWEIGHT=[3, 3, 5, 5])
+PROPS = velquor.property_table(4, EMOD=[200, 200, 100, 90], GMOD=[80, 80, 45, 40], GROUP=[1, 1, 2, -2], FNEG=1.2,
+                               FPOS=1.5, UNITWEIGHT=[3, 3, 5, 5])
 BARS = velquor.bar_table([9, 10], [1, 4], AREA=[0.11, 0.07], EMODUL=2000, GMODUL=[700, 600], RADIUS=0.8)
 
 
@@ -175,7 +175,8 @@ class Example(unittest.TestCase):
         area = 2 * b * t + (h - 2 * t) * t
         for name, expected in [
             ("A", area), ("YC", (2 * b * t * b / 2 + (h - 2 * t) * t * t / 2) / area), ("Iy", iy),
-            ("Wpl,y", (b * h**2 - (b - t) * (h - 2 * t)**2) / 4), ("mass", area * 7.85e-3), ("sigma", 10e6 * h / 2 / iy),
+            ("Wpl,y", (b * h**2 - (b - t) * (h - 2 * t)**2) / 4), ("mass", area * 7.85e-3),
+            ("sigma", 10e6 * h / 2 / iy),
         ]:
             self.assertTrue(math.isclose(value[name], expected, rel_tol=1e-4), (name, value[name], expected))
         self.assertIn("at Z 100", run.stdout)

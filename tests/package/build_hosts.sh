@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds a C host against the copy of the library that is installed under a prefix, found by CMake and by pkg-config, and
-# runs it.
+# Builds a C host against the copy of the library that is installed under a prefix, found by CMake and by pkg-config,
+# and runs it.
 #   build_hosts.sh <cmake> <prefix> <folder to build in>
 set -euo pipefail
 cmake=$1 prefix=$2 build=$3
@@ -12,5 +12,6 @@ host=$(cd "$(dirname "$0")" && pwd)
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name velquor.pc)")
 export PKG_CONFIG_LIBDIR
-cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$host/host.c" -o "$build/by_pkg_config" $(pkg-config --cflags --libs velquor)
+cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$host/host.c" -o "$build/by_pkg_config" \
+    $(pkg-config --cflags --libs velquor)
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir velquor) "$build/by_pkg_config"

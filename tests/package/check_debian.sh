@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the Debian packages, compares what they say and hold, unpacks them into an empty tree, and builds and runs hosts in
-# C, Fortran and Python against that tree.
+# Builds the Debian packages, compares what they say and hold, unpacks them into an empty tree, and builds and runs
+# hosts in C, Fortran and Python against that tree.
 #   check_debian.sh <cmake> <source folder> <build folder of the packages> <version> <python with numpy>
 set -euo pipefail
 cmake=$1 source=$2 build=$3 version=$4 python=$5
@@ -53,5 +53,6 @@ expect "version for pkg-config" "$(pkg-config --modversion velquor)" "$version"
 grep -qF "set(PACKAGE_VERSION \"$version\")" "$scratch/tree/$libdir/cmake/velquor/velquor-config-version.cmake" ||
     fail "another version for CMake"
 "$tests/package/build_hosts.sh" "$cmake" "$scratch/tree/usr" "$scratch/host"
-"$tests/bindings/check_fortran.sh" "$scratch/tree/$libdir/libvelquor.so" "$(pkg-config --variable=fortrandir velquor)/.."
+"$tests/bindings/check_fortran.sh" "$scratch/tree/$libdir/libvelquor.so" \
+    "$(pkg-config --variable=fortrandir velquor)/.."
 LD_LIBRARY_PATH=$scratch/tree/$libdir "$python" -B "$(pkg-config --variable=pythondir velquor)/example.py"
