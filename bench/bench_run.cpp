@@ -156,7 +156,7 @@ void timed_solver(VQ_SOLVER_ARGUMENTS) {
 int main(int argc, char** argv) {
     const int largest = argc > 1 ? std::atoi(argv[1]) : 300000;
     std::printf("whole call over its two solver calls\n%10s %-14s %4s %10s %10s %6s %6s %6s\n", "nodes", "mesh", "mode",
-                "call ms", "solver ms", "ratio", "goal", "must");
+                "call ms", "solver ms", "ratio", "target", "limit");
     for (int nodes : {3000, 30000, 300000}) {
         if (nodes > largest) break;
         for (bool triangles : {false, true}) {

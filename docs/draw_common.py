@@ -1,0 +1,149 @@
+"""What the drawings share: the library's header and results, meshes, and shapes on the paper."""
+import ctypes
+import io
+import re
+import sys
+from ctypes import byref, c_int32
+from pathlib import Path
+
+import matplotlib
+
+matplotlib.use("svg")
+import matplotlib.pyplot as plt
+import numpy as np
+from matplotlib.patches import Arc, FancyArrowPatch, PathPatch, Polygon, Rectangle
+from matplotlib.path import Path as Outline
+
+LIBRARY, FOLDER = ctypes.CDLL(str(Path(sys.argv[1]).resolve())), Path(sys.argv[2])  # as draw.py is called
+HEADER = (Path(__file__).parent.parent / "api" / "velquor.h").read_text()
+VALUE = {name: int(value) for name, value in re.findall(r"^    VQ_(\w+) = (\d+)", HEADER, re.MULTILINE)}
+SLOTS = [name for name, _ in re.findall(r"VQ_(\w+) = (\d+)", HEADER.split("VQ_NSLOTS")[0].split("Slots of")[1])]
+
+INK, GREY, PALE = "#22303c", "#8a97a3", "#e9edf0"
+BLUE, RED, GREEN, SAND = "#2c6fb3", "#c2442d", "#3b8056", "#b9852b"
+TINT = {BLUE: "#dbe7f3", RED: "#f6dfda", GREEN: "#dcebe1", SAND: "#f3e8d3", GREY: PALE}
+plt.rcParams.update({
+    "svg.hashsalt": "velquor", "svg.fonttype": "path", "font.family": "DejaVu Sans", "font.size": 9,
+    "text.color": INK, "axes.edgecolor": INK, "axes.labelcolor": INK, "xtick.color": INK, "ytick.color": INK,
+    "savefig.facecolor": "white", "savefig.bbox": "tight", "savefig.pad_inches": 0.08, "path.simplify": True})
+
+
+class Results:
+    """One call: slot(name), nodeout (n, 3), tau (e, corner, case, Y or Z), sigma (e, corner, case)."""
+
+    def __init__(self, nodes, elements, properties, ngroups):
+        nodes, elements = np.asfortranarray(nodes, float), np.asfortranarray(elements, np.int32)
+        properties = np.asfortranarray(properties, float)
+        status, self.slots = c_int32(ngroups), np.zeros(VALUE["NSLOTS"])
+        self.slots[VALUE["MODE_SLOT"]] = VALUE["PLASTIC"]
+        self.nodeout, elemout = np.zeros((len(nodes), 3), order="F"), np.zeros((len(elements), 4, 12))
+        at = lambda table: table.ctypes.data_as(ctypes.c_void_p)
+        LIBRARY.vq_velquor(byref(status), at(nodes), c_int32(len(nodes)), at(elements), c_int32(len(elements)),
+                           at(properties), c_int32(0), None, at(self.slots), at(self.nodeout), at(elemout))
+        assert status.value == VALUE["DONE"], status.value
+        self.tau, self.sigma = elemout[:, :, :8].reshape(-1, 4, 4, 2), elemout[:, :, 8:]
+
+    def slot(self, name):
+        return self.slots[VALUE[name]]
+
+
+def properties(count, **given):
+    """(count, 10) of one material; a name in small letters sets its column, for all elements or for each."""
+    material = dict(emod=210e3, gmod=81e3, coupling=1, group=1, matflag=1, fneg=235, fpos=235, unitweight=0) | given
+    table = np.zeros((count, VALUE["NCOLUMNS"]))
+    for name, value in material.items():
+        table[:, VALUE[name.upper()] - 1] = value
+    return table
+
+
+def grid(step, columns, rows, is_inside=lambda i, j: True, y0=0.0, z0=0.0):
+    """Square cells row by row, as examples/first_call.c makes them: nodes (n, 2) and elements (e, 4) from 1."""
+    number, nodes, elements = {}, [], []
+    cells = [(i, j) for j in range(rows) for i in range(columns) if is_inside(i, j)]
+    for i, j in cells:
+        for corner in range(4):
+            key = (j + corner // 2, i + corner % 2)
+            if key not in number:
+                number[key] = len(number) + 1
+                nodes.append((y0 + step * key[1], z0 + step * key[0]))
+    for i, j in cells:
+        elements.append([number[j, i], number[j, i + 1], number[j + 1, i + 1], number[j + 1, i]])
+    return np.array(nodes), np.array(elements)
+
+
+def angle(step):
+    """The unequal angle 100 x 60 x 10 of the first call."""
+    wall = round(10 / step)
+    return grid(step, round(60 / step), round(100 / step), lambda i, j: i < wall or j < wall)
+
+
+def save(name):
+    """Coordinates are kept to a hundredth of a point; scales of letters are not coordinates."""
+    text = io.StringIO()
+    plt.savefig(text, format="svg", metadata={"Date": None})
+    plt.close()
+    short = lambda match: f"{float(match[0]):.2f}".rstrip("0").rstrip(".")
+    shorter = lambda match: match[0] if "scale" in match[0] else re.sub(r"-?\d+\.\d{3,}", short, match[0])
+    svg = re.sub(r'\b(d|x|y|transform|width|height)="[^"]*"', shorter, text.getvalue())
+    (FOLDER / f"{name}.svg").write_text("\n".join(line.rstrip() for line in svg.splitlines()) + "\n")
+
+
+def section_axes(ax, nodes, title=None, margin=0.12):
+    size = np.ptp(nodes, axis=0).max() * margin
+    ax.set_aspect("equal")
+    ax.set_xlim(nodes[:, 0].min() - size, nodes[:, 0].max() + size)
+    ax.set_ylim(nodes[:, 1].min() - size, nodes[:, 1].max() + size)
+    ax.axis("off")
+    if title:
+        ax.set_title(title, fontsize=9)
+
+
+def fill(ax, polygons, face, edge="none", width=0.0):
+    """Polygons as one path, which keeps the file small."""
+    paths = [Outline(np.vstack([corners, corners[:1]]), closed=True) for corners in polygons]
+    ax.add_patch(PathPatch(Outline.make_compound_path(*paths), facecolor=face, edgecolor=edge, linewidth=width))
+
+
+def draw_mesh(ax, nodes, elements, width=0.5, face=PALE, edge=GREY):
+    fill(ax, [nodes[element - 1] for element in elements], face, edge, width)
+
+
+def outline(ax, corners, face=PALE):
+    ax.add_patch(Polygon(corners, facecolor=face, edgecolor=INK, linewidth=1.1))
+
+
+ANGLE_OUTLINE = [(0, 0), (60, 0), (60, 10), (10, 10), (10, 100), (0, 100)]
+
+
+def arrow(ax, start, end, color=INK, width=1.2, style="-|>", scale=10, **kind):
+    ax.add_patch(FancyArrowPatch(start, end, arrowstyle=style, mutation_scale=scale, linewidth=width, color=color,
+                                 shrinkA=0, shrinkB=0, **kind))
+
+
+def turn(ax, centre, radius, color, start=-60, end=200, width=1.4):
+    """An arc with its head at the end: counter-clockwise when end is above start."""
+    a, b = np.radians([start, end])
+    ax.add_patch(Arc(centre, 2 * radius, 2 * radius, theta1=min(start, end), theta2=max(start, end), color=color,
+                     linewidth=width))
+    tip, back = np.radians(end), np.radians(end - np.sign(end - start) * 14)
+    point = lambda t: (centre[0] + radius * np.cos(t), centre[1] + radius * np.sin(t))
+    arrow(ax, point(back), point(tip), color, width)
+
+
+def strip(ax, x, y, labels, width, height=0.8, color=GREY, size=8):
+    """Cells of memory side by side; returns where the strip ends."""
+    for k, label in enumerate(labels):
+        gap = label == "..."
+        if not gap:
+            ax.add_patch(Rectangle((x + k * width, y), width, height, facecolor=TINT[color], edgecolor=color,
+                                   linewidth=0.8))
+        ax.text(x + (k + 0.5) * width, y + height / 2, label, ha="center", va="center", fontsize=size)
+    return x + len(labels) * width
+
+
+def blank(width, height, xlim, ylim):
+    figure, ax = plt.subplots(figsize=(width, height))
+    ax.set_xlim(*xlim)
+    ax.set_ylim(*ylim)
+    ax.axis("off")
+    return ax

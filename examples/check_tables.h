@@ -1,0 +1,32 @@
+/* What a host can find out about its tables before the call, in C99 to copy into a host: what the library would refuse
+ * and where, and whether the mesh is one piece. */
+#ifndef CHECK_TABLES_H
+#define CHECK_TABLES_H
+
+#include "velquor.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct refusal {
+    const char* why;   /* null: the library takes the tables */
+    const char* table; /* "NODES", "ELEMENTS", "PROPS", "POINTS"; "call": an argument */
+    int32_t row;       /* counted from 1; 0: the table as a whole */
+} refusal;
+
+/* The first fault of the tables by the rules of vq_velquor, whose arguments these are; NGROUPS is what STATUS brings.
+ * `taken` is a work table of NNODES bytes, set here. */
+refusal find_refusal(int32_t NGROUPS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS,
+                     const double* PROPS, int32_t NPOINTS, const VYZTUZE_INFO* POINTS, unsigned char* taken);
+
+/* Pieces of an accepted mesh that no element connects; one that carries no shear (GMOD 0) connects nothing. Returns
+ * their number, and in piece[n - 1] the piece of node n: the number of its first node, or 0 for a node of no element
+ * that counts. */
+int32_t find_pieces(int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS, const double* PROPS, int32_t* piece);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
