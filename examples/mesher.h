@@ -6,7 +6,8 @@
  *     end_mesh(&m);
  *
  * Shapes that touch share their nodes where these coincide, so touching sides want the same number of cells: sides of
- * equal length have it. Along an arc the nodes stand a little outside, so that the chords enclose the arc's area.
+ * equal length have it. Along an arc of two chords or more the nodes stand a little outside, so that the
+ * chords enclose the arc's area.
  * Angles are in degrees, from the Y towards the Z axis; lengths are in the unit of `size`. */
 #ifndef MESHER_H
 #define MESHER_H

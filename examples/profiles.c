@@ -151,8 +151,9 @@ void add_hollow_profile(mesh* m, double h, double b, double t, double ro, double
     const int32_t first_node = m->nnodes, first_element = m->nelems;
     const int n = layers(m, t), outer_long = ro > t + ri;
     const double end = outer_long ? ro : t + ri, gap = fabs(ro - t - ri);
-    const int cut = gap > 1e-6 * t ? cells_along(m, gap) : 0;
-    const int arc = cells_along(m, QUARTER * (outer_long ? (ro + t + ri) / 2 : ro)), count = arc + 2 * cut;
+    const int count = cells_along(m, QUARTER * (ro + ri) / 2 + gap), s = m->refine;
+    const double share = gap / (QUARTER * (outer_long ? ri : ro) + 2 * gap);
+    const int cut = gap > 1e-6 * t ? s * at_least(1, count / s * share) : 0, arc = count - 2 * cut;
     const int parts[3] = {cut, arc, cut};
     for (int k = 0; k < 4; ++k) {
         const double side = k % 2 ? 1 : -1, up = k < 2 ? 1 : -1;
