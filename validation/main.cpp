@@ -2,9 +2,10 @@
 //
 //     validate FILE...              a table for each file; fails where a value is out of its tolerance
 //     validate --json FILE...       the same, and the runs of "refine", as JSON
-//     validate --tables FILE        mesh and results of a section as JSON
+//     validate --tables FILE [n]    mesh and results of a section as JSON, with all counts of cells times n
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <string>
 
@@ -63,8 +64,8 @@ json as_json(const SectionFile& file) {
     return out;
 }
 
-json tables(const SectionFile& file) {
-    const SectionRun run = run_section(file, 1);
+json tables(const SectionFile& file, int refine) {
+    const SectionRun run = run_section(file, refine);
     json out = {{"title", file.title}, {"units", file.units}};
     const auto rows = [](const auto& table, size_t count, size_t columns) {
         json list = json::array();
@@ -92,7 +93,7 @@ json tables(const SectionFile& file) {
 }
 
 int usage() {
-    std::fputs("usage: validate [--json] FILE...   or   validate --tables FILE\n", stderr);
+    std::fputs("usage: validate [--json] FILE...   or   validate --tables FILE [n]\n", stderr);
     return 2;
 }
 
@@ -101,15 +102,17 @@ int usage() {
 int main(int argc, char** argv) {
     int first = 1;
     const std::string option = argc > 1 && argv[1][0] == '-' ? argv[first++] : "";
-    if (first == argc || (option == "--tables" && argc != 3)) return usage();
-    if (!option.empty() && option != "--json" && option != "--tables") return usage();
+    if (first == argc || (!option.empty() && option != "--json" && option != "--tables")) return usage();
+    int refine = 1;
+    if (option == "--tables" && argc == 4) refine = std::atoi(argv[--argc]);
+    if ((option == "--tables" && argc != 3) || refine < 1 || refine > 64) return usage();
     bool good = true;
     try {
         json all = json::array();
         for (int i = first; i < argc; ++i) {
             const SectionFile file = read_section_file(argv[i]);
             if (option == "--tables")
-                std::printf("%s\n", tables(file).dump().c_str());
+                std::printf("%s\n", tables(file, refine).dump().c_str());
             else if (option == "--json")
                 all.push_back(as_json(file));
             else
