@@ -60,8 +60,8 @@ static void fillet_corner(mesh* m, const frame* f, double W, double T, double r,
         box(m, f, 0, 0, W, T, w, t);
         return;
     }
-    const int s = m->refine;       /* counts are multiples of it */
-    const double edge = W * s / w; /* of an unrefined element */
+    const int s = m->refine;                        /* counts are multiples of it */
+    const double edge = fmin(W * s / w, T * s / t); /* of an unrefined element */
     const int k = at_least(1, 0.29 * (r / edge + 1)), chords = at_least(2 * k + 2, 1.13 * QUARTER * r / edge);
     const int e2 = (chords - 2 * k + 1) / 2, e1 = chords - 2 * k - e2; /* of the fillet, towards T and towards W */
     const int parts[4] = {e1, k, k, e2};

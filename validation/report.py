@@ -98,12 +98,12 @@ def overview(sections):
 
 
 def section_part(s):
-    sources, notes, rows = [], [], []
+    sources, notes, rows = [], {}, []
     for e in s["expected"]:
         if e["source"] not in sources:
             sources.append(e["source"])
-        if e["note"] and (e["note"], None) not in notes:
-            notes.append((e["note"], e["name"]))
+        if e["note"]:
+            notes.setdefault(e["note"], []).append(e["name"])
         ours = e["theirs"] if difference(e, e["ours"]) == "0" and not e["relative"] else e["ours"]
         rows.append([escaped(e["name"]), e["unit_name"], number(ours), number(e["theirs"], 8),
                      difference(e, e["ours"]), tolerance(e) + ("" if e["ok"] else " **out**"),
@@ -112,10 +112,7 @@ def section_part(s):
              f"`{s['name']}.json`, {s['units']}; {size_text(s)}.", "",
              *table(["", "unit", "ours", "theirs", "difference", "tolerance", "source"], rows), ""]
     lines += [f"{i}. {escaped(source)}" for i, source in enumerate(sources, 1)]
-    merged = {}
-    for note, name in notes:
-        merged.setdefault(note, []).append(name)
-    lines += [""] + [f"- {escaped(', '.join(names))}: {escaped(note)}" for note, names in merged.items()] if merged else []
+    lines += [""] + [f"- {escaped(', '.join(names))}: {escaped(note)}" for note, names in notes.items()]
     if any(plotted(s)):
         lines += ["", f"![differences against the element size](drawings/validation_{s['name']}.svg)"]
     return lines + [""]
@@ -226,7 +223,8 @@ def main():
     target = DOCS / "validation.md"
     if check:
         old = target.read_text()
-        sys.stdout.writelines(difflib.unified_diff(old.splitlines(True), text.splitlines(True), "committed", "this run"))
+        for line in difflib.unified_diff(old.splitlines(), text.splitlines(), "committed", "this run", lineterm=""):
+            print(line)
         if old != text:
             sys.exit("docs/validation.md is not what this run gives: ./run docs writes it anew")
         return

@@ -3,10 +3,10 @@
 
     stress_function.py RUNNER FILE [n...]      refinements 1, 2 and 4 if none are given
 
-On the meshes of the runner, but with the other formulation: - div grad f = 2, f = 0 on the outer side and constant along
-each hole, J = 2 int f (holes included). A stress field in equilibrium, so J comes from below, where the library's warping
-field, an admissible displacement, comes from above; the last line extrapolates the two finest with the square of the
-element size. For sections of one material. Needs numpy and scipy; no test runs it, its results stand in the files.
+On the meshes of the runner, but with the other formulation: - div grad f = 2, f = 0 on the outer side and constant
+along each hole, J = 2 int f (holes included). A stress field in equilibrium, so J comes from below, where the library's
+warping field comes from above; the last line extrapolates the two finest with the square of the element size. For
+sections of one material. Needs numpy and scipy; no test runs it, its results stand in the files.
 """
 import json
 import subprocess
