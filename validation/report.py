@@ -86,11 +86,16 @@ def plotted(section):
             yield i, e["name"]
 
 
+def anchor(heading):
+    """By which links reach a heading, on sites that render Markdown."""
+    return re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
+
+
 def overview(sections):
     rows = []
     for s in sections.values():
         out = sum(not e["ok"] for e in s["expected"])
-        rows.append([f"[{escaped(s['title'])}](#{s['name']})", str(s["elements"]), str(s.get("layers", "")),
+        rows.append([f"[{escaped(s['title'])}](#{anchor(s['title'])})", str(s["elements"]), str(s.get("layers", "")),
                      str(len(s["expected"])), f"{out} out" if out else "all within"])
     values = sum(len(s["expected"]) for s in sections.values())
     return [f"{len(sections)} sections, {values} values.", "",
@@ -108,7 +113,7 @@ def section_part(s):
         rows.append([escaped(e["name"]), e["unit_name"], number(ours), number(e["theirs"], 8),
                      difference(e, e["ours"]), tolerance(e) + ("" if e["ok"] else " **out**"),
                      str(sources.index(e["source"]) + 1)])
-    lines = [f'<a id="{s["name"]}"></a>', f"### {escaped(s['title'])}", "", escaped(s["about"]), "",
+    lines = [f"### {escaped(s['title'])}", "", escaped(s["about"]), "",
              f"`{s['name']}.json`, {s['units']}; {size_text(s)}.", "",
              *table(["", "unit", "ours", "theirs", "difference", "tolerance", "source"], rows), ""]
     lines += [f"{i}. {escaped(source)}" for i, source in enumerate(sources, 1)]
