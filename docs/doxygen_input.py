@@ -1,5 +1,6 @@
 """What doxygen reads in place of a file. Plain comments of a header become documentation, their tables stay as they are
-laid out. Headings of a page get the names by which links reach them elsewhere, with the page's name in front.
+laid out. Headings of a page get the names by which links reach them elsewhere, with the page's name in front;
+formulas get doxygen's marks.
 
     doxygen_input.py <header or page>
 """
@@ -29,6 +30,8 @@ def page(text, path):
     for k in range(0, len(parts), 2):
         parts[k] = re.sub(r"^##+ (.*)$", named, parts[k], flags=re.MULTILINE)
         parts[k] = re.sub(r"\]\(([\w./]*)#([\w-]+)\)", link, parts[k])
+        parts[k] = re.sub(r"\$\$(.+?)\$\$", r"@f[\1@f]", parts[k], flags=re.DOTALL)
+        parts[k] = re.sub(r"\$([^$\n]+)\$", r"@f$\1@f$", parts[k])
     return "".join(parts)
 
 

@@ -8,7 +8,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#include "mesh_ipe300.h"
+#include "mesher.h"
 #include "velquor.h"
 
 /* The steel of every element. Property columns count from 1 and lie one after the other; those that are not set here
@@ -133,20 +133,18 @@ static void print_rows(const char* title, const row* rows, size_t count, const d
 
 /* The element table: 48 reals for each element, 12 for each of its corners, of which the first two are the shear
  * stresses along Y and Z under a unit torque. The largest of them all is 1/WT. */
-static void print_largest_torsion(const ipe300_mesh* mesh, const double* result, const double* elemout) {
-    double largest = -1.0, y = 0.0, z = 0.0;
-    for (int32_t e = 0; e < mesh->nelems; ++e) {
+static void print_largest_torsion(const mesh* m, const double* result, const double* elemout) {
+    double largest = -1.0;
+    point where = {0, 0};
+    for (int32_t e = 0; e < m->nelems; ++e) {
         for (int p = 0; p < 4; ++p) {
             const double* corner = elemout + 48 * (size_t)e + 12 * (size_t)p;
             const double tau = hypot(corner[0], corner[1]);
-            if (tau > largest) {
-                const size_t n = (size_t)mesh->elements[(size_t)p * (size_t)mesh->nelems + (size_t)e] - 1;
-                largest = tau, y = mesh->nodes[n], z = mesh->nodes[(size_t)mesh->nnodes + n];
-            }
+            if (tau > largest) largest = tau, where = m->nodes[m->elements[e][p]];
         }
     }
     printf("\nLargest shear stress under a torque of 1 kNm: %.2f N/mm2, at Y %.2f mm, Z %.2f mm\n", 1e6 / result[VQ_WT],
-           y, z);
+           where.y, where.z);
 }
 
 static const char* in_words(int32_t status) {
@@ -158,11 +156,12 @@ static const char* in_words(int32_t status) {
     }
 }
 
-/* Fills the tables that the library reads beside the mesh, makes the call and prints the results. */
-static int calculate(const ipe300_mesh* mesh, double* props, double* nodeout, double* elemout) {
+/* Fills the host's tables, makes the call and prints the results. */
+static int calculate(const mesh* m, double* nodes, int32_t* elements, double* props, double* nodeout, double* elemout) {
+    fill_tables(m, nodes, elements);
     for (size_t i = 0; i < sizeof STEEL / sizeof *STEEL; ++i) {
-        double* column = props + (size_t)(STEEL[i].column - 1) * (size_t)mesh->nelems;
-        for (int32_t e = 0; e < mesh->nelems; ++e) column[e] = STEEL[i].value;
+        double* column = props + (size_t)(STEEL[i].column - 1) * (size_t)m->nelems;
+        for (int32_t e = 0; e < m->nelems; ++e) column[e] = STEEL[i].value;
     }
 
     /* Two values go in where results come out: the number of groups and the mode. Both are set before every call. There
@@ -170,19 +169,18 @@ static int calculate(const ipe300_mesh* mesh, double* props, double* nodeout, do
     int32_t status = 1;
     double result[VQ_NSLOTS] = {0};
     result[VQ_MODE_SLOT] = VQ_PLASTIC;
-    vq_velquor(&status, mesh->nodes, mesh->nnodes, mesh->elements, mesh->nelems, props, 0, NULL, result, nodeout,
-               elemout);
+    vq_velquor(&status, nodes, m->nnodes, elements, m->nelems, props, 0, NULL, result, nodeout, elemout);
     if (status != VQ_DONE) {
         fprintf(stderr, "ipe300: %s (status %d)\n", in_words(status), (int)status);
         return EXIT_FAILURE;
     }
 
-    printf("IPE 300, %d nodes, %d elements\n", (int)mesh->nnodes, (int)mesh->nelems);
+    printf("IPE 300, %d nodes, %d elements\n", (int)m->nnodes, (int)m->nelems);
     print_rows("Elastic", ELASTIC, sizeof ELASTIC / sizeof *ELASTIC, result);
     print_rows("Plastic", PLASTIC, sizeof PLASTIC / sizeof *PLASTIC, result);
     if (result[VQ_GJ] > 0.0) {
         print_rows("Torsion, warping and shear", WARPING, sizeof WARPING / sizeof *WARPING, result);
-        print_largest_torsion(mesh, result, elemout);
+        print_largest_torsion(m, result, elemout);
     }
     return EXIT_SUCCESS;
 }
@@ -195,22 +193,29 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
 
-    ipe300_mesh mesh;
-    if (mesh_ipe300((int)layers / 4, &mesh) != 0) {
-        fprintf(stderr, "ipe300: memory could not be had\n");
-        return EXIT_FAILURE;
+    /* h 300, b 150, tw 7.1, tf 10.7, root radius 15 mm; elements a quarter of the web thick, or that divided further */
+    mesh m = begin_mesh(7.1 / 4, (int)layers / 4);
+    add_i_profile(&m, 300, 150, 7.1, 10.7, 15, 150, 10.7);
+    double *nodes = NULL, *props = NULL, *nodeout = NULL, *elemout = NULL;
+    int32_t* elements = NULL;
+    if (end_mesh(&m) == 0) {
+        const size_t nnodes = (size_t)m.nnodes, nelems = (size_t)m.nelems;
+        nodes = malloc(nnodes * 2 * sizeof *nodes);
+        elements = malloc(nelems * 4 * sizeof *elements);
+        props = calloc(nelems * VQ_NCOLUMNS, sizeof *props);
+        nodeout = malloc(nnodes * 3 * sizeof *nodeout);
+        elemout = malloc(nelems * 48 * sizeof *elemout);
     }
-    double* props = calloc((size_t)mesh.nelems * VQ_NCOLUMNS, sizeof *props);
-    double* nodeout = malloc((size_t)mesh.nnodes * 3 * sizeof *nodeout);
-    double* elemout = malloc((size_t)mesh.nelems * 48 * sizeof *elemout);
     int code = EXIT_FAILURE;
-    if (props && nodeout && elemout)
-        code = calculate(&mesh, props, nodeout, elemout);
+    if (nodes && elements && props && nodeout && elemout)
+        code = calculate(&m, nodes, elements, props, nodeout, elemout);
     else
         fprintf(stderr, "ipe300: memory could not be had\n");
+    free(nodes);
+    free(elements);
     free(props);
     free(nodeout);
     free(elemout);
-    release_mesh(&mesh);
+    release_mesh(&m);
     return code;
 }

@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# What the runner says of wrong files, of a value out of its tolerance, and of results that are not there.
+#     check_refusals.sh RUNNER
+set -euo pipefail
+runner=$1
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+good='{"title": "t", "about": "a", "units": "u", "materials": [{"name": "m", "EMOD": 2, "GMOD": 1}], "size": 1,
+ "parts": [{"shape": "rectangle", "from": [0, 0], "to": [4, 2]}, {"shape": "rectangle", "from": [4, 0], "to": [6, 2]}],
+ "bars": [{"at": [1, 1], "AREA": 0.1, "EMODUL": 3, "GMODUL": 1}],
+ "expected": [{"name": "A", "slot": "EA", "over": "EREF", "value": 12.05, "tolerance": 1e-9, "source": "s"}]}'
+
+# expect CODE TEXT OLD NEW: with OLD replaced by NEW the runner ends with CODE and says TEXT
+expect() {
+    local code=0
+    printf '%s\n' "${good/"$3"/"$4"}" >"$folder/section.json"
+    "$runner" "$folder/section.json" >"$folder/out" 2>&1 || code=$?
+    if [ "$code" != "$1" ] || ! grep -qF -- "$2" "$folder/out"; then
+        printf 'with %s: %s instead of %s, "%s"\n' "$4" "$code" "$1" "$2"
+        cat "$folder/out"
+        exit 1
+    fi
+}
+
+expect 0 'ok' '' ''
+expect 1 'OUT' '12.05' '12.06'
+expect 2 'expected 1: unknown slot "AE"' '"EA"' '"AE"'
+expect 2 'unknown key "unit"' '"units": "u"' '"units": "u", "unit": 1'
+expect 2 'unknown key "sise"' '"units": "u"' '"units": "u", "sise": 1'
+expect 2 'part 1 (rectangle): unknown key "form"' '"from": [0, 0]' '"from": [0, 0], "form": 1'
+expect 2 'part 1: unknown shape "rectangel"' 'rectangle' 'rectangel'
+expect 2 '"material" is not from 1 to 1' '"shape": "rectangle"' '"shape": "rectangle", "material": 2'
+expect 2 'material 1: "GMOD" is missing' ', "GMOD": 1' ''
+expect 2 '"tolerance" is missing' '"tolerance": 1e-9, ' ''
+expect 2 'expected 1: "value" is not a number' '12.05' '"12.05"'
+expect 2 'one of "slot", "stress", "bar", "warping"' '"slot": "EA"' '"slot": "EA", "bar": 1'
+expect 2 'parse error' '"size": 1,' '"size": 1'
+expect 2 'touch at 4.0' '[6, 2]' '[6, 1.5]'
+expect 2 'lies in no element' '[1, 1]' '[1, 3]'
+expect 2 'no results (status 1)' '"EMOD": 2' '"EMOD": 2, "MATFLAG": 0.5'

@@ -1,0 +1,243 @@
+#!/usr/bin/env python3
+"""Writes docs/validation.md, and its plots, from a run of the validation.
+
+    report.py RUNNER                writes the page and, with matplotlib, the plots in docs/drawings
+    report.py --check RUNNER        fails where the page is not what a run gives; plots are left alone
+
+The text around the tables is page.md. A line there that starts with @ stands for a part of the page:
+
+    @overview                       a table of all sections
+    @sections NAME...               these sections; every section has its place in one such line
+    @study PLOT | VALUE | NAME: label | NAME: label ...
+                                    differences of a value in studies, by levels of refinement, and their plot
+    @study PLOT | NAME              the same of all values in one study
+    @rows VALUE, VALUE | NAME: label | ...
+                                    values in studies without refinement, a line for each study
+"""
+import difflib
+import json
+import math
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+HERE = Path(__file__).resolve().parent
+DOCS = HERE.parent / "docs"
+
+
+def run(runner, folder):
+    files = sorted((HERE / folder).glob("*.json"))
+    sections = json.loads(subprocess.check_output([runner, "--json", *map(str, files)]))
+    for section in sections:
+        section["name"] = Path(section["path"]).stem
+    return {section["name"]: section for section in sections}
+
+
+def number(x, digits=6):
+    """So many digits, without an exponent where one can read it without."""
+    if x == 0:
+        return "0"
+    power = math.floor(math.log10(abs(x)))
+    if not -5 <= power < 8:
+        return f"{x:.{digits - 1}e}"
+    text = f"{x:.{max(0, digits - 1 - power)}f}"
+    return text.rstrip("0").rstrip(".") if "." in text else text
+
+
+def of_value(e, ours):
+    return (ours - e["theirs"]) / abs(e["theirs"]) if e["relative"] else ours - e["theirs"]
+
+
+def difference(e, ours):
+    """Two digits; rounding, which another machine may do otherwise, counts as nothing."""
+    d = of_value(e, ours)
+    nothing = max(1e-9 if e["relative"] else 0.0, (e["tolerance"] or 0.0) * (1e-3 if e["relative"] else 1e-2))
+    if abs(d) <= nothing:
+        return "0"
+    if e["relative"]:
+        return f"{'+' if d > 0 else '-'}{number(100 * abs(d), 2)} %"
+    return f"{'+' if d > 0 else '-'}{number(abs(d), 2)}"
+
+
+def tolerance(e):
+    return f"{number(100 * e['tolerance'], 2)} %" if e["relative"] else number(e["tolerance"], 2)
+
+
+def table(head, rows):
+    marks = ["---"] + ["---:"] * (len(head) - 1)
+    return ["| " + " | ".join(row) + " |" for row in [head, marks, *rows]]
+
+
+def escaped(text):
+    return re.sub(r"([*_<>|])", r"\\\1", text)
+
+
+def size_text(section):
+    text = f"{section['nodes']} nodes, {section['elements']} elements"
+    return text + (f", {section['layers']} layers through the wall" if "layers" in section else "")
+
+
+def plotted(section):
+    """Names of the values whose difference, over theirs, moves with the mesh."""
+    for i, e in enumerate(section["expected"]):
+        levels = [abs(of_value(e, level["ours"][i])) for level in section.get("levels", [])]
+        if e["relative"] and levels and max(levels) > 1e-6 and max(levels) > 1.1 * min(levels):
+            yield i, e["name"]
+
+
+def anchor(heading):
+    """By which links reach a heading, on sites that render Markdown."""
+    return re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
+
+
+def overview(sections):
+    rows = []
+    for s in sections.values():
+        out = sum(not e["ok"] for e in s["expected"])
+        rows.append([f"[{escaped(s['title'])}](#{anchor(s['title'])})", str(s["elements"]), str(s.get("layers", "")),
+                     str(len(s["expected"])), f"{out} out" if out else "all within"])
+    values = sum(len(s["expected"]) for s in sections.values())
+    return [f"{len(sections)} sections, {values} values.", "",
+            *table(["Section", "elements", "layers", "values", "tolerances"], rows)]
+
+
+def section_part(s):
+    sources, notes, rows = [], {}, []
+    for e in s["expected"]:
+        if e["source"] not in sources:
+            sources.append(e["source"])
+        if e["note"]:
+            notes.setdefault(e["note"], []).append(e["name"])
+        ours = e["theirs"] if difference(e, e["ours"]) == "0" and not e["relative"] else e["ours"]
+        rows.append([escaped(e["name"]), e["unit_name"], number(ours), number(e["theirs"], 8),
+                     difference(e, e["ours"]), tolerance(e) + ("" if e["ok"] else " **out**"),
+                     str(sources.index(e["source"]) + 1)])
+    lines = [f"### {escaped(s['title'])}", "", escaped(s["about"]), "",
+             f"`{s['name']}.json`, {s['units']}; {size_text(s)}.", "",
+             *table(["", "unit", "ours", "theirs", "difference", "tolerance", "source"], rows), ""]
+    lines += [f"{i}. {escaped(source)}" for i, source in enumerate(sources, 1)]
+    lines += [""] + [f"- {escaped(', '.join(names))}: {escaped(note)}" for note, names in notes.items()]
+    if any(plotted(s)):
+        lines += ["", f"![differences against the element size](drawings/validation_{s['name']}.svg)"]
+    return lines + [""]
+
+
+def labelled(parts, studies):
+    for part in parts:
+        name, label = (text.strip() for text in part.split(":", 1))
+        yield studies[name], label
+
+
+def study_curves(parts, studies):
+    """Study, place of the value in it, and label."""
+    if len(parts) == 1:
+        return [(studies[parts[0]], i, e["name"]) for i, e in enumerate(studies[parts[0]]["expected"])]
+    return [(s, [e["name"] for e in s["expected"]].index(parts[0]), label) for s, label in labelled(parts[1:], studies)]
+
+
+def study(plot, curves):
+    rows = [[str(level["refine"]), *(difference(s["expected"][i], s["levels"][k]["ours"][i]) for s, i, _ in curves)]
+            for k, level in enumerate(curves[0][0]["levels"])]
+    return [*table(["refinement", *(label for _, _, label in curves)], rows), "",
+            f"![differences against the element size](drawings/validation_{plot}.svg)"]
+
+
+def study_rows(values, parts, studies):
+    rows = []
+    for s, label in labelled(parts, studies):
+        row = [label]
+        for value in values:
+            e = next(e for e in s["expected"] if e["name"] == value)
+            row += [f"{number(e['ours'])} {e['unit_name']}", difference(e, e["ours"])]
+        rows.append(row)
+    return table(["", *(text for value in values for text in (value, "difference"))], rows)
+
+
+def page(sections, studies):
+    """The page's text, and of each plot its file and curves (label, sizes, differences)."""
+    template = (HERE / "page.md").read_text().splitlines()
+    named = [name for line in template if line.startswith("@sections") for name in line.split()[1:]]
+    if sorted(named) != sorted(sections):
+        sys.exit(f"page.md and the files differ in {sorted(set(named) ^ set(sections))}")
+    sections = {name: sections[name] for name in named}
+    lines, plots = [], {}
+    for line in template:
+        command, _, rest = line.partition(" ")
+        parts = [part.strip() for part in rest.split("|")]
+        if command == "@overview":
+            lines += overview(sections)
+        elif command == "@sections":
+            for name in rest.split():
+                lines += section_part(sections[name])
+        elif command == "@study":
+            curves = study_curves(parts[1:], studies)
+            lines += study(parts[0], curves)
+            plots[f"validation_{parts[0]}"] = [curve(*c) for c in curves]
+        elif command == "@rows":
+            lines += study_rows([value.strip() for value in parts[0].split(",")], parts[1:], studies)
+        else:
+            lines.append(line)
+    for s in sections.values():
+        if any(plotted(s)):
+            plots[f"validation_{s['name']}"] = [curve(s, i, name) for i, name in plotted(s)]
+    return "\n".join(lines).rstrip() + "\n", plots
+
+
+def curve(s, i, label):
+    levels = s["levels"]
+    return label, [l["size"] for l in levels], [abs(of_value(s["expected"][i], l["ours"][i])) for l in levels]
+
+
+def draw(name, curves):
+    import matplotlib
+
+    matplotlib.use("svg")
+    from matplotlib import pyplot
+
+    # The same file from the same numbers: no date, no random names; text stays text.
+    pyplot.rcParams.update({"svg.hashsalt": name, "svg.fonttype": "none", "font.family": "sans-serif", "font.size": 10})
+    figure, axes = pyplot.subplots(figsize=(7.2, 4.2), layout="constrained")
+    for (label, sizes, values), marker in zip(curves, "osD^vP*Xhd<>p" * 3):
+        points = [(x, 100 * y) for x, y in zip(sizes, values) if y > 1e-12]
+        axes.loglog(*zip(*points), marker=marker, markersize=5, linewidth=1.3, label=label)
+    sizes = curves[0][1]
+    bottom, top = axes.get_ylim()
+    for power, style in ((1, ":"), (2, "--")):
+        start = top / 1.5
+        axes.loglog(sizes, [start * (x / sizes[0]) ** power for x in sizes], style, color="0.45", linewidth=1,
+                    label=f"slope {power}", zorder=0)
+    axes.set_ylim(bottom, top)
+    axes.set_xticks(sizes, [number(x, 3) for x in sizes])
+    axes.minorticks_off()
+    axes.set_xlabel("element size")
+    axes.set_ylabel("difference, %")
+    axes.grid(True, color="0.9")
+    axes.spines[["top", "right"]].set_visible(False)
+    axes.legend(frameon=False, fontsize=9, loc="center left", bbox_to_anchor=(1.0, 0.5))
+    path = DOCS / "drawings" / f"{name}.svg"
+    figure.savefig(path, metadata={"Date": None, "Creator": None})
+    pyplot.close(figure)
+    path.write_text("\n".join(line.rstrip() for line in path.read_text().splitlines()) + "\n")
+
+
+def main():
+    check = sys.argv[1:2] == ["--check"]
+    runner = sys.argv[-1]
+    text, plots = page(run(runner, "sections"), run(runner, "studies"))
+    target = DOCS / "validation.md"
+    if check:
+        old = target.read_text()
+        for line in difflib.unified_diff(old.splitlines(), text.splitlines(), "committed", "this run", lineterm=""):
+            print(line)
+        if old != text:
+            sys.exit("docs/validation.md is not what this run gives: ./run docs writes it anew")
+        return
+    (DOCS / "drawings").mkdir(exist_ok=True)
+    target.write_text(text)
+    for name, curves in plots.items():
+        draw(name, curves)
+
+
+if __name__ == "__main__":
+    main()
