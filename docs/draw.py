@@ -80,11 +80,11 @@ def draw_frames():
 
     turn(right, shear, 17, RED, -75, 165)
     right.text(shear[0] - 18, shear[1] + 9, "T", color=RED, ha="right", fontsize=11)
-    for axis, name in ((u, "$V_u$"), (v, "$V_v$")):
+    for axis in (u, v):
         arrow(right, shear, shear + 36 * axis, RED, 1.8, scale=13)
     right.text(*(shear + 40 * u + (1, -1)), "$V_u$", color=RED, fontsize=11, va="center")
     right.text(*(shear + 40 * v + (-2, 1)), "$V_v$", color=RED, fontsize=11, ha="right", va="center")
-    for axis, name in ((u, "$M_u$"), (v, "$M_v$")):
+    for axis in (u, v):
         head = centroid + 40 * axis
         arrow(right, centroid, head, GREEN, 2, scale=13)
         arrow(right, centroid, head - 3.5 * axis, GREEN, 2, scale=13)
@@ -259,8 +259,7 @@ def draw_coupled():
     axes[0].add_patch(Rectangle((-1, 2), 2, 2, facecolor=TINT[SAND], edgecolor=INK))
     axes[0].text(0, 1, "group 1", ha="center", va="center")
     axes[0].text(0, 3, "group 2", ha="center", va="center")
-    axes[0].set_aspect("equal")
-    axes[0].set_xlim(-1.6, 1.6)
+    axes[0].set_xlim(-1.5, 1.5)  # squares, at the height of the stresses
     axes[0].axis("off")
     for ax, factor in zip(axes[1:], (0, 0.5, 1)):
         r = Results(nodes, elements, properties(len(elements), coupling=factor, group=1 + upper, emod=1, gmod=1), 2)
@@ -284,7 +283,7 @@ def draw_coupled():
 
 
 def draw_pieces():
-    """A seam with shared and with doubled nodes, and a tie: the same outline, other sections."""
+    """A seam with shared and with doubled nodes: the same outline, other sections."""
     nodes, elements = grid(0.25, 8, 16)
     doubled = np.vstack([nodes, nodes[np.abs(nodes[:, 1] - 2) < 1e-9]])
     seam = {n + 1: len(nodes) + k + 1 for k, n in enumerate(np.flatnonzero(np.abs(nodes[:, 1] - 2) < 1e-9))}
@@ -300,6 +299,7 @@ def draw_pieces():
         draw_mesh(ax, shown, e)
         section_axes(ax, shown, title)
         ax.set_xlim(-0.4, 6.2)
+        ax.set_ylim(-0.2, 4.4)
         values = [("GJ", "GJ"), ("GAZ", "GAZ"), ("shear centre Y", "SCY"), ("IYY", "IYY")]
         for k, (name, slot) in enumerate(values):
             value = r.slot(slot)

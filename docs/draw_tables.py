@@ -65,23 +65,15 @@ def draw_bar():
     fields = [(0, 4, "NODE", "in"), (4, 8, "not read", ""), (12, 4, "ELEMENT", "in"), (16, 4, "NELNODES", "out"),
               (20, 16, "ELNODES (4)", "out"), (36, 4, "gap", ""), (40, 8, "AREA", "in"), (48, 8, "EMODUL", "in"),
               (56, 8, "GMODUL", "in"), (64, 8, "RADIUS", "in"), (72, 24, "not read", ""), (96, 8, "BARWEIGHT", "in"),
-              (104, 32, "SHAPE (4)", "out"), (136, 16, "RS (2)", "out"), (152, 32, "STRESS (4)", "out")]
+              (104, 32, "SHAPE (4)", "out"), (136, 8, "RS: r", "out"), (144, 8, "RS: s", "out"), (152, 32, "STRESS (4)", "out")]
     assert sum(size for _, size, _, _ in fields) == 184
     ax = blank(8.6, 3.2, (-3.4, 48.4), (-1.3, 8.2))
     color = {"in": GREEN, "out": RED, "": GREY}
     for offset, size, name, way in fields:
-        begin = offset
-        while begin < offset + size:
-            row = begin // 48
-            end = min(offset + size, 48 * (row + 1))
-            x, y = begin - 48 * row, 6.2 - 2.1 * row
-            ax.add_patch(Rectangle((x, y), end - begin, 1.2, facecolor=TINT[color[way]], edgecolor=color[way],
-                                   linewidth=0.8))
-            small = end - begin == 4
-            ax.text((x + x + end - begin) / 2, y + 0.6, name if end - begin > 2 else "", ha="center", va="center",
-                    fontsize=5.6 if small else 8)
-            ax.text(x + 0.15, y + 1.45, f"{begin}", fontsize=6.5, color=GREY, ha="left", va="center")
-            begin = end
+        x, y = offset % 48, 6.2 - 2.1 * (offset // 48)
+        ax.add_patch(Rectangle((x, y), size, 1.2, facecolor=TINT[color[way]], edgecolor=color[way], linewidth=0.8))
+        ax.text(x + size / 2, y + 0.6, name, ha="center", va="center", fontsize=5.6 if size == 4 else 8)
+        ax.text(x + 0.15, y + 1.45, f"{offset}", fontsize=6.5, color=GREY, ha="left", va="center")
     for row in range(4):
         ax.text(-0.6, 6.8 - 2.1 * row, f"{48 * row}", ha="right", va="center", fontsize=8, color=INK)
     for x, way, text in ((0, "in", "set by the host"), (14, "out", "filled by the library"), (30, "", "not touched")):
