@@ -40,7 +40,7 @@ expect(parts and quotes(guide, "the output of first_call") == [output.rstrip("\n
 
 # Slots, property columns, modes and statuses as the header has them.
 value = {name: int(number) for name, number in re.findall(r"^    VQ_(\w+) = (\d+)", header, re.MULTILINE)}
-rows = re.findall(r"^\| (\d+) \| `(?:VQ_)?(\w+)` \|", guide.read_text(), re.MULTILINE)
+rows = re.findall(r"^\| (\d+) (?:\| |\()`(?:VQ_)?(\w+)`(?: \||\))", guide.read_text(), re.MULTILINE)
 for number, name in rows:
     expect(value.get(name) == int(number), f"{name} is {value.get(name)}, not {number}")
 for line in re.findall(r"^\| `(PL\w+)_\.\.\.`: [^|]*\|(.*)\|$", guide.read_text(), re.MULTILINE):
