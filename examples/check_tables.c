@@ -145,9 +145,11 @@ int32_t find_pieces(int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS, con
     for (int32_t e = 0; e < NELEMS; ++e) {
         int32_t node[4];
         const int n = corners_of(ELEMENTS, NELEMS, e, node);
-        if (PROPS[(size_t)(VQ_GMOD - 1) * (size_t)NELEMS + (size_t)e] == 0.0) continue;
+        const int ties = PROPS[(size_t)(VQ_GMOD - 1) * (size_t)NELEMS + (size_t)e] != 0.0;
+        if (!ties && PROPS[(size_t)(VQ_EMOD - 1) * (size_t)NELEMS + (size_t)e] == 0.0) continue;
         for (int i = 0; i < n; ++i) {
             if (piece[node[i] - 1] == 0) piece[node[i] - 1] = node[i];
+            if (!ties) continue;
             const int32_t a = first_of(piece, node[0]), b = first_of(piece, node[i]);
             piece[(a < b ? b : a) - 1] = a < b ? a : b;
         }

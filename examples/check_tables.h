@@ -16,13 +16,13 @@ typedef struct refusal {
 } refusal;
 
 /* The first fault of the tables by the rules of vq_velquor, whose arguments these are; NGROUPS is what STATUS brings.
- * `taken` is a work table of NNODES bytes, set here. */
+ * RESULT, NODEOUT and ELEMOUT must not be null either. `taken` is a work table of NNODES bytes, set here. */
 refusal find_refusal(int32_t NGROUPS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS,
                      const double* PROPS, int32_t NPOINTS, const VYZTUZE_INFO* POINTS, unsigned char* taken);
 
-/* Pieces of an accepted mesh that no element connects; one that carries no shear (GMOD 0) connects nothing. Returns
- * their number, and in piece[n - 1] the piece of node n: the number of its first node, or 0 for a node of no element
- * that counts. */
+/* Pieces of an accepted mesh that no element connects. One of GMOD 0 carries no shear and connects nothing: a node that
+ * only such elements have is a piece of its own. Returns their number, and in piece[n - 1] the piece of node n: the
+ * number of its first node, or 0 where no element has the node, or only some of EMOD and GMOD 0. */
 int32_t find_pieces(int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS, const double* PROPS, int32_t* piece);
 
 #ifdef __cplusplus
