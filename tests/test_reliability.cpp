@@ -147,8 +147,9 @@ std::string process_state() {
         for (const std::string& name : names) state << name << '\n';
     }
     std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.rfind("Sig", 0) == 0 || line.rfind("Umask", 0) == 0) state << line << '\n';
+    for (std::string line; std::getline(status, line);)  // SigQ counts the signals of all the user's processes
+        if ((line.rfind("Sig", 0) == 0 && line.rfind("SigQ", 0) != 0) || line.rfind("Umask", 0) == 0)
+            state << line << '\n';
     for (int number = 1; number < NSIG; ++number) {
         struct sigaction action {};
         sigaction(number, nullptr, &action);
