@@ -1,4 +1,4 @@
-"""Draws the pictures of docs/ from the library's header and results. The same bytes on every run.
+"""Draws the pictures of docs/ from results of the library. The same bytes on every run.
 
     draw.py <library> <folder for the drawings>
 """
@@ -7,8 +7,8 @@ import numpy as np
 from matplotlib.patches import Arc, Polygon, Rectangle
 from matplotlib.tri import Triangulation
 
-from draw_common import (ANGLE_OUTLINE, BLUE, FOLDER, GREEN, GREY, INK, RED, SAND, TINT, Results, angle, arrow,
-                         draw_mesh, fill, grid, outline, properties, save, section_axes, turn)
+from draw_common import (ANGLE_OUTLINE, BLUE, FOLDER, GREEN, GREY, INK, RED, SAND, TINT, angle, arrow, calculate,
+                         draw_mesh, fill, grid, outline, save, section_axes, shear_stress, turn)
 from draw_tables import draw_bar, draw_elemout, draw_slots, draw_tables
 
 
@@ -40,16 +40,16 @@ def draw_mesh_numbers():
 
 
 def angle_frame(r):
-    alpha, centroid = r.slot("ALPHA"), np.array([r.slot("YC"), r.slot("ZC")])
+    alpha, centroid = r.ALPHA, np.array([r.YC, r.ZC])
     return alpha, centroid, np.array([np.cos(alpha), np.sin(alpha)]), np.array([-np.sin(alpha), np.cos(alpha)])
 
 
 def draw_frames():
     """Axes of the angle, and what is positive."""
     nodes, elements = angle(5)
-    r = Results(nodes, elements, properties(len(elements)), 1)
+    r = calculate(nodes, elements)
     alpha, centroid, u, v = angle_frame(r)
-    shear = np.array([r.slot("SCY"), r.slot("SCZ")])
+    shear = np.array([r.SCY, r.SCZ])
     figure, (left, right) = plt.subplots(1, 2, figsize=(8.6, 5.0))
     for ax in (left, right):
         outline(ax, ANGLE_OUTLINE)
@@ -100,7 +100,7 @@ def draw_frames():
 def draw_warping():
     """The three columns of NODEOUT of the angle."""
     nodes, elements = angle(2.5)
-    r = Results(nodes, elements, properties(len(elements)), 1)
+    r = calculate(nodes, elements)
     alpha, centroid, u, v = angle_frame(r)
     split = np.vstack([elements[:, [0, 1, 2]], elements[:, [0, 2, 3]]]) - 1
     mesh = Triangulation(nodes[:, 0], nodes[:, 1], split)
@@ -108,7 +108,7 @@ def draw_warping():
     titles = ["column 1: unit twist\nabout the shear centre (mm²)", "column 2: unit shear\nstrain along u (mm)",
               "column 3: unit shear\nstrain along v (mm)"]
     for k, (ax, title) in enumerate(zip(axes, titles)):
-        field = r.nodeout[:, k]
+        field = r.warping[:, k]
         size = np.abs(field).max()
         levels = np.linspace(-size, size, 15)
         filled = ax.tricontourf(mesh, field, levels, cmap="RdBu_r")
@@ -119,7 +119,7 @@ def draw_warping():
         bar.ax.set_yticklabels([f"{x:.3g}" for x in (-size, 0, size)], fontsize=8)
         bar.outline.set_linewidth(0.5)
         if k == 0:
-            ax.plot(r.slot("SCY"), r.slot("SCZ"), "D", color=INK, markersize=4)
+            ax.plot(r.SCY, r.SCZ, "D", color=INK, markersize=4)
         else:
             axis = (u, v)[k - 1]
             arrow(ax, (33, 52), np.array([33, 52]) + 22 * axis, INK)
@@ -140,15 +140,15 @@ def draw_arrows(ax, nodes, elements, tau, length, shown):
 def draw_shear_stress():
     """Load cases 1 to 3 of the shear stresses, at the middle of every third element along the legs."""
     nodes, elements = angle(2.5)
-    r = Results(nodes, elements, properties(len(elements)), 1)
+    r = calculate(nodes, elements)
     alpha, centroid, u, v = angle_frame(r)
-    shear = np.array([r.slot("SCY"), r.slot("SCZ")])
+    shear = np.array([r.SCY, r.SCZ])
     i, j = np.floor(nodes[elements - 1].mean(1) / 2.5).astype(int).T
     shown = np.where(j >= 4, j % 3 == 0, i % 3 == 0)
     figure, axes = plt.subplots(1, 3, figsize=(8.6, 4.4))
     for q, (ax, title) in enumerate(zip(axes, ["1: torque", "2: force along u", "3: force along v"])):
         outline(ax, ANGLE_OUTLINE)
-        largest = draw_arrows(ax, nodes, elements, r.tau[:, :, q], 7.2, shown)
+        largest = draw_arrows(ax, nodes, elements, shear_stress(r, q), 7.2, shown)
         section_axes(ax, nodes, title, 0.14)
         ax.plot(*shear, "D", color=RED, markersize=4)
         if q == 0:
@@ -179,11 +179,11 @@ def label_corners(ax, place, sigma, labels):
 def draw_axial_stress():
     """Load cases 1 to 3 of the axial stresses at the corners, red tension, blue compression."""
     nodes, elements = angle(5)
-    r = Results(nodes, elements, properties(len(elements)), 1)
+    r = calculate(nodes, elements)
     alpha, centroid, u, v = angle_frame(r)
     figure, axes = plt.subplots(1, 3, figsize=(8.6, 4.4))
     for q, (ax, title) in enumerate(zip(axes, ["1: normal force", "2: moment about u", "3: moment about v"])):
-        sigma = r.sigma[:, :, q]
+        sigma = r.SIGMA[:, :, q]
         place = corner_contours(ax, nodes, elements, sigma, np.abs(sigma).max() * (2 if q == 0 else 1))
         ax.add_patch(Polygon(ANGLE_OUTLINE, fill=False, edgecolor=INK, linewidth=1))
         section_axes(ax, nodes, title, 0.16)
@@ -200,25 +200,25 @@ def draw_axial_stress():
 def draw_channel():
     """Warping, bimoment and warping shear of a channel."""
     nodes, elements = grid(2.5, 24, 48, lambda i, j: i < 4 or j < 4 or j >= 44)
-    r = Results(nodes, elements, properties(len(elements)), 1)
+    r = calculate(nodes, elements)
     walls = [(0, 0), (60, 0), (60, 10), (10, 10), (10, 110), (60, 110), (60, 120), (0, 120)]
     figure, axes = plt.subplots(1, 3, figsize=(8.6, 4.0))
     i, j = np.floor(nodes[elements - 1].mean(1) / 2.5).astype(int).T
     titles = ["NODEOUT column 1", "axial stress, unit bimoment", "shear stress, unit warping shear"]
     for k, (ax, title) in enumerate(zip(axes, titles)):
         if k < 2:
-            field = (r.nodeout[:, 0][elements - 1], r.sigma[:, :, 3])[k]
+            field = (r.warping[:, 0][elements - 1], r.SIGMA[:, :, 3])[k]
             place = corner_contours(ax, nodes, elements, field, np.abs(field).max())
             label_corners(ax, place, field, ((60, 120, -6, 6), (60, 0, -6, -6), (0, 0, 4, -6), (0, 120, 4, 6)))
             ax.add_patch(Polygon(walls, fill=False, edgecolor=INK, linewidth=1))
         else:
             outline(ax, walls)
             shown = np.where((j < 4) | (j >= 44), i % 3 == 0, j % 3 == 0)
-            largest = draw_arrows(ax, nodes, elements, r.tau[:, :, 3], 7.2, shown)
+            largest = draw_arrows(ax, nodes, elements, shear_stress(r, 3), 7.2, shown)
             ax.text(36, 60, f"longest arrow\n{largest:.3g}", fontsize=8, color=GREY, ha="center", va="center")
-            turn(ax, (r.slot("SCY"), r.slot("SCZ")), 15, RED, -60, 60)
-        section_axes(ax, np.vstack([nodes, (r.slot("SCY") - 2, 60)]), title, 0.1)
-        ax.plot(r.slot("SCY"), r.slot("SCZ"), "D", color=RED, markersize=4)
+            turn(ax, (r.SCY, r.SCZ), 15, RED, -60, 60)
+        section_axes(ax, np.vstack([nodes, (r.SCY - 2, 60)]), title, 0.1)
+        ax.plot(r.SCY, r.SCZ, "D", color=RED, markersize=4)
     save("channel")
 
 
@@ -226,12 +226,12 @@ def draw_plastic():
     """The four plastic axes of a T of unequal strengths in the host's axes."""
     inside = lambda i, j: j >= 16 or 8 <= i < 12
     nodes, elements = grid(10, 20, 20, inside, -100, -100)
-    r = Results(nodes, elements, properties(len(elements), fneg=400, fpos=250), 1)
+    r = calculate(nodes, elements, FNEG=400, FPOS=250)
     figure, axes = plt.subplots(1, 4, figsize=(8.6, 3.0))
     cases = [("2", 1, "PLAXIS_Z", "PLMOM_Z"), ("-2", 1, "PLAXIS_Z_NEG", "PLMOM_Z_NEG"), ("1", 0, "PLAXIS_Y", "PLMOM_Y"),
              ("-1", 0, "PLAXIS_Y_NEG", "PLMOM_Y_NEG")]
     for ax, (direction, axis, line, moment) in zip(axes, cases):
-        L, above = r.slot(line), "FPOS" if direction[0] != "-" else "FNEG"
+        L, above = getattr(r, line), "FPOS" if direction[0] != "-" else "FNEG"
         below = "FNEG" if above == "FPOS" else "FPOS"
         for side, limits in ((above, (L, None)), (below, (None, L))):
             parts = nodes.copy()
@@ -245,7 +245,7 @@ def draw_plastic():
         for p, side in ends:
             ax.text(*put(p, -60 if axis else -88), side, fontsize=8, color=RED if side == "FPOS" else BLUE,
                     ha="center" if axis else ("left" if p > L else "right"), va="center")
-        ax.text(0, -135, f"{line}\n{L:.2f} mm\n{moment}\n{r.slot(moment) / 1e6:.1f} kNm",
+        ax.text(0, -135, f"{line}\n{L:.2f} mm\n{moment}\n{getattr(r, moment) / 1e6:.1f} kNm",
                 fontsize=7.5, ha="center", va="top")
     save("plastic")
 
@@ -262,10 +262,10 @@ def draw_coupled():
     axes[0].set_xlim(-1.5, 1.5)  # squares, at the height of the stresses
     axes[0].axis("off")
     for ax, factor in zip(axes[1:], (0, 0.5, 1)):
-        r = Results(nodes, elements, properties(len(elements), coupling=factor, group=1 + upper, emod=1, gmod=1), 2)
+        r = calculate(nodes, elements, COUPLING=factor, GROUP=1 + upper, EMOD=1, GMOD=1)
         for part, color in ((~upper, BLUE), (upper, SAND)):
             z = nodes[elements[part] - 1][:, :, 1].ravel()
-            sigma = r.sigma[part][:, :, 1].ravel()
+            sigma = r.SIGMA[part][:, :, 1].ravel()
             low, high = z.argmin(), z.argmax()
             ends = ([sigma[low], sigma[high]], [z[low], z[high]])
             ax.fill_betweenx(ends[1], 0, ends[0], color=TINT[color])
@@ -273,7 +273,7 @@ def draw_coupled():
         ax.axvline(0, color=INK, linewidth=0.8)
         ax.set_xlim(-0.45, 0.45)
         ax.set_ylim(-0.15, 4.15)
-        ax.set_title(f"COUPLING {factor}: IZZ {r.slot('IZZ'):.3f}", fontsize=9)
+        ax.set_title(f"COUPLING {factor}: IZZ {r.IZZ:.3f}", fontsize=9)
         ax.tick_params(labelsize=8)
         ax.set_xlabel(r"$\sigma$ of $M_u$ = 1", fontsize=8)
         for side in ("top", "right", "left"):
@@ -293,7 +293,7 @@ def draw_pieces():
     figure, axes = plt.subplots(1, 2, figsize=(6.2, 2.9))
     for ax, n, e, gap, title in ((axes[0], nodes, elements, 0, "nodes shared: one piece"),
                                  (axes[1], doubled, cut, 0.18, "nodes doubled: two pieces")):
-        r = Results(n, e, properties(len(e), emod=1, gmod=1), 1)
+        r = calculate(n, e, EMOD=1, GMOD=1)
         shown = n.copy()
         shown[np.unique(e[upper]) - 1, 1] += gap
         draw_mesh(ax, shown, e)
@@ -302,7 +302,7 @@ def draw_pieces():
         ax.set_ylim(-0.2, 4.4)
         values = [("GJ", "GJ"), ("GAZ", "GAZ"), ("shear centre Y", "SCY"), ("IYY", "IYY")]
         for k, (name, slot) in enumerate(values):
-            value = r.slot(slot)
+            value = getattr(r, slot)
             ax.text(2.5, 3.3 - 0.55 * k, f"{name}  {0 if abs(value) < 1e-9 else value:.3f}", fontsize=8.5)
     save("pieces")
 

@@ -1,9 +1,7 @@
-"""What the drawings share: the library's header and results, meshes, and shapes on the paper."""
-import ctypes
+"""What the drawings share: the library's results, meshes, and shapes on the paper."""
 import io
 import re
 import sys
-from ctypes import byref, c_int32
 from pathlib import Path
 
 import matplotlib
@@ -14,10 +12,10 @@ import numpy as np
 from matplotlib.patches import Arc, FancyArrowPatch, PathPatch, Polygon, Rectangle
 from matplotlib.path import Path as Outline
 
-LIBRARY, FOLDER = ctypes.CDLL(str(Path(sys.argv[1]).resolve())), Path(sys.argv[2])  # as draw.py is called
-HEADER = (Path(__file__).parent.parent / "api" / "velquor.h").read_text()
-VALUE = {name: int(value) for name, value in re.findall(r"^    VQ_(\w+) = (\d+)", HEADER, re.MULTILINE)}
-SLOTS = [name for name, _ in re.findall(r"VQ_(\w+) = (\d+)", HEADER.split("VQ_NSLOTS")[0].split("Slots of")[1])]
+sys.path.insert(0, str(Path(__file__).parent.parent / "bindings" / "python"))
+import velquor  # noqa: E402
+
+LIBRARY, FOLDER = Path(sys.argv[1]).resolve(), Path(sys.argv[2])  # as draw.py is called
 
 INK, GREY, PALE = "#22303c", "#8a97a3", "#e9edf0"
 BLUE, RED, GREEN, SAND = "#2c6fb3", "#c2442d", "#3b8056", "#b9852b"
@@ -28,32 +26,15 @@ plt.rcParams.update({
     "savefig.facecolor": "white", "savefig.bbox": "tight", "savefig.pad_inches": 0.08, "path.simplify": True})
 
 
-class Results:
-    """One call: slot(name), nodeout (n, 3), tau (e, corner, case, Y or Z), sigma (e, corner, case)."""
-
-    def __init__(self, nodes, elements, properties, ngroups):
-        nodes, elements = np.asfortranarray(nodes, float), np.asfortranarray(elements, np.int32)
-        properties = np.asfortranarray(properties, float)
-        status, self.slots = c_int32(ngroups), np.zeros(VALUE["NSLOTS"])
-        self.slots[VALUE["MODE_SLOT"]] = VALUE["PLASTIC"]
-        self.nodeout, elemout = np.zeros((len(nodes), 3), order="F"), np.zeros((len(elements), 4, 12))
-        at = lambda table: table.ctypes.data_as(ctypes.c_void_p)
-        LIBRARY.vq_velquor(byref(status), at(nodes), c_int32(len(nodes)), at(elements), c_int32(len(elements)),
-                           at(properties), c_int32(0), None, at(self.slots), at(self.nodeout), at(elemout))
-        assert status.value == VALUE["DONE"], status.value
-        self.tau, self.sigma = elemout[:, :, :8].reshape(-1, 4, 4, 2), elemout[:, :, 8:]
-
-    def slot(self, name):
-        return self.slots[VALUE[name]]
+def calculate(nodes, elements, **given):
+    """One call for a section of steel; a name in capitals sets its column, for all elements or for each."""
+    material = {"EMOD": 210e3, "GMOD": 81e3, "FNEG": 235, "FPOS": 235} | given
+    return velquor.calculate(nodes, elements, velquor.property_table(len(elements), **material), library=LIBRARY)
 
 
-def properties(count, **given):
-    """(count, 10) of one material; a name in small letters sets its column, for all elements or for each."""
-    material = dict(emod=210e3, gmod=81e3, coupling=1, group=1, matflag=1, fneg=235, fpos=235, unitweight=0) | given
-    table = np.zeros((count, VALUE["NCOLUMNS"]))
-    for name, value in material.items():
-        table[:, VALUE[name.upper()] - 1] = value
-    return table
+def shear_stress(section, case):
+    """(e, corner, Y or Z) of a load case, from 0."""
+    return np.stack([section.TAUY[:, :, case], section.TAUZ[:, :, case]], axis=-1)
 
 
 def grid(step, columns, rows, is_inside=lambda i, j: True, y0=0.0, z0=0.0):
