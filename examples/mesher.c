@@ -8,6 +8,7 @@ static const double PI = 3.14159265358979324;
 
 mesh begin_mesh(double size, int refine) {
     mesh m = {.size = size, .refine = refine, .material = 1};
+    if (!(size > 0.0) || refine < 1 || refine > 1000) m.size = 1.0, m.refine = 1, m.failed = 1;
     return m;
 }
 
@@ -20,7 +21,7 @@ void release_mesh(mesh* m) {
 
 int cells_along(const mesh* m, double length) {
     const double n = length / m->size;
-    return m->refine * (n < 1.5 ? 1 : n > 1e6 ? 1000000 : (int)lround(n));
+    return m->refine * (!(n >= 1.5) ? 1 : n > 1e6 ? 1000000 : (int)lround(n));
 }
 
 /* Room for so many more nodes and elements; 0 where it can be had. */

@@ -26,7 +26,7 @@ typedef struct mesh {
     double size;      /* wanted edge of an element */
     int refine;       /* every count of cells is multiplied by it: the same pattern, finer */
     int32_t material; /* number that the next elements get, 1 at first */
-    int failed;       /* memory could not be had, or a count was too large; nothing is added any more */
+    int failed;       /* no memory, or a size, refinement or count out of range; nothing is added any more */
     int32_t nnodes, nelems;
     point* nodes;           /* (nnodes) */
     int32_t (*elements)[4]; /* (nelems)  nodes from 0, counter-clockwise; the last two equal: a triangle */
@@ -34,7 +34,7 @@ typedef struct mesh {
     int32_t node_room, element_room;
 } mesh;
 
-mesh begin_mesh(double size, int refine);
+mesh begin_mesh(double size, int refine); /* size above 0, refine from 1 to 1000 */
 void release_mesh(mesh* m);
 
 /* Cells along a length: the nearest number to length / size, at least 1, times `refine`. */
