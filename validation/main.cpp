@@ -16,21 +16,27 @@ using nlohmann::json;
 namespace {
 
 bool print_section(const SectionFile& file) {
-    const SectionRun run = run_section(file, 1);
-    std::printf("%s\n%s: %d nodes, %d elements\n", file.title.c_str(), file.path.c_str(), run.nnodes, run.nelems);
-    std::printf("  %-42s %14s %14s %12s %10s\n", "", "ours", "theirs", "difference", "tolerance");
+    const Outcome out = compare(file);
+    std::printf("%s\n%s: %d nodes, %d elements\n", file.title.c_str(), file.path.c_str(), out.run.nnodes,
+                out.run.nelems);
+    std::printf("  %-42s %14s %14s %12s %12s %10s\n", "", "ours", "theirs", "difference", "half size", "tolerance");
     bool good = true;
-    for (const Expectation& e : file.expected) {
-        const double ours = value_of(e, run), difference = difference_of(e, ours);
+    for (size_t i = 0; i < out.values.size(); ++i) {
+        const Expectation& e = file.expected[i];
+        const Comparison& c = out.values[i];
         const bool relative = !(e.absolute || e.value == 0);
         const double scale = relative ? 100 : 1;
-        std::printf("  %-33s %8s %14.7g %14.7g %+10.4g %s ", e.name.c_str(), e.unit_name.c_str(), ours, e.value,
-                    scale * difference, relative ? "%" : " ");
+        std::printf("  %-33s %8s %14.7g %14.7g %+10.4g %s ", e.name.c_str(), e.unit_name.c_str(), c.ours, e.value,
+                    scale * c.difference, relative ? "%" : " ");
+        if (e.order > 0)
+            std::printf("%+10.4g %s ", scale * c.finer, relative ? "%" : " ");
+        else
+            std::printf("%12s ", "");
         if (e.tolerance < 0)
             std::printf("%10s\n", "-");
         else
-            std::printf("%8.3g %s %s\n", scale * e.tolerance, relative ? "%" : " ", within(e, ours) ? "ok" : "OUT");
-        good = good && within(e, ours);
+            std::printf("%8.3g %s %s\n", scale * e.tolerance, relative ? "%" : " ", c.ok ? "ok" : "OUT");
+        good = good && c.ok;
     }
     return good;
 }
@@ -39,15 +45,24 @@ json as_json(const SectionFile& file) {
     json out = {{"path", file.path},   {"title", file.title}, {"about", file.about},
                 {"units", file.units}, {"study", file.study}, {"size", file.size}};
     if (file.wall > 0) out["layers"] = static_cast<int>(std::lround(file.wall / file.size));
-    const SectionRun run = run_section(file, 1);
-    out["nodes"] = run.nnodes, out["elements"] = run.nelems, out["bars"] = run.bars.size();
-    for (const Expectation& e : file.expected) {
-        const double ours = value_of(e, run);
-        json line = {{"name", e.name},        {"unit_name", e.unit_name},
-                     {"source", e.source},    {"note", e.note},
-                     {"ours", ours},          {"theirs", e.value},
-                     {"tolerance", nullptr},  {"difference", difference_of(e, ours)},
-                     {"ok", within(e, ours)}, {"relative", !(e.absolute || e.value == 0)}};
+    const Outcome outcome = compare(file);
+    out["nodes"] = outcome.run.nnodes, out["elements"] = outcome.run.nelems, out["bars"] = outcome.run.bars.size();
+    for (size_t i = 0; i < outcome.values.size(); ++i) {
+        const Expectation& e = file.expected[i];
+        const Comparison& c = outcome.values[i];
+        json line = {{"name", e.name},
+                     {"unit_name", e.unit_name},
+                     {"source", e.source},
+                     {"note", e.note},
+                     {"ours", c.ours},
+                     {"theirs", e.value},
+                     {"difference", c.difference},
+                     {"finer", nullptr},
+                     {"order", e.order},
+                     {"tolerance", nullptr},
+                     {"ok", c.ok},
+                     {"relative", !(e.absolute || e.value == 0)}};
+        if (e.order > 0) line["finer"] = c.finer;
         if (e.tolerance >= 0) line["tolerance"] = e.tolerance;
         out["expected"].push_back(line);
     }

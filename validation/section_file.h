@@ -30,6 +30,8 @@ struct Expectation {
     point at = {0, 0};
     double unit = 1, value = 0, tolerance = -1;  // tolerance -1: shown, not judged
     bool absolute = false;                       // the tolerance, in the printed unit; otherwise over the value
+    int order =
+        0;  // the difference is the mesh's and falls with this power of the element size; 0: it is not judged so
 };
 
 struct SectionFile {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace {
@@ -53,6 +54,8 @@ int32_t nearest_node(const SectionRun& run, point p, int material) {
             if (distance < least || (distance == least && n < nearest)) least = distance, nearest = n;
         }
     }
+    if (!(least <= 0.5 * run.size / run.refine))
+        throw std::runtime_error("no node is near " + std::to_string(p.y) + ", " + std::to_string(p.z));
     return nearest;
 }
 
@@ -79,7 +82,7 @@ double corner_stress(const Expectation& e, const SectionRun& run) {
 SectionRun run_section(const SectionFile& file, int refine) {
     mesh m = make_mesh(file, refine);
     SectionRun run;
-    run.refine = refine;
+    run.refine = refine, run.size = file.size;
     run.nelems = m.nelems, run.mesh_nodes = m.nnodes;
     run.nnodes = m.nnodes + static_cast<int32_t>(file.bars.size());
     std::vector<double> mesh_nodes(2 * static_cast<size_t>(m.nnodes));
@@ -130,6 +133,21 @@ double difference_of(const Expectation& e, double ours) {
     return e.absolute || e.value == 0 ? ours - e.value : (ours - e.value) / std::fabs(e.value);
 }
 
-bool within(const Expectation& e, double ours) {
-    return e.tolerance < 0 || std::fabs(difference_of(e, ours)) <= e.tolerance;  // false where ours is not a number
+Outcome compare(const SectionFile& file) {
+    Outcome out;
+    out.run = run_section(file, 1);
+    const bool twice =
+        std::any_of(file.expected.begin(), file.expected.end(), [](const Expectation& e) { return e.order > 0; });
+    const SectionRun finer = twice ? run_section(file, 2) : SectionRun();
+    for (const Expectation& e : file.expected) {
+        Comparison c = {value_of(e, out.run), 0, std::numeric_limits<double>::quiet_NaN(), true};
+        c.difference = difference_of(e, c.ours);
+        if (e.tolerance >= 0) c.ok = std::fabs(c.difference) <= e.tolerance;  // false where ours is not a number
+        if (e.order > 0) {
+            c.finer = difference_of(e, value_of(e, finer));
+            c.ok = c.ok && std::fabs(c.finer) <= std::ldexp(e.tolerance, -e.order);
+        }
+        out.values.push_back(c);
+    }
+    return out;
 }
