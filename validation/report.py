@@ -61,7 +61,8 @@ def difference(e, ours):
 
 
 def tolerance(e):
-    return f"{number(100 * e['tolerance'], 2)} %" if e["relative"] else number(e["tolerance"], 2)
+    text = f"{number(100 * e['tolerance'], 2)} %" if e["relative"] else number(e["tolerance"], 2)
+    return text + ("", ", h", ", h²")[e["order"]] + ("" if e["ok"] else " **out**")
 
 
 def table(head, rows):
@@ -92,32 +93,35 @@ def anchor(heading):
 
 
 def overview(sections):
-    rows = []
-    for s in sections.values():
-        out = sum(not e["ok"] for e in s["expected"])
-        rows.append([f"[{escaped(s['title'])}](#{anchor(s['title'])})", str(s["elements"]), str(s.get("layers", "")),
-                     str(len(s["expected"])), f"{out} out" if out else "all within"])
-    values = sum(len(s["expected"]) for s in sections.values())
-    return [f"{len(sections)} sections, {values} values.", "",
-            *table(["Section", "elements", "layers", "values", "tolerances"], rows)]
+    rows = [[f"[{escaped(s['title'])}](#{anchor(s['title'])})", str(s["elements"]), str(s.get("layers", "")),
+             str(len(s["expected"]))] for s in sections.values()]
+    values = [e for s in sections.values() for e in s["expected"]]
+    out = sum(not e["ok"] for e in values)
+    return [f"{len(sections)} sections, {len(values)} values, {out or 'none'} outside the tolerance. Layers are those "
+            "of elements through the thinnest wall.", "", *table(["Section", "elements", "layers", "values"], rows)]
 
 
 def section_part(s):
     sources, notes, rows = [], {}, []
+    finer = any(e["order"] for e in s["expected"])
     for e in s["expected"]:
         if e["source"] not in sources:
             sources.append(e["source"])
         if e["note"]:
             notes.setdefault(e["note"], []).append(e["name"])
         ours = e["theirs"] if difference(e, e["ours"]) == "0" and not e["relative"] else e["ours"]
+        half = [difference(e, e["theirs"] + e["finer"] * (abs(e["theirs"]) if e["relative"] else 1))
+                if e["order"] else ""] if finer else []
         rows.append([escaped(e["name"]), e["unit_name"], number(ours), number(e["theirs"], 8),
-                     difference(e, e["ours"]), tolerance(e) + ("" if e["ok"] else " **out**"),
-                     str(sources.index(e["source"]) + 1)])
-    lines = [f"### {escaped(s['title'])}", "", escaped(s["about"]), "",
-             f"`{s['name']}.json`, {s['units']}; {size_text(s)}.", "",
-             *table(["", "unit", "ours", "theirs", "difference", "tolerance", "source"], rows), ""]
-    lines += [f"{i}. {escaped(source)}" for i, source in enumerate(sources, 1)]
-    lines += [""] + [f"- {escaped(', '.join(names))}: {escaped(note)}" for note, names in notes.items()]
+                     difference(e, e["ours"]), *half, tolerance(e), str(sources.index(e["source"]) + 1)])
+    head = ["", "unit", "ours", "theirs", "difference", *(["at half the size"] if finer else []), "tolerance", "source"]
+    if not any(row[1] for row in rows):
+        head, rows = [head[0], *head[2:]], [[row[0], *row[2:]] for row in rows]
+    lines = [f"### {escaped(s['title'])}", "",
+             f"{escaped(s['about'])} (`{s['name']}.json`, {s['units']}; {size_text(s)})", "", *table(head, rows), "",
+             "Sources: " + "; ".join(f"({i}) {escaped(source)}" for i, source in enumerate(sources, 1)) + "."]
+    if notes:
+        lines += [""] + [f"- {escaped(', '.join(names))}: {escaped(note)}" for note, names in notes.items()]
     if any(plotted(s)):
         lines += ["", f"![differences against the element size](drawings/validation_{s['name']}.svg)"]
     return lines + [""]
@@ -149,7 +153,7 @@ def study_rows(values, parts, studies):
         row = [label]
         for value in values:
             e = next(e for e in s["expected"] if e["name"] == value)
-            row += [f"{number(e['ours'])} {e['unit_name']}", difference(e, e["ours"])]
+            row += [f"{number(e['ours'])} {e['unit_name']}".rstrip(), difference(e, e["ours"])]
         rows.append(row)
     return table(["", *(text for value in values for text in (value, "difference"))], rows)
 
