@@ -45,8 +45,9 @@ class Error(Exception):
 
 class Refused(Error):
     status = 1
-    meaning = ("the tables or the mesh were refused: a group out of range, no element with MATFLAG 1.0, a value that "
-               "is not finite, a clockwise or degenerate element, or a bar without a node of its own")
+    meaning = ("the tables or the mesh were refused: a group out of range, no element with MATFLAG 1.0, EREF not above "
+               "0, a value that is not finite, a clockwise or degenerate element, or a bar without a node of its own or "
+               "a host element")
 
 
 class NotSolved(Error):
@@ -154,7 +155,7 @@ def bar_table(NODE, ELEMENT, *, AREA, EMODUL, GMODUL, RADIUS=0.0, BARWEIGHT=0.0)
     return bars
 
 
-def calculate(nodes, elements, props, *, bars=None, groups=None, mode=PLASTIC, library=None):
+def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, library=None):
     """Calculates one section and returns a `Section`.
 
     nodes     (NNODES, 2)   coordinates Y, Z
@@ -162,7 +163,7 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=PLASTIC, l
     props     (NELEMS, 10)  properties in the order of COLUMNS: property_table()
     bars      (NPOINTS)     of dtype BAR: bar_table(); the results hold a copy of them
     groups    number of material groups; the largest of the property table if not given
-    mode      one of MODES
+    mode      one of MODES; if not given PLASTIC, or ELASTIC where all strengths FNEG and FPOS are 0
 
     Anything that numpy makes an array of will do; a table that is no column-ordered array of 64-bit reals (elements: of
     32-bit integers) is copied. None is changed. ValueError: a table is not of these shapes, or names a node that is not
@@ -173,9 +174,12 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=PLASTIC, l
     elements = _element_table(elements, len(nodes))
     if len(elements) != len(props):
         raise ValueError(f"props: {len(props)} rows for {len(elements)} elements")
-    bars = np.zeros(0, BAR) if bars is None else np.asarray(bars)
-    if bars.dtype != BAR or bars.ndim != 1:
+    bars = np.zeros(0, BAR) if bars is None else _unmasked("bars", bars)
+    if bars.dtype != BAR or bars.ndim != 1 or len(bars) > _LARGEST:
         raise ValueError(f"bars: a one-dimensional array of velquor.BAR expected, not {bars.shape} of {bars.dtype}")
+    if mode is None:  # without strengths no line is the plastic one
+        strengths = props[:, COLUMNS.index("FNEG"):COLUMNS.index("FPOS") + 1]
+        mode = PLASTIC if strengths.any() else ELASTIC
     if mode not in MODES:
         raise ValueError(f"mode: one of {MODES} expected, not {mode!r}")
     if groups is None:  # what is no group number is left for the library to refuse
@@ -193,7 +197,9 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=PLASTIC, l
     vq_velquor(status, nodes, len(nodes), elements, len(elements), props, len(bars), bars, result, nodeout, elemout)
     if status.value != 0:
         failure = next((kind for kind in (Refused, NotSolved, OutOfMemory) if kind.status == status.value), Error)
-        raise failure(f"status {status.value}: {failure.meaning}")
+        error = failure(f"status {status.value}: {failure.meaning}")
+        error.status = status.value
+        raise error
     return Section(*result.tolist(), nodeout, elemout[:, :, 0:8:2], elemout[:, :, 1:8:2], elemout[:, :, 8:12], bars)
 
 
@@ -221,8 +227,17 @@ def _routine(name):
     return routine
 
 
+def _unmasked(name, values):
+    if np.ma.is_masked(values):
+        raise ValueError(f"{name}: some values are masked")
+    try:
+        return np.asarray(values)
+    except ValueError as error:  # rows of unequal lengths
+        raise ValueError(f"{name}: {error}") from error
+
+
 def _reals(name, values, columns):
-    table = np.asarray(values)
+    table = _unmasked(name, values)
     if table.dtype.kind not in "fiu":
         raise ValueError(f"{name}: real numbers expected, not {table.dtype}")
     if table.ndim != 2 or table.shape[1] != columns or len(table) > _LARGEST:
@@ -231,7 +246,9 @@ def _reals(name, values, columns):
 
 
 def _integers(name, values, low, high=_LARGEST):
-    table = np.asarray(values)
+    table = _unmasked(name, values)
+    if table.size == 0:  # an empty list has no type
+        return table.astype(np.int32)
     if table.dtype.kind not in "iu":
         raise ValueError(f"{name}: integers expected, not {table.dtype}")
     outside = (table < low) | (table > high)
@@ -251,7 +268,9 @@ def _element_table(values, nnodes):
 
 
 def _one_for_each(name, values, count):
-    column = np.asarray(values, np.float64)
+    column = _unmasked(name, values)
+    if column.dtype.kind not in "fiub" and column.size > 0:
+        raise ValueError(f"{name}: real numbers expected, not {column.dtype}")
     if column.shape not in ((), (count,)):
         raise ValueError(f"{name}: one value or {count} expected, not an array of {column.shape}")
     return column

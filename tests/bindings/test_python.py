@@ -20,7 +20,7 @@ import velquor  # noqa: E402
 # Two quadrilaterals and two triangles of two materials; nodes 9 and 10 are those of bars.
 NODES = np.array([[0, 0], [2.1, 0], [4, 0.2], [0.1, 1], [2, 1.1], [4.2, 1], [0, 3], [2, 3.3], [1, 0.5], [1.5, 1.6]])
 ELEMENTS = np.array([[1, 2, 5, 4], [2, 3, 8, 5], [4, 5, 7, 7], [5, 8, 7, 7]])
-PROPS = velquor.property_table(4, EMOD=[200, 200, 100, 90], GMOD=[80, 80, 45, 40], GROUP=[1, 1, 2, -2], FNEG=1.2,
+PROPS = velquor.property_table(4, EMOD=[200, 200, 100, 90], GMOD=[80, 80, 45, 40], GROUP=[1, 1, -2, -2], FNEG=1.2,
                                FPOS=1.5, UNITWEIGHT=[3, 3, 5, 5])
 BARS = velquor.bar_table([9, 10], [1, 4], AREA=[0.11, 0.07], EMODUL=2000, GMODUL=[700, 600], RADIUS=0.8)
 
@@ -30,7 +30,8 @@ def plate(rows, columns):
     z, y = np.mgrid[0:rows + 1, 0:columns + 1]
     first = (np.arange(rows)[:, None] * (columns + 1) + np.arange(columns) + 1).ravel()
     elements = np.stack([first, first + 1, first + columns + 2, first + columns + 1], axis=-1)
-    return np.stack([y.ravel(), z.ravel()], axis=-1), elements, velquor.property_table(len(elements), EMOD=2.5, GMOD=1)
+    props = velquor.property_table(len(elements), EMOD=2.5, GMOD=1, FNEG=1, FPOS=1)
+    return np.stack([y.ravel(), z.ravel()], axis=-1), elements, props
 
 
 def bits(section):
@@ -98,7 +99,11 @@ class Tables(unittest.TestCase):
             (r"elements: 4294967297 at", {"elements": ELEMENTS + 2**32}),  # node 1 again, were it cut to 32 bits
             (r"props: 3 rows for 4 elements", {"props": PROPS[:3]}),
             (r"props: shape", {"props": PROPS[:, :9]}),
+            (r"elements: .*inhomogeneous", {"elements": [[1, 2, 5, 4], [2, 3, 8]]}),
+            (r"nodes: some values are masked", {"nodes": np.ma.masked_greater(NODES, 3)}),
             (r"bars: a one-dimensional array of velquor.BAR", {"bars": np.zeros((2, 23))}),
+            (r"bars: a one-dimensional array of velquor.BAR", {"bars": np.zeros(2, "V184")}),
+            (r"bars: a one-dimensional array of velquor.BAR", {"bars": BARS.astype(velquor.BAR.newbyteorder(">"))}),
             (r"mode: one of \(0, 1, 11, 21\) expected, not 2", {"mode": 2}),
             (r"groups: 0, expected 1", {"groups": 0}),
             (r"groups: 4294967298, expected", {"groups": 2**32 + 2}),
@@ -107,8 +112,15 @@ class Tables(unittest.TestCase):
                 velquor.calculate(**{**tables, **change})
         with self.assertRaisesRegex(ValueError, r"EMOD: one value or 4 expected, not an array of \(3,\)"):
             velquor.property_table(4, EMOD=[1, 2, 3], GMOD=1)
+        with self.assertRaisesRegex(ValueError, r"GMOD: real numbers expected, not complex"):
+            velquor.property_table(1, EMOD=1, GMOD=np.array([1 + 1j]))
         with self.assertRaisesRegex(ValueError, r"NODE: 4294967297 at index \(0,\)"):
             velquor.bar_table([2**32 + 1], [1], AREA=1, EMODUL=2, GMODUL=1)
+
+    def test_no_bars_are_an_empty_table(self):
+        none = velquor.bar_table([], [], AREA=1, EMODUL=2, GMODUL=1)
+        self.assertEqual(bits(velquor.calculate(NODES, ELEMENTS, PROPS, bars=none)),
+                         bits(velquor.calculate(NODES, ELEMENTS, PROPS)))
 
     def test_modes_choose_the_plastic_slots(self):
         by_mode = {mode: velquor.calculate(NODES, ELEMENTS, PROPS, mode=mode) for mode in velquor.MODES}
@@ -116,6 +128,9 @@ class Tables(unittest.TestCase):
         self.assertGreater(by_mode[velquor.PLASTIC_TWO].PLMOD_Z, 0)
         self.assertEqual(by_mode[velquor.PLASTIC_TWO].PLMOD_Z_NEG, 0)
         self.assertGreater(by_mode[velquor.PLASTIC].PLMOD_Z_NEG, 0)
+        self.assertEqual(bits(velquor.calculate(NODES, ELEMENTS, PROPS)), bits(by_mode[velquor.PLASTIC]))
+        without_strengths = velquor.property_table(4, EMOD=200, GMOD=80)
+        self.assertEqual(velquor.calculate(NODES, ELEMENTS, without_strengths).PLMOD_Z, 0)
 
 
 class Failures(unittest.TestCase):
