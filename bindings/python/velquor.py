@@ -46,8 +46,8 @@ class Error(Exception):
 class Refused(Error):
     status = 1
     meaning = ("the tables or the mesh were refused: a group out of range, no element with MATFLAG 1.0, EREF not above "
-               "0, a value that is not finite, a clockwise or degenerate element, or a bar without a node of its own or "
-               "a host element")
+               "0, a value that is not finite, a clockwise or degenerate element, or a bar without a node of its own "
+               "or a host element")
 
 
 class NotSolved(Error):
@@ -228,7 +228,7 @@ def _routine(name):
 
 
 def _unmasked(name, values):
-    if np.ma.is_masked(values):
+    if np.ma.getmask(values).tobytes().strip(b"\0"):  # a mask of bars has an entry for each field
         raise ValueError(f"{name}: some values are masked")
     try:
         return np.asarray(values)

@@ -61,7 +61,7 @@ class Tables(unittest.TestCase):
             (np.asfortranarray(NODES), np.asfortranarray(ELEMENTS, np.int32), PROPS, BARS),
             (np.ascontiguousarray(NODES), ELEMENTS.astype(np.int16), np.ascontiguousarray(PROPS), BARS),
             (spread[::2, 5:1:-3], np.repeat(ELEMENTS, 2, axis=0)[::2], np.repeat(PROPS, 3, axis=1)[:, ::3],
-             np.repeat(BARS, 2)[::2]),
+             np.ma.array(np.repeat(BARS, 2)[::2], mask=False)),
             (NODES.astype(">f8"), ELEMENTS.astype(np.uint64), PROPS.astype(np.longdouble), BARS),
             (NODES.tolist(), ELEMENTS.tolist(), PROPS.tolist(), BARS),
         ]
@@ -101,6 +101,7 @@ class Tables(unittest.TestCase):
             (r"props: shape", {"props": PROPS[:, :9]}),
             (r"elements: .*inhomogeneous", {"elements": [[1, 2, 5, 4], [2, 3, 8]]}),
             (r"nodes: some values are masked", {"nodes": np.ma.masked_greater(NODES, 3)}),
+            (r"bars: some values are masked", {"bars": np.ma.array(BARS, mask=[True, False])}),
             (r"bars: a one-dimensional array of velquor.BAR", {"bars": np.zeros((2, 23))}),
             (r"bars: a one-dimensional array of velquor.BAR", {"bars": np.zeros(2, "V184")}),
             (r"bars: a one-dimensional array of velquor.BAR", {"bars": BARS.astype(velquor.BAR.newbyteorder(">"))}),
