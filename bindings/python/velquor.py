@@ -142,8 +142,11 @@ def property_table(nelems, *, EMOD, GMOD, CARRIED=0.0, COUPLING=1.0, GROUP=1.0, 
     return table
 
 
-def bar_table(NODE, ELEMENT, *, AREA, EMODUL, GMODUL, RADIUS=0.0, BARWEIGHT=0.0):
-    """Bars: numbers of their nodes and elements, and for each property one value for all bars or an array."""
+def bar_table(NODE, ELEMENT, *, AREA, EMODUL, GMODUL=0.0, RADIUS=0.0, BARWEIGHT=0.0):
+    """Bars: numbers of their nodes and elements, and for each property one value for all bars or an array.
+
+    A GMODUL other than 0 makes torsion and warping depend on the unit of length.
+    """
     given = locals()
     nodes, elements = _integers("NODE", NODE, 1), _integers("ELEMENT", ELEMENT, 1)
     if nodes.ndim != 1 or nodes.shape != elements.shape:
