@@ -54,16 +54,7 @@ Host host_of(const meshes::Plan& plan) {
     host.elements.assign(mesh.ELEMNODES.memory(), mesh.ELEMNODES.memory() + 4L * mesh.NELEMS);
     const double steel[VQ_NCOLUMNS] = {2.6, 1, 0, 1, 1, 1, 235, 275, 1, 0};
     for (double value : steel) host.props.insert(host.props.end(), mesh.NELEMS, value);
-    for (const meshes::Bar& bar : mesh.bars) {
-        VYZTUZE_INFO record{};
-        record.NODE = bar.NODE;
-        record.ELEMENT = bar.ELEMENT;
-        record.AREA = bar.AREA;
-        record.EMODUL = bar.EMODUL;
-        record.GMODUL = bar.GMODUL;
-        record.RADIUS = 0.01;
-        host.bars.push_back(record);
-    }
+    host.bars = meshes::records_of(mesh.bars, 0.01);
     host.result.assign(VQ_NSLOTS, 0);
     host.nodeout.assign(3L * mesh.NNODES, 0);
     host.elemout.assign(48L * mesh.NELEMS, 0);

@@ -51,6 +51,15 @@ void add_bar(Tables& t, double y, double z, std::int32_t host, double RADIUS, do
     t.bars.push_back(bar);
 }
 
+// A bar in every n-th element, from the first on, between its first and third node.
+void add_bars(Tables& t, std::int32_t n, double RADIUS, double GMODUL) {
+    const auto elements = static_cast<std::int32_t>(t.elements.size());
+    for (std::int32_t e = 1; e <= elements; e += n) {
+        const std::int32_t a = t.elements[e - 1][0] - 1, c = t.elements[e - 1][2] - 1;
+        add_bar(t, (t.y[a] + t.y[c]) / 2, (t.z[a] + t.z[c]) / 2, e, RADIUS, GMODUL);
+    }
+}
+
 struct Outcome {
     double seconds;
     int status;
@@ -144,20 +153,12 @@ int main(int argc, char** argv) {
     });
     measure("a bar in every second element, all radii over the section", size(20000), [](int n) {
         Tables t = square(n / 2);
-        const auto elements = static_cast<std::int32_t>(t.elements.size());
-        for (std::int32_t e = 1; e <= elements; e += 2) {
-            const std::int32_t a = t.elements[e - 1][0] - 1, c = t.elements[e - 1][2] - 1;
-            add_bar(t, (t.y[a] + t.y[c]) / 2, (t.z[a] + t.z[c]) / 2, e, 10, 4);
-        }
+        add_bars(t, 2, 10, 4);
         return t;
     });
     measure("bars without shear modulus", size(20000), [](int n) {
         Tables t = square(n * 4 / 5);
-        const auto elements = static_cast<std::int32_t>(t.elements.size());
-        for (std::int32_t e = 1; e <= elements; e += 4) {
-            const std::int32_t a = t.elements[e - 1][0] - 1, c = t.elements[e - 1][2] - 1;
-            add_bar(t, (t.y[a] + t.y[c]) / 2, (t.z[a] + t.z[c]) / 2, e, 0, 0);
-        }
+        add_bars(t, 4, 0, 0);
         return t;
     });
     measure("a node of all elements: a star of triangles", size(50000), [](int n) {

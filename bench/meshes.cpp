@@ -163,4 +163,19 @@ Mesh make_mesh(const Plan& plan) {
     return mesh;
 }
 
+std::vector<VYZTUZE_INFO> records_of(const std::vector<Bar>& bars, double RADIUS) {
+    std::vector<VYZTUZE_INFO> records;
+    for (const Bar& bar : bars) {
+        VYZTUZE_INFO record{};
+        record.NODE = bar.NODE;
+        record.ELEMENT = bar.ELEMENT;
+        record.AREA = bar.AREA;
+        record.EMODUL = bar.EMODUL;
+        record.GMODUL = bar.GMODUL;
+        record.RADIUS = RADIUS;
+        records.push_back(record);
+    }
+    return records;
+}
+
 }  // namespace meshes

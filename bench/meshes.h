@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "api/velquor.h"
 #include "data/table.h"
 
 namespace meshes {
@@ -47,5 +48,8 @@ struct Plan {
 };
 
 Mesh make_mesh(const Plan& plan);
+
+// The bars of a mesh as records of the host, all with one RADIUS.
+std::vector<VYZTUZE_INFO> records_of(const std::vector<Bar>& bars, double RADIUS);
 
 }  // namespace meshes

@@ -30,17 +30,7 @@ std::uint64_t fingerprint_of(const meshes::Plan& plan, int mode) {
             soft ? 0.7 : 2.6, soft ? 0.4 : 1.0, 0, 1, soft ? 2.0 : 1.0, soft ? 0.0 : 1.0, 2.35, 2.75, 7.85, 0};
         for (std::size_t k = 0; k < VQ_NCOLUMNS; ++k) props[k * NELEMS + e] = row[k];
     }
-    std::vector<VYZTUZE_INFO> bars;
-    for (const meshes::Bar& bar : mesh.bars) {
-        VYZTUZE_INFO record{};
-        record.NODE = bar.NODE;
-        record.ELEMENT = bar.ELEMENT;
-        record.AREA = bar.AREA;
-        record.EMODUL = bar.EMODUL;
-        record.GMODUL = bar.GMODUL;
-        record.RADIUS = 0.05;
-        bars.push_back(record);
-    }
+    std::vector<VYZTUZE_INFO> bars = meshes::records_of(mesh.bars, 0.05);
     std::vector<double> result(VQ_NSLOTS), nodeout(3 * static_cast<std::size_t>(mesh.NNODES)), elemout(48 * NELEMS);
     result[VQ_MODE_SLOT] = mode;
     std::int32_t status = 2;

@@ -294,24 +294,6 @@ TEST(Guide, WarpingAndBimomentOfAChannel) {
     EXPECT_GT(values_at(s, r, 5, 5)[11], 0);
 }
 
-// Above the line means towards +Z for direction 2 and +Y for 1; FPOS is the strength there, FNEG below. On a rectangle
-// of 2 by 4 the lines follow by hand. PLMOM is exact where the line runs along element edges.
-TEST(Guide, PlasticDirectionsAndStrengths) {
-    Section s;
-    add_rectangle(s, 0, 0, 2, 4, 6, 6, {1, 1, 0, 1, 1, 1, /* FNEG */ 1, /* FPOS */ 2});
-    const auto slot = run(s).slots;
-    const double line = 4 * 2 / 3.0;  // 2 (4 - L) = 1 L
-    const double moment = 2 * (2 * 4 / 3.0 * 2 / 3.0 + 1 * line * line / 2);
-    EXPECT_NEAR(slot[VQ_PLAXIS_Z], line, 1e-7);
-    EXPECT_NEAR(slot[VQ_PLAXIS_Z_NEG], 4 - line, 1e-7);
-    EXPECT_NEAR(slot[VQ_PLAXIS_Y], line / 2, 1e-7);
-    EXPECT_NEAR(slot[VQ_PLAXIS_Y_NEG], 2 - line / 2, 1e-7);
-    EXPECT_NEAR(slot[VQ_PLMOM_Z], moment, 1e-6);
-    EXPECT_NEAR(slot[VQ_PLMOM_Z_NEG], moment, 1e-6);
-    EXPECT_NEAR(slot[VQ_PLMOM_Y], moment / 2, 1e-6);
-    EXPECT_NEAR(slot[VQ_PLMOD_Z], 2 * (line * line + (4 - line) * (4 - line)) / 2, 1e-6);
-}
-
 // Two squares of 2 upon each other as two groups: their own moments plus the share of their distance, the stress of a
 // unit moment likewise. Torsion, shear and the shear centre know no groups.
 TEST(Guide, CoupledGroups) {

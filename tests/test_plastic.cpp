@@ -119,21 +119,6 @@ void add_idle_node(Section& s, double y, double z) { add_bar(s, y, z, 1, 0, 0); 
 
 }  // namespace
 
-TEST(Plastic, TSection) {
-    Section s;
-    const Material m{1, 1, 0, 1, 1, 1, 235, 235};
-    add_rectangle(s, -0.5, 0, 0.5, 10, 1, 4, m);
-    for (const double y : {-5.0, -0.5, 0.5}) add_rectangle(s, y, 10, y == -0.5 ? 0.5 : y + 4.5, 11, 1, 1, m);
-    for (const Section& mesh : {s, as_triangles(s)}) {
-        const std::vector<double> slots = run(mesh).slots;
-        EXPECT_NEAR(slots[30], 10, 1e-6);
-        EXPECT_NEAR(slots[33], 55, 1e-5);
-        EXPECT_NEAR(slots[37], 235 * 55, 2e-3);
-        EXPECT_NEAR(slots[42], 10 - slots[VQ_ZC], 1e-6);
-        EXPECT_TRUE(slots[35] == slots[33] && slots[32] == slots[30] && slots[29] == 0);  // equal strengths; symmetry
-    }
-}
-
 // All eight call forms against polygon clipping at the line that they report, and the balance at that line.
 TEST(Plastic, EqualsPolygonClippingInEveryPatternOfCorners) {
     std::set<std::pair<std::size_t, int>> seen;

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <thread>
 #include <vector>
 
 #include "element/suportbase.h"
@@ -295,32 +293,6 @@ TEST(Run, ScalingLaws) {
         expect_scaled(a.nodeout[i], b.nodeout[i], i < s.y.size() ? 2 : 1, 0, 0);
 }
 
-// A rectangle of 2a along y, 2b along z on square elements, against Saint-Venant's series: halving them quarters the
-// error, and the limit drawn from two meshes is the series' value.
-TEST(Run, RectangleConvergesAtSecondOrder) {
-    const double a = 1.5, b = 1, pi = std::acos(-1.0);
-    double J = 16 * a * b * b * b / 3, I = 4 / 9.0 * std::pow(a * b, 3);
-    for (int n = 0; n < 40; ++n) {
-        const double m = (2 * n + 1) * pi, k = m / (2 * a), T = std::tanh(k * b), C = std::cosh(k * b);
-        J -= 1024 * std::pow(b, 4) / std::pow(m, 5) * std::tanh(m * a / (2 * b));
-        I += (16 * (T / k - b / (C * C)) - 32 * (b - T / k)) / (a * std::pow(k, 6));
-    }
-    const double exact[] = {J, I, 5 * a * b * 4 / 6, 5 * a * b * 4 / 6};
-    Section coarse, fine;
-    add_rectangle(coarse, -a, -b, a, b, 12, 8);
-    add_rectangle(fine, -a, -b, a, b, 24, 16);
-    for (const bool triangles : {false, true}) {
-        const Results c = run(triangles ? as_triangles(coarse) : coarse),
-                      f = run(triangles ? as_triangles(fine) : fine);
-        const int slots[] = {VQ_GJ, VQ_IW, VQ_GAY, VQ_GAZ};
-        for (int k = 0; k < 4; ++k) {
-            const double at_coarse = c.slots[slots[k]], at_fine = f.slots[slots[k]];
-            EXPECT_NEAR((at_coarse - exact[k]) / (at_fine - exact[k]), 4, 0.3) << k;
-            EXPECT_NEAR((4 * at_fine - at_coarse) / 3, exact[k], 1e-3 * exact[k]) << k;
-        }
-    }
-}
-
 // Bimoment shear in the flanges of an I of h between their middles: S / (IW t) with IW = h^2 b^3 t / 24 and S the first
 // moment of the warping h y / 2 beyond the point. 1 % for the finite thickness.
 TEST(Run, FlangeUnderWarpingShear) {
@@ -370,21 +342,5 @@ TEST(Run, UnsolvableSystemsLeaveTheTablesAlone) {
         r.slots[VQ_MODE_SLOT] = before;
         for (const auto* table : {&r.slots, &r.nodeout, &r.elemout})
             for (const double x : *table) EXPECT_EQ(x, before);
-    }
-}
-
-TEST(Run, ThreadsOnSeparateTablesGiveTheBitsOfOne) {
-    const Section sections[] = {reinforced_angle(), channel(), angle_section(true), as_triangles(channel())};
-    std::vector<Results> alone, together(4);
-    for (const Section& s : sections) alone.push_back(run(s));
-    for (const int count : {2, 4}) {
-        std::vector<std::thread> threads;
-        for (int k = 0; k < count; ++k) threads.emplace_back([&, k] { together[k] = run(sections[k]); });
-        for (std::thread& thread : threads) thread.join();
-        for (int k = 0; k < count; ++k) {
-            EXPECT_EQ(std::memcmp(together[k].slots.data(), alone[k].slots.data(), VQ_NSLOTS * sizeof(double)), 0);
-            EXPECT_EQ(together[k].nodeout, alone[k].nodeout);
-            EXPECT_EQ(together[k].elemout, alone[k].elemout);
-        }
     }
 }

@@ -153,7 +153,7 @@ mesh make_mesh(const SectionFile& file, int refine) {
             try {
                 add_part(&m, file.parts[i]);
             } catch (const std::exception& error) {
-                throw std::runtime_error("part " + std::to_string(i + 1) + ": " + error.what());
+                throw std::runtime_error("shape " + std::to_string(i + 1) + ": " + error.what());
             }
         }
         if (end_mesh(&m) != 0) throw std::runtime_error("the mesh is too large");

@@ -217,7 +217,7 @@ SectionFile read_section_file(const std::string& path) {
     for (size_t i = 0; i < materials.size(); ++i)
         file.materials.push_back(read_material(materials[i], item(path, "material", i)));
     for (size_t i = 0; i < parts.size(); ++i) {
-        check_part(parts[i], item(path, "part", i), materials.size());
+        check_part(parts[i], item(path, "shape", i), materials.size());
         file.parts.push_back(parts[i]);
     }
     for (size_t i = 0; j.contains("bars") && i < list(j, "bars", path).size(); ++i)
