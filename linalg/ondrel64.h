@@ -8,11 +8,14 @@
 //           -1 has nothing left to release
 //   n, nrhs order of A, columns of b and x (n, nrhs), which follow each other in memory
 //   error   0 done; -1 inconsistent arguments, ia or ja not as above; -2 out of memory, or indices beyond 32 bits;
-//           -4 a or b not finite, X would not be, or A not positive definite where mtype says so.
+//           -4 a not finite, X beyond all reals, no X found that meets the equations (backward error above 1e-6), or A
+//           not positive definite where mtype says so.
 //           x is undefined unless error is 0
 //
 // handle, maxfct, mnum, perm, iparm and msglvl are not read: there is nothing to keep, to choose or to print. a, ia, ja
 // and b are not modified; x must not overlap them.
+//
+// A column of b that is not finite gives a column of x that is not a number; the others are solved as ever.
 //
 // With mtype -2 a singular matrix is no error. An unknown whose row is empty, or whose pivot is nothing but rounding,
 // is 0 and its equation is passed over; all other equations are solved. The result does not depend on threads, on the

@@ -59,6 +59,15 @@ Section sample(double COUPLING = 1, double GMOD = 45) {
     return s;
 }
 
+// The same with a triangle without area, which no system takes.
+Section flat() {
+    Section s = sample();
+    const std::int32_t a = node_at(s, 20, 0), b = node_at(s, 21, 1), c = node_at(s, 22, 2);
+    s.elements.push_back({a, b, c, c});
+    s.materials.push_back(s.materials.back());
+    return s;
+}
+
 // The same with all moduli so small that most stiffnesses are denormal numbers.
 Section faint() {
     Section s = sample();
@@ -98,6 +107,7 @@ std::vector<Host> various_hosts() {
                                host_of(sample(0.5), 11),
                                host_of(sample(1, -45), 0),
                                host_of(faint(), 1),
+                               host_of(flat(), 1),
                                host_of(large(300), 1),
                                host_of(moved(sample(), 1e3, 0, 1), 1),
                                host_of(scaled(sample(), 1e100), 0),

@@ -325,22 +325,15 @@ TEST(Run, SkewCoefficientsOfWarpingVanishBelowTheLimit) {
     }
 }
 
-// A triangle without area spoils the first system; the mesh checks let it through. A single triangle has no stiffness
-// in shear, and nothing but infinities, or what rounding makes of them, for the second.
+// A triangle without area spoils the first system; the mesh checks let it through.
 TEST(Run, UnsolvableSystemsLeaveTheTablesAlone) {
-    Section s = angle_section(), one;
+    Section s = angle_section();
     const std::int32_t a = node_at(s, 20, 0), b = node_at(s, 21, 1), c = node_at(s, 22, 2);
     s.elements.push_back({a, b, c, c});
     s.materials.push_back({30, 12});
-    one.y = {0, 3, 1}, one.z = {0, 0.5, 2.5};
-    one.elements = {{1, 2, 3, 3}};
-    one.materials.resize(1);
-    for (const Section* section : {&s, &one}) {
-        Results r = run(*section);
-        if (section == &one && r.status == VQ_DONE && r.slots[VQ_IW] > 0) continue;
-        EXPECT_EQ(r.status, VQ_NOT_SOLVED);
-        r.slots[VQ_MODE_SLOT] = before;
-        for (const auto* table : {&r.slots, &r.nodeout, &r.elemout})
-            for (const double x : *table) EXPECT_EQ(x, before);
-    }
+    Results r = run(s);
+    EXPECT_EQ(r.status, VQ_NOT_SOLVED);
+    r.slots[VQ_MODE_SLOT] = before;
+    for (const auto* table : {&r.slots, &r.nodeout, &r.elemout})
+        for (const double x : *table) EXPECT_EQ(x, before);
 }

@@ -89,6 +89,51 @@ const double* primary_column(const System& system, std::size_t z) {
     return system.border.Y.get() + z / LANES * lane(system.symbolic.nodes) + z % LANES;
 }
 
+// The columns W = D^-1/2 L^-1 C of the primaries as Q R, Q orthonormal and R upper triangular, by the modified
+// Gram-Schmidt process, twice where a column loses most of its length (Giraud, Langou and Rozloznik 2005). Q takes the
+// place of W in Y; at the grounded positions it holds what the same combinations of the constraints leave there.
+//
+// The multipliers of these combinations are the border's unknowns. Those of the constraints as they were given can be
+// so unequal, or so nearly dependent, that products W^T W keep no digit of the weaker ones: on a thin strip at 45
+// degrees the two linear constraints differ by (thickness / length)^2. A column that depends on those before it is
+// zero in Q and keeps its own scale, by which what is left of it at the grounded positions is rounding.
+void orthogonalise(const System& system, Border& border) {
+    const std::size_t primaries = system.classes.primary.size();
+    const std::int64_t nodes = system.symbolic.nodes, pivots = system.symbolic.pivots;
+    const std::vector<double>& inverse = system.factor.inverse;
+    const auto column = [&](std::size_t z) { return border.Y.get() + z / LANES * lane(nodes) + z % LANES; };
+    const auto product = [&](const double* u, const double* v) {
+        double sum = 0;
+        for (std::int64_t p = 0; p < pivots; ++p) sum += u[lane(p)] * inverse[p] * v[lane(p)];
+        return sum;
+    };
+    border.R.assign(primaries * primaries, 0);
+    border.column.assign(primaries, Column::independent);
+    for (std::size_t z = 0; z < primaries; ++z) {
+        double* v = column(z);
+        const double whole = std::sqrt(product(v, v));
+        double left = whole;
+        for (int pass = 0; pass < 2 && whole > 0; ++pass) {
+            for (std::size_t y = 0; y < z; ++y) {
+                if (border.column[y] != Column::independent) continue;
+                const double* u = column(y);
+                const double r = product(u, v);
+                border.R[z * primaries + y] += r;
+                for (std::int64_t p = 0; p < nodes; ++p) v[lane(p)] -= r * u[lane(p)];
+            }
+            left = std::sqrt(product(v, v));
+            if (left > 0.1 * whole) break;
+        }
+        if (left <= DEPENDENT * whole) {
+            border.column[z] = whole > 0 ? Column::dependent : Column::grounded;
+            for (std::int64_t p = 0; p < pivots; ++p) v[lane(p)] = 0;
+            left = whole > 0 ? whole : 1;
+        }
+        border.R[z * primaries + z] = left;
+        for (std::int64_t p = 0; p < nodes; ++p) v[lane(p)] /= left;
+    }
+}
+
 // What elimination of the core leaves among the grounded nodes; rounding counts as 0.
 struct Grounded {
     std::vector<double> diagonal;
@@ -157,6 +202,7 @@ std::size_t choose_places(const System& system, const Grounded& left, std::vecto
             if (alone) values[c.place[i]] = c.rows.value[at];
         }
         if (!alone) continue;
+        solve_transposed(system.border, values.data(), 1);
         candidates.push_back(grounded + primaries + k);
         rows.insert(rows.end(), values.begin(), values.end());
     }
@@ -168,11 +214,10 @@ std::size_t choose_places(const System& system, const Grounded& left, std::vecto
     return static_cast<std::size_t>(size);
 }
 
-// The border's matrix less what the core takes from it, both triangles.
+// The border's matrix less what the core takes from it, both triangles, in the unknowns that `orthogonalise` makes.
 std::vector<double> dense_matrix(const System& system, const Grounded& left, std::size_t size) {
     const Classes& c = system.classes;
     const std::int64_t pivots = system.symbolic.pivots;
-    const std::vector<double>& inverse = system.factor.inverse;
     const auto [grounded, primaries, seconds] = count(system);
     std::vector<double> D(size * size);
     const auto add = [&](std::size_t i, std::size_t j, double value) {
@@ -186,26 +231,56 @@ std::vector<double> dense_matrix(const System& system, const Grounded& left, std
     for (std::size_t z = 0; z < primaries; ++z) {
         const double* v = primary_column(system, z);
         for (std::size_t g = 0; g < grounded; ++g) add(g, grounded + z, v[lane(pivots + static_cast<std::int64_t>(g))]);
-        for (std::size_t y = 0; y <= z; ++y) {
-            const double* u = primary_column(system, y);
-            double sum = 0;
-            for (std::int64_t p = 0; p < pivots; ++p) sum += u[lane(p)] * inverse[p] * v[lane(p)];
-            add(grounded + y, grounded + z, -sum);
-        }
+        if (system.border.column[z] == Column::independent) add(grounded + z, grounded + z, -1);
     }
+
+    // entries among primaries and seconds
+    std::vector<double> among(primaries * primaries), values(primaries);
+    bool any = false;
     for (std::size_t k = 0; k < primaries + seconds; ++k) {
         const std::int32_t row = c.slim[k < primaries ? c.primary[k] : c.second[k - primaries]];
+        std::fill(values.begin(), values.end(), 0.0);
         for (std::int32_t at = c.rows.start[row]; at < c.rows.start[row + 1]; ++at) {
             const std::int32_t i = c.rows.column[at];
-            if (c.kind[i] != Kind::primary && c.kind[i] != Kind::second) continue;
-            const std::size_t l = c.kind[i] == Kind::primary ? c.place[i] : primaries + c.place[i];
-            if (l < k) add(grounded + k, grounded + l, c.rows.value[at]);
+            if (c.kind[i] == Kind::primary) values[c.place[i]] = c.rows.value[at];
+            if (c.kind[i] == Kind::second && k >= primaries && primaries + c.place[i] < k)
+                add(grounded + k, grounded + primaries + c.place[i], c.rows.value[at]);
+        }
+        if (k < primaries) {
+            any = any || std::any_of(values.begin(), values.end(), [](double v) { return v != 0; });
+            std::copy(values.begin(), values.end(), among.begin() + static_cast<std::ptrdiff_t>(k * primaries));
+        } else if (system.border.place[grounded + k] >= 0) {
+            solve_transposed(system.border, values.data(), 1);
+            for (std::size_t z = 0; z < primaries; ++z)
+                if (values[z] != 0) add(grounded + k, grounded + z, values[z]);
         }
     }
+    if (!any) return D;
+    for (std::size_t z = 0; z < primaries; ++z) solve_transposed(system.border, &among[z * primaries], 1);
+    for (std::size_t z = 0; z < primaries; ++z) solve_transposed(system.border, &among[z], primaries);
+    for (std::size_t z = 0; z < primaries; ++z)
+        for (std::size_t y = 0; y <= z; ++y) add(grounded + y, grounded + z, among[y * primaries + z]);
     return D;
 }
 
 }  // namespace
+
+void solve_transposed(const Border& border, double* X, std::size_t stride) {
+    const std::size_t p = border.column.size();
+    for (std::size_t z = 0; z < p; ++z) {
+        double x = X[z * stride];
+        for (std::size_t y = 0; y < z; ++y) x -= border.R[z * p + y] * X[y * stride];
+        X[z * stride] = x / border.R[z * p + z];
+    }
+}
+
+void solve_upper(const Border& border, double* X, std::size_t stride) {
+    const std::size_t p = border.column.size();
+    for (std::size_t z = p; z-- > 0;) {
+        X[z * stride] /= border.R[z * p + z];
+        for (std::size_t y = 0; y < z; ++y) X[y * stride] -= border.R[z * p + y] * X[z * stride];
+    }
+}
 
 void factorise_border(const Matrix& A, System& system) {
     const Classes& c = system.classes;
@@ -213,6 +288,7 @@ void factorise_border(const Matrix& A, System& system) {
     const std::size_t grounded = count(system).grounded, primaries = count(system).primaries;
     Border& border = system.border;
     const Grounded left = remainder_of_core(system);
+    orthogonalise(system, border);
     const std::size_t size = choose_places(system, left, border.place);
     border.unfit = left.negative || size > MAXBORDER;
     if (border.unfit) return;
@@ -222,13 +298,10 @@ void factorise_border(const Matrix& A, System& system) {
     std::vector<std::int8_t> late(size);
     for (std::size_t k = grounded + primaries; k < border.place.size(); ++k)
         if (border.place[k] >= 0) late[border.place[k]] = 1;
-    std::vector<double> D = dense_matrix(system, left, size);
-    std::vector<double> core_left(size);  // of a primary, what elimination of the core leaves on its diagonal; else 0
-    for (std::size_t k = grounded; k < grounded + primaries; ++k) {
-        const std::int32_t p = border.place[k];
-        if (p >= 0) core_left[p] = std::fabs(D[p * size + p]);
-    }
-    border.dense = factorise_dense(std::move(D), late, core_left);
+    std::vector<std::int8_t> scaled(size);
+    for (std::size_t z = 0; z < primaries; ++z)
+        scaled[border.place[grounded + z]] = border.column[z] == Column::grounded ? 0 : 1;
+    border.dense = factorise_dense(dense_matrix(system, left, size), late, scaled);
 
     std::vector<std::int8_t> null(size);
     for (std::size_t p = 0; p < size; ++p) null[border.dense.row[p]] = border.dense.block[p] == Pivot::null ? 1 : 0;

@@ -12,17 +12,15 @@ constexpr int SWEEPS = 6;
 
 double power_of_two(double x) { return std::ldexp(1.0, -std::ilogb(x) / 2); }
 
-// Brings what the core has left on the diagonal of a constraint near 1, then the largest entry of every other row. A
-// scale that looked at the largest entries alone would depend on the units of the core, and with it what counts as
-// null: the grounded nodes, whose diagonal is 0, take every scale. Powers of 2 leave the digits as they are.
-void equilibrate(std::vector<double>& A, const std::vector<double>& left, std::vector<double>& scale, std::size_t n) {
+// Brings the largest entry of every row but the scaled ones near 1. Powers of 2 leave the digits as they are.
+void equilibrate(std::vector<double>& A, const std::vector<std::int8_t>& scaled, std::vector<double>& scale,
+                 std::size_t n) {
     scale.assign(n, 1);
-    for (int sweep = 0; sweep <= SWEEPS; ++sweep) {
+    for (int sweep = 0; sweep < SWEEPS; ++sweep) {
         std::vector<double> factor(n, 1);
         for (std::size_t j = 0; j < n; ++j) {
-            double largest = sweep == 0 ? left[j] : 0;
-            for (std::size_t i = 0; i < n && sweep > 0 && left[j] == 0; ++i)
-                largest = std::max(largest, std::fabs(A[j * n + i]));
+            double largest = 0;
+            for (std::size_t i = 0; i < n && !scaled[j]; ++i) largest = std::max(largest, std::fabs(A[j * n + i]));
             if (largest > 0) factor[j] = power_of_two(largest);
         }
         for (std::size_t j = 0; j < n; ++j) {
@@ -99,12 +97,13 @@ void eliminate_pair(double* F, std::size_t n, std::size_t p) {
     for (std::size_t i = p + 2; i < n; ++i) divide_pair(F, n, p, L0[i], L1[i]);
 }
 
-Dense factorise_dense(std::vector<double> A, const std::vector<std::int8_t>& late, const std::vector<double>& left) {
+Dense factorise_dense(std::vector<double> A, const std::vector<std::int8_t>& late,
+                      const std::vector<std::int8_t>& scaled) {
     Dense D;
     const std::size_t n = late.size();
     D.n = static_cast<std::int32_t>(n);
     D.L = std::move(A);
-    equilibrate(D.L, left, D.scale, n);
+    equilibrate(D.L, scaled, D.scale, n);
     D.row.resize(n);
     D.block.assign(n, Pivot::null);
     for (std::size_t i = 0; i < n; ++i) D.row[i] = static_cast<std::int32_t>(i);

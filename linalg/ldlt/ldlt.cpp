@@ -30,19 +30,25 @@ Outcome factorise_bordered(const Matrix& A, bool definite, System& system, const
             c.graph = Lists();  // a tenth of the memory, and nothing reads it any more
             return system.border.unfit ? otherwise : Outcome::done;
         }
-        if (definite) return otherwise;
+        if (definite || system.factor.null.size() > MAXBORDER) return otherwise;
         for (const std::int32_t v : system.factor.null) c.grounded[v] = 1;
     }
     return otherwise;
 }
 
-// Columns `column` on of B, as many as there are lanes; spare lanes are 0.
-void gather(const double* b, std::int64_t n, std::int32_t column, std::int32_t lanes, double* B) {
+// Columns of B from b on, for as many lanes; spare lanes are 0, and so are columns that are not finite.
+void gather(const double* b, std::int64_t n, std::int32_t lanes, const bool (&given)[LANES], double* B) {
     for (std::int64_t i = 0; i < n; ++i)
-        for (std::int32_t q = 0; q < LANES; ++q) B[i * LANES + q] = q < lanes ? b[(column + q) * n + i] : 0;
+        for (std::int32_t q = 0; q < LANES; ++q) B[i * LANES + q] = q < lanes && given[q] ? b[q * n + i] : 0;
 }
 
 }  // namespace
+
+bool finite(const double* values, std::int64_t count) {
+    double sum = 0;
+    for (std::int64_t k = 0; k < count; ++k) sum += values[k] * 0;  // 0, or not a number
+    return sum == 0;
+}
 
 bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const double* b, double* x,
                      Instructions instructions) {
@@ -59,7 +65,9 @@ bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const do
     Buffer<double> other;
     for (std::int32_t column = 0; column < nrhs; column += LANES) {
         const std::int32_t lanes = std::min(nrhs - column, LANES);
-        gather(b, n, column, lanes, B.get());
+        bool given[LANES] = {};
+        for (std::int32_t q = 0; q < lanes; ++q) given[q] = finite(b + (column + q) * n, n);
+        gather(b + column * n, n, lanes, given, B.get());
         double error[LANES];
         solve_refined(A, system, B.get(), X.get(), error, kernel);
         const bool converged = std::all_of(error, error + lanes, [](double e) { return e <= CONVERGED; });
@@ -68,12 +76,18 @@ bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const do
             if (!other) other = buffer<double>(size);
             double second[LANES];
             solve_refined(A, fallback, B.get(), other.get(), second, kernel);
-            for (std::int32_t q = 0; q < lanes; ++q)
-                if (!(error[q] <= CONVERGED) && (second[q] < error[q] || std::isnan(error[q])))
-                    for (std::int64_t i = q; i < size; i += LANES) X[i] = other[i];
+            for (std::int32_t q = 0; q < lanes; ++q) {
+                if (error[q] <= CONVERGED || !(second[q] < error[q] || std::isnan(error[q]))) continue;
+                error[q] = second[q];
+                for (std::int64_t i = q; i < size; i += LANES) X[i] = other[i];
+            }
         }
-        for (std::int32_t q = 0; q < lanes; ++q)
-            for (std::int64_t i = 0; i < n; ++i) x[(column + q) * n + i] = X[i * LANES + q];
+        for (std::int32_t q = 0; q < lanes; ++q) {
+            double* solution = x + (column + q) * n;
+            if (!(error[q] <= ACCEPTED)) return false;
+            for (std::int64_t i = 0; i < n; ++i) solution[i] = given[q] ? X[i * LANES + q] : NAN;
+            if (given[q] && !finite(solution, n)) return false;
+        }
     }
     return true;
 }

@@ -59,8 +59,11 @@ struct Matrix {
     const std::int32_t* ja = nullptr;
 };
 
-// Solves A X = B; b and x hold nrhs columns of length n, every entry of A and B is finite. With `definite` a matrix
-// that is not positive definite is refused: false, X undefined. Without, see linalg/ondrel64.h for singular ones.
+bool finite(const double* values, std::int64_t count);  // all of them
+
+// Solves A X = B; b and x hold nrhs columns of length n, every entry of A is finite. A column of B that is not gives a
+// column of X that is not a number. False, X undefined: no solution was found that meets the equations, or with
+// `definite` a matrix that is not positive definite. Without, see linalg/ondrel64.h for singular ones.
 bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const double* b, double* x,
                      Instructions instructions);
 
@@ -208,16 +211,24 @@ struct Dense {
     std::vector<Pivot> block;       // (n)
 };
 
+// The column of a primary in the core: independent of those before it, dependent on them, or with no entry there.
+enum class Column : std::int8_t { independent, dependent, grounded };
+
 // The border once the core is eliminated. Its unknowns are counted as grounded nodes, primaries, seconds.
 struct Border {
     std::vector<std::int32_t> place;  // place of each border unknown in the dense matrix, -1 where it is dead
-    Buffer<double> Y;                 // (blocks of 4 primaries, nodes, LANES)  L^-1 times the primaries' columns
+    Buffer<double> Y;            // (blocks of 4 primaries, nodes, LANES)  L^-1 times the primaries' columns, as Q R:
+                                 //                                        Q
+    std::vector<double> R;       // (primaries, primaries)  upper triangle, column after column
+    std::vector<Column> column;  // (primaries)
     Dense dense;
     bool unfit = false;  // the core turned out indefinite, or the border too large: nothing else is filled
 };
 
 // Factorises the dense matrix A (n, n). Rows with `late` set become pivots only when no other row can.
-Dense factorise_dense(std::vector<double> A, const std::vector<std::int8_t>& late, const std::vector<double>& left);
+// Rows with `scaled` set keep their scale.
+Dense factorise_dense(std::vector<double> A, const std::vector<std::int8_t>& late,
+                      const std::vector<std::int8_t>& scaled);
 void solve_dense(const Dense& D, double* X);  // (n, LANES), a null pivot gives 0
 
 // Rows of a singular matrix that touch nothing but p others: at most p of them are independent, and the rest can not
@@ -259,6 +270,11 @@ struct System {
 // The columns of the primaries by positions, ties condensed, four to a block, and the number of blocks.
 std::int64_t primary_blocks(const Classes& c);
 Buffer<double> primary_columns(const Classes& c, const Symbolic& S);
+
+// X becomes R^-T X and R^-1 X: loads of the primaries in terms of Q, and their multipliers from those of Q. The
+// entries of X stand `stride` apart.
+void solve_transposed(const Border& border, double* X, std::size_t stride);
+void solve_upper(const Border& border, double* X, std::size_t stride);
 
 // Both fill `border`, its Y eliminated before, and `dead` of a system whose core is factorised, or the general members
 // of an empty one.

@@ -12,7 +12,9 @@ constexpr int MAXSTEPS = 3;
 constexpr double ACCURATE = 5e-15;  // backward error at which no further step is worth its time
 constexpr double TINY = 1e-6;       // share of its norm times max |x| below which a row holds nothing but rounding
 
-// The equations that count: rows of A that are not dead, in columns that are not dead.
+// The equations that count: those of unknowns that are not dead, and every constraint, that is a row without a diagonal
+// that touches rows with one. A constraint that depends on others is met with them, and one that is not met must not be
+// passed over.
 struct Equations {
     const Matrix& A;
     const std::vector<std::int8_t>& dead;
@@ -40,7 +42,7 @@ void residual(const Equations& e, const double* B, const double* X, double* R, d
     for (std::int64_t i = 0; i < n; ++i) {
         for (int q = 0; q < LANES; ++q) {
             double& r = R[i * LANES + q];
-            if (e.dead[i]) r = 0;
+            if (e.dead[i] && !(A.a[A.ia[i] - 1] == 0 && e.largest[0][i] > 0)) r = 0;
             double size = work[i * LANES + q];
             const double bound = std::max(e.largest[0][i] * most[0][q], e.largest[1][i] * most[1][q]);
             if (size < TINY * bound) size += bound;

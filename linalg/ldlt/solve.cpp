@@ -45,10 +45,11 @@ void solve(const System& system, const double* B, double* X, double* work, const
 
     // the border's unknowns
     std::vector<double> z(lane(primaries)), dense(lane(border.dense.n));
+    for (std::int64_t k = 0; k < primaries; ++k) std::copy_n(X + lane(c.primary[k]), LANES, &z[lane(k)]);
+    for (int q = 0; q < LANES && primaries > 0; ++q) solve_transposed(border, &z[q], LANES);
     for (std::int64_t k = 0; k < primaries; ++k) {
         const double* y = border.Y.get() + k / LANES * lane(S.nodes) + k % LANES;
         double* load = &z[lane(k)];
-        std::copy_n(X + lane(c.primary[k]), LANES, load);
         for (std::int32_t p = 0; p < S.pivots; ++p)
             subtract(load, y[lane(p)] * system.factor.inverse[p], work + lane(p));
     }
@@ -75,6 +76,7 @@ void solve(const System& system, const double* B, double* X, double* work, const
     }
     backward(S, system.factor, work, kernel);
 
+    for (int q = 0; q < LANES && primaries > 0; ++q) solve_upper(border, &z[q], LANES);
     for (std::int64_t k = 0; k < primaries; ++k) std::copy_n(&z[lane(k)], LANES, X + lane(c.primary[k]));
     for (std::int32_t p = 0; p < S.nodes; ++p) std::copy_n(work + lane(p), LANES, X + lane(c.core[S.node[p]]));
     for (std::int64_t i = 0; i < n; ++i)
