@@ -194,6 +194,17 @@ int main(int argc, char** argv) {
                     t.GMODS[side / 2] = -1;
                     return t;
                 });
+    for (const double filler : {1e-13, 1e-16})
+        measure(filler == 1e-13 ? "stiff inclusions at 1e13, one shear modulus below 0"
+                                : "stiff inclusions at 1e16, none below 0",
+                size(filler == 1e-13 ? 20000 : 160000), [filler](int n) {
+                    Tables t = square(n);
+                    const auto side = static_cast<std::size_t>(std::sqrt(n));
+                    for (std::size_t e = 0; e < t.elements.size(); ++e)
+                        t.GMODS.push_back(e / side % 4 < 2 && e % side % 4 < 2 ? 1 : filler);
+                    if (filler == 1e-13) t.GMODS[side / 2] = -1;
+                    return t;
+                });
     measure("shear moduli below 0 on every other element, at random", size(100000), [](int n) {
         Tables t = square(n);
         meshes::Random random{7};

@@ -9,23 +9,23 @@ namespace LDLT {
 namespace {
 
 constexpr double THRESHOLDS[] = {0.25, 0.01};  // size of a pivot against its column: wanted, and still accepted
-// Taken only where so many columns are delayed that they, not the tree, would decide the work: at least MANYDELAYED,
-// and more than the front has rows of its own. Refinement makes up for the growth.
-constexpr double RELAXED[] = {1e-4, 1e-8, 1e-12};
-constexpr std::size_t MANYDELAYED = 64;
-constexpr double NULLGENERAL = 1e-13;  // size at which a column of the scaled matrix counts as null
+constexpr double NULLGENERAL = 1e-13;          // size at which a column of the scaled matrix counts as null
 constexpr int SWEEPS = 5;
 
+// Brings the largest entry of every row near 1: among the rows with a diagonal first, by what they have in common
+// alone. A constraint, of which any multiple says the same, must not set the scale of weak material.
 std::vector<double> equilibrate(const Matrix& A) {
     std::vector<double> scale(A.n, 1), largest(A.n);
+    std::vector<std::int8_t> stiff(A.n);
+    for (std::int32_t i = 0; i < A.n; ++i) stiff[i] = A.a[A.ia[i] - 1] != 0 ? 1 : 0;
     for (int sweep = 0; sweep < SWEEPS; ++sweep) {
         std::fill(largest.begin(), largest.end(), 0.0);
         for (std::int32_t i = 0; i < A.n; ++i)
             for (std::int32_t at = A.ia[i] - 1; at < A.ia[i + 1] - 1; ++at) {
                 const std::int32_t j = A.ja[at] - 1;
                 const double a = std::fabs(A.a[at] * scale[i] * scale[j]);
-                largest[i] = std::max(largest[i], a);
-                largest[j] = std::max(largest[j], a);
+                if (stiff[j] || !stiff[i]) largest[i] = std::max(largest[i], a);
+                if (stiff[i] || !stiff[j]) largest[j] = std::max(largest[j], a);
             }
         for (std::int32_t i = 0; i < A.n; ++i)
             if (largest[i] > 0) scale[i] *= std::ldexp(1.0, -std::ilogb(largest[i]) / 2);
@@ -97,23 +97,49 @@ bool try_pivot(Work& w, std::size_t j, double threshold) {
     return stable && t > 0;
 }
 
-// Takes pivots that pass the threshold until none does, or until no more than `enough` candidates are left.
-void take_pivots(Work& w, double threshold, std::size_t enough) {
+// The pivot at column j if what it takes from other rows is no larger than what stands there (Bunch and Kaufman),
+// however long its column of L. A stiff part that hangs in weak material has such a pivot as its last one: small beside
+// its neighbours, which the part's own stiffness has scaled, and no less exact.
+bool try_small_pivot(Work& w, std::size_t j, double threshold) {
+    const double d = at(w, j, j);
+    std::size_t i = j;
+    double beside = 0;
+    for (std::size_t k = w.done; k < w.n; ++k)
+        if (k != j && at(w, k, j) > beside) {
+            beside = at(w, k, j);
+            i = k;
+        }
+    if (std::max(d, beside) < NULLGENERAL) return false;
+    const double there = std::max(at(w, i, i), largest_beside(w, i, j, nullptr));
+    if (d * there < threshold * beside * beside) return false;
+    take_pivot(w, j);
+    return true;
+}
+
+// Takes pivots that pass the test with a threshold until none does.
+template <class Test>
+void take_pivots(Work& w, Test test, double threshold) {
     for (bool found = true; found;) {
         found = false;
-        for (std::size_t j = w.done; j < w.candidates && w.candidates - w.done > enough; ++j)
-            if (try_pivot(w, j, threshold)) {
+        for (std::size_t j = w.done; j < w.candidates; ++j)
+            if (test(w, j, threshold)) {
                 found = true;
                 j = std::max(j, w.done) - 1;
             }
     }
 }
 
-// What passes the stricter threshold goes first: entries grow less, and fewer columns are delayed in the end. `own` is
-// the number of rows that the front has without delayed ones.
-void pivot_front(Work& w, bool root, std::size_t own) {
-    for (const double threshold : THRESHOLDS) take_pivots(w, threshold, 0);
-    for (const double threshold : RELAXED) take_pivots(w, threshold, std::max(MANYDELAYED, own));
+// What passes the stricter threshold goes first: entries grow less, and fewer columns are delayed in the end.
+void pivot_front(Work& w, bool root) {
+    for (const double threshold : THRESHOLDS) take_pivots(w, try_pivot, threshold);
+    take_pivots(w, try_small_pivot, THRESHOLDS[0]);
+    // Nothing that is still to come can make a pivot of a column that holds nothing but rounding.
+    for (std::size_t j = w.done; j < w.candidates; ++j)
+        if (std::max(at(w, j, j), largest_beside(w, j, j, nullptr)) < NULLGENERAL) {
+            take(w, j);
+            w.block.push_back(Pivot::null);
+            w.done += 1;
+        }
     if (!root) return;
     // Nothing passed the threshold, so no entry is left but rounding.
     w.block.resize(w.candidates, Pivot::null);
@@ -255,8 +281,7 @@ void factorise_indefinite(const Matrix& A, System& system) {
                     w.F[static_cast<std::size_t>(local[c.rows[j]]) * w.n + local[c.rows[i]]] += c.F[j * n + i];
         }
 
-        const std::int64_t below = S.rows_start[s + 1] - S.rows_start[s];
-        pivot_front(w, S.up[s] < 0, static_cast<std::size_t>(S.first[s + 1] - S.first[s] + below));
+        pivot_front(w, S.up[s] < 0);
         if (S.up[s] >= 0) {
             left[s] = contribution(w);
             sibling[s] = child[S.up[s]];
