@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 #include "linalg/ondrel64.h"
 #include "tests/memory_limit.h"
 #include "tests/solver_reference.h"

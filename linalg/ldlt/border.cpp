@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 
 namespace LDLT {
 std::vector<std::int8_t> independent(std::vector<double>& rows, std::size_t count, std::size_t p) {
@@ -50,14 +50,14 @@ Buffer<double> primary_columns(const Classes& c, const Symbolic& S) {
         return Y[primary / LANES * block + static_cast<std::int64_t>(S.position[node]) * LANES + primary % LANES];
     };
     for (std::size_t z = 0; z < c.primary.size(); ++z) {
-        const std::int32_t row = c.slim[c.primary[z]];
+        const std::int32_t row = c.row[c.primary[z]];
         for (std::int32_t at = c.rows.start[row]; at < c.rows.start[row + 1]; ++at) {
             const std::int32_t i = c.rows.column[at];
             if (c.kind[i] == Kind::core) entry(c.place[i], static_cast<std::int32_t>(z)) = c.rows.value[at];
         }
     }
     for (const Tie& t : c.ties) {
-        const std::int32_t tie = c.slim[t.tie], hung = c.slim[t.hung];
+        const std::int32_t tie = c.row[t.tie], hung = c.row[t.hung];
         for (std::int32_t at = c.rows.start[hung]; at < c.rows.start[hung + 1]; ++at) {
             const std::int32_t z = c.rows.column[at];
             if (z == t.tie) continue;
@@ -72,8 +72,6 @@ Buffer<double> primary_columns(const Classes& c, const Symbolic& S) {
 
 namespace {
 
-std::int64_t lane(std::int64_t row) { return row * LANES; }
-
 // The border's unknowns are counted as grounded nodes, primaries, seconds.
 struct Counts {
     std::size_t grounded, primaries, seconds;
@@ -86,7 +84,7 @@ Counts count(const System& system) {
 
 // Column z of Y, from one position to the next LANES apart.
 const double* primary_column(const System& system, std::size_t z) {
-    return system.border.Y.get() + z / LANES * lane(system.symbolic.nodes) + z % LANES;
+    return system.border.Y.get() + z / LANES * lanes_of(system.symbolic.nodes) + z % LANES;
 }
 
 // The columns W = D^-1/2 L^-1 C of the primaries as Q R, Q orthonormal and R upper triangular, by the modified
@@ -101,10 +99,10 @@ void orthogonalise(const System& system, Border& border) {
     const std::size_t primaries = system.classes.primary.size();
     const std::int64_t nodes = system.symbolic.nodes, pivots = system.symbolic.pivots;
     const std::vector<double>& inverse = system.factor.inverse;
-    const auto column = [&](std::size_t z) { return border.Y.get() + z / LANES * lane(nodes) + z % LANES; };
+    const auto column = [&](std::size_t z) { return border.Y.get() + z / LANES * lanes_of(nodes) + z % LANES; };
     const auto product = [&](const double* u, const double* v) {
         double sum = 0;
-        for (std::int64_t p = 0; p < pivots; ++p) sum += u[lane(p)] * inverse[p] * v[lane(p)];
+        for (std::int64_t p = 0; p < pivots; ++p) sum += u[lanes_of(p)] * inverse[p] * v[lanes_of(p)];
         return sum;
     };
     border.R.assign(primaries * primaries, 0);
@@ -119,55 +117,55 @@ void orthogonalise(const System& system, Border& border) {
                 const double* u = column(y);
                 const double r = product(u, v);
                 border.R[z * primaries + y] += r;
-                for (std::int64_t p = 0; p < nodes; ++p) v[lane(p)] -= r * u[lane(p)];
+                for (std::int64_t p = 0; p < nodes; ++p) v[lanes_of(p)] -= r * u[lanes_of(p)];
             }
             left = std::sqrt(product(v, v));
             if (left > 0.1 * whole) break;
         }
         if (left <= DEPENDENT * whole) {
-            border.column[z] = whole > 0 ? Column::dependent : Column::grounded;
-            for (std::int64_t p = 0; p < pivots; ++p) v[lane(p)] = 0;
+            border.column[z] = whole > 0 ? Column::dependent : Column::none;
+            for (std::int64_t p = 0; p < pivots; ++p) v[lanes_of(p)] = 0;
             left = whole > 0 ? whole : 1;
         }
         border.R[z * primaries + z] = left;
-        for (std::int64_t p = 0; p < nodes; ++p) v[lane(p)] /= left;
+        for (std::int64_t p = 0; p < nodes; ++p) v[lanes_of(p)] /= left;
     }
 }
 
 // What elimination of the core leaves among the grounded nodes; rounding counts as 0.
-struct Grounded {
+struct CoreRemainder {
     std::vector<double> diagonal;
     std::vector<Remainder> beside;
     bool negative = false;
 };
 
-Grounded remainder_of_core(const System& system) {
+CoreRemainder remainder_of_core(const System& system) {
     const Classes& c = system.classes;
     const Symbolic& S = system.symbolic;
-    Grounded left;
-    for (std::int32_t p = S.pivots; p < S.nodes; ++p) left.diagonal.push_back(c.diagonal[S.node[p]]);
+    CoreRemainder rest;
+    for (std::int32_t p = S.pivots; p < S.nodes; ++p) rest.diagonal.push_back(c.diagonal[S.node[p]]);
     for (const Remainder& e : system.factor.remainder) {
         if (e.i == e.j)
-            left.diagonal[e.i] += e.value;
+            rest.diagonal[e.i] += e.value;
         else
-            left.beside.push_back(e);
+            rest.beside.push_back(e);
     }
     for (std::int32_t p = S.pivots; p < S.nodes; ++p) {
         const std::int32_t v = S.node[p];
         for (std::int32_t at = c.graph.start[v]; at < c.graph.start[v + 1]; ++at) {
             const std::int32_t q = S.position[c.graph.column[at]];
-            if (q >= S.pivots && q < p) left.beside.push_back({p - S.pivots, q - S.pivots, c.graph.value[at]});
+            if (q >= S.pivots && q < p) rest.beside.push_back({p - S.pivots, q - S.pivots, c.graph.value[at]});
         }
-        double& d = left.diagonal[p - S.pivots];
-        left.negative = left.negative || d < -ROUNDING * c.diagonal[v];
+        double& d = rest.diagonal[p - S.pivots];
+        rest.negative = rest.negative || d < -ROUNDING * c.diagonal[v];
         if (d <= ROUNDING * c.diagonal[v]) d = 0;
     }
-    return left;
+    return rest;
 }
 
 // Places in the dense matrix. Grounded nodes and seconds that touch nothing but primaries are thinned out, each kind by
 // itself: a second must not take the place of a grounded node. Returns the order of the matrix.
-std::size_t choose_places(const System& system, const Grounded& left, std::vector<std::int32_t>& place) {
+std::size_t choose_places(const System& system, const CoreRemainder& rest, std::vector<std::int32_t>& place) {
     const Classes& c = system.classes;
     const auto [grounded, primaries, seconds] = count(system);
     place.assign(grounded + primaries + seconds, 0);
@@ -182,18 +180,18 @@ std::size_t choose_places(const System& system, const Grounded& left, std::vecto
     };
 
     std::vector<std::int8_t> coupled(grounded);
-    for (const Remainder& e : left.beside) coupled[e.i] = coupled[e.j] = 1;
+    for (const Remainder& e : rest.beside) coupled[e.i] = coupled[e.j] = 1;
     for (std::size_t g = 0; g < grounded; ++g) {
-        if (left.diagonal[g] != 0 || coupled[g]) continue;
+        if (rest.diagonal[g] != 0 || coupled[g]) continue;
         candidates.push_back(g);
         for (std::size_t z = 0; z < primaries; ++z)
-            rows.push_back(primary_column(system, z)[lane(system.symbolic.pivots + static_cast<std::int64_t>(g))]);
+            rows.push_back(primary_column(system, z)[lanes_of(system.symbolic.pivots + static_cast<std::int64_t>(g))]);
     }
     thin_out();
 
     std::vector<double> values(primaries);
     for (std::size_t k = 0; k < seconds; ++k) {
-        const std::int32_t row = c.slim[c.second[k]];
+        const std::int32_t row = c.row[c.second[k]];
         std::fill(values.begin(), values.end(), 0.0);
         bool alone = true;
         for (std::int32_t at = c.rows.start[row]; at < c.rows.start[row + 1] && alone; ++at) {
@@ -215,7 +213,7 @@ std::size_t choose_places(const System& system, const Grounded& left, std::vecto
 }
 
 // The border's matrix less what the core takes from it, both triangles, in the unknowns that `orthogonalise` makes.
-std::vector<double> dense_matrix(const System& system, const Grounded& left, std::size_t size) {
+std::vector<double> dense_matrix(const System& system, const CoreRemainder& rest, std::size_t size) {
     const Classes& c = system.classes;
     const std::int64_t pivots = system.symbolic.pivots;
     const auto [grounded, primaries, seconds] = count(system);
@@ -226,11 +224,12 @@ std::vector<double> dense_matrix(const System& system, const Grounded& left, std
         D[p * size + q] += value;
         if (i != j) D[q * size + p] += value;
     };
-    for (std::size_t g = 0; g < grounded; ++g) add(g, g, left.diagonal[g]);
-    for (const Remainder& e : left.beside) add(e.i, e.j, e.value);
+    for (std::size_t g = 0; g < grounded; ++g) add(g, g, rest.diagonal[g]);
+    for (const Remainder& e : rest.beside) add(e.i, e.j, e.value);
     for (std::size_t z = 0; z < primaries; ++z) {
         const double* v = primary_column(system, z);
-        for (std::size_t g = 0; g < grounded; ++g) add(g, grounded + z, v[lane(pivots + static_cast<std::int64_t>(g))]);
+        for (std::size_t g = 0; g < grounded; ++g)
+            add(g, grounded + z, v[lanes_of(pivots + static_cast<std::int64_t>(g))]);
         if (system.border.column[z] == Column::independent) add(grounded + z, grounded + z, -1);
     }
 
@@ -238,7 +237,7 @@ std::vector<double> dense_matrix(const System& system, const Grounded& left, std
     std::vector<double> among(primaries * primaries), values(primaries);
     bool any = false;
     for (std::size_t k = 0; k < primaries + seconds; ++k) {
-        const std::int32_t row = c.slim[k < primaries ? c.primary[k] : c.second[k - primaries]];
+        const std::int32_t row = c.row[k < primaries ? c.primary[k] : c.second[k - primaries]];
         std::fill(values.begin(), values.end(), 0.0);
         for (std::int32_t at = c.rows.start[row]; at < c.rows.start[row + 1]; ++at) {
             const std::int32_t i = c.rows.column[at];
@@ -287,24 +286,42 @@ void factorise_border(const Matrix& A, System& system) {
     const Symbolic& S = system.symbolic;
     const std::size_t grounded = count(system).grounded, primaries = count(system).primaries;
     Border& border = system.border;
-    const Grounded left = remainder_of_core(system);
+    const CoreRemainder rest = remainder_of_core(system);
     orthogonalise(system, border);
-    const std::size_t size = choose_places(system, left, border.place);
-    border.unfit = left.negative || size > MAXBORDER;
+    const std::size_t size = choose_places(system, rest, border.place);
+    border.unfit = rest.negative || size > MAXBORDER;
     if (border.unfit) return;
+
+    OpenFront f;
+    f.n = size;
+    f.null = NULLBORDER;
+    f.F = dense_matrix(system, rest, size);
+    for (std::size_t p = 0; p < size; ++p) f.rows.push_back(static_cast<std::int32_t>(p));
+    // The core has given the primaries their scale.
+    std::vector<std::int8_t> scaled(size);
+    for (std::size_t z = 0; z < primaries; ++z)
+        scaled[border.place[grounded + z]] = border.column[z] == Column::none ? 0 : 1;
+    const auto entries = [&](const auto& visit) {
+        for (std::size_t j = 0; j < size; ++j)
+            for (std::size_t i = j; i < size; ++i) visit(i, j, f.F[j * size + i]);
+    };
+    border.scale = equilibrate(size, entries, [&](std::size_t i, std::size_t) { return scaled[i] == 0; });
+    for (std::size_t j = 0; j < size; ++j)
+        for (std::size_t i = 0; i < size; ++i) f.F[j * size + i] *= border.scale[i] * border.scale[j];
 
     // Seconds last: grounded nodes and primaries by themselves hold the mesh. A second that took a primary away from
     // them, as the node of a bar could in the secondary system, would force a multiplier to 0 and leave the mesh loose.
-    std::vector<std::int8_t> late(size);
-    for (std::size_t k = grounded + primaries; k < border.place.size(); ++k)
-        if (border.place[k] >= 0) late[border.place[k]] = 1;
-    std::vector<std::int8_t> scaled(size);
-    for (std::size_t z = 0; z < primaries; ++z)
-        scaled[border.place[grounded + z]] = border.column[z] == Column::grounded ? 0 : 1;
-    border.dense = factorise_dense(dense_matrix(system, left, size), late, scaled);
+    const auto dead = [](std::int32_t place) { return place < 0; };
+    const auto seconds = border.place.begin() + static_cast<std::ptrdiff_t>(grounded + primaries);
+    f.candidates = f.judged = size - static_cast<std::size_t>(border.place.end() - seconds -
+                                                              std::count_if(seconds, border.place.end(), dead));
+    pivot_front(f, false);
+    f.candidates = f.judged = size;
+    pivot_front(f, true);
+    border.front = closed(f);
 
     std::vector<std::int8_t> null(size);
-    for (std::size_t p = 0; p < size; ++p) null[border.dense.row[p]] = border.dense.block[p] == Pivot::null ? 1 : 0;
+    for (std::size_t p = 0; p < size; ++p) null[border.front.rows[p]] = border.front.block[p] == Pivot::null ? 1 : 0;
     system.dead.resize(A.n);
     for (std::int32_t i = 0; i < A.n; ++i) system.dead[i] = c.kind[i] == Kind::empty ? 1 : 0;
     for (std::size_t k = 0; k < border.place.size(); ++k) {

@@ -4,14 +4,10 @@
 #include <cstdlib>
 #include <new>
 
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 
 namespace LDLT {
 namespace {
-
-constexpr std::int32_t MAXTIE = 16;  // entries of a row that can be a tie: a longer one is a constraint on the section
-constexpr double MINTIE = 0.1;       // entry of the hung node, as a share of the largest of its tie
-constexpr std::int32_t MINSORT = 2000;  // core nodes from which renumbering pays
 
 struct Entry {
     std::int32_t i, j;
@@ -39,7 +35,7 @@ std::int32_t find_hung(const Classes& c, const Matrix& A, const std::vector<std:
                        const std::vector<std::int32_t>& core_entries, const std::vector<std::int8_t>& host,
                        std::int32_t m) {
     const Lists& rows = c.rows;
-    const std::int32_t begin = rows.start[c.slim[m]], end = rows.start[c.slim[m] + 1];
+    const std::int32_t begin = rows.start[c.row[m]], end = rows.start[c.row[m] + 1];
     double largest = 0;
     for (std::int32_t at = begin; at < end; ++at) largest = std::max(largest, std::fabs(rows.value[at]));
     for (std::int32_t at = begin; at < end; ++at) {
@@ -54,7 +50,7 @@ std::int32_t find_hung(const Classes& c, const Matrix& A, const std::vector<std:
             reached = reached || entries[i] - core_entries[i] > 1;
         }
         if (!fits || !reached) continue;  // before the row of b, which can be as long as the matrix
-        for (std::int32_t k = rows.start[c.slim[b]]; fits && k < rows.start[c.slim[b] + 1]; ++k)
+        for (std::int32_t k = rows.start[c.row[b]]; fits && k < rows.start[c.row[b] + 1]; ++k)
             fits = c.kind[rows.column[k]] != Kind::tie;
         if (fits) return b;
     }
@@ -70,7 +66,7 @@ void find_ties(Classes& c, const Matrix& A, const std::vector<std::int32_t>& ent
         const std::int32_t b = find_hung(c, A, entries, core_entries, host, m);
         if (b < 0) continue;
         Tie tie{b, m, 0, A.a[A.ia[b] - 1]};
-        for (std::int32_t at = c.rows.start[c.slim[m]]; at < c.rows.start[c.slim[m] + 1]; ++at) {
+        for (std::int32_t at = c.rows.start[c.row[m]]; at < c.rows.start[c.row[m] + 1]; ++at) {
             const std::int32_t i = c.rows.column[at];
             if (i == b)
                 tie.s = c.rows.value[at];
@@ -78,7 +74,7 @@ void find_ties(Classes& c, const Matrix& A, const std::vector<std::int32_t>& ent
                 host[i] = 1;
         }
         // A border row that touches b touches the core through it, also where b itself has no diagonal.
-        for (std::int32_t at = c.rows.start[c.slim[b]]; at < c.rows.start[c.slim[b] + 1]; ++at) {
+        for (std::int32_t at = c.rows.start[c.row[b]]; at < c.rows.start[c.row[b] + 1]; ++at) {
             held[c.rows.column[at]] = 1;
             if (c.kind[b] != Kind::core) ++core_entries[c.rows.column[at]];
         }
@@ -94,7 +90,7 @@ void build_graph(Classes& c, const Matrix& A, const std::vector<std::int32_t>& c
     std::vector<Entry> fill;
     for (const Tie& t : c.ties) {
         if (t.d == 0) continue;
-        const std::int32_t begin = c.rows.start[c.slim[t.tie]], end = c.rows.start[c.slim[t.tie] + 1];
+        const std::int32_t begin = c.rows.start[c.row[t.tie]], end = c.rows.start[c.row[t.tie] + 1];
         for (std::int32_t k = begin; k < end; ++k)
             for (std::int32_t l = begin; l < end; ++l) {
                 const std::int32_t i = c.rows.column[k], j = c.rows.column[l];
@@ -219,19 +215,19 @@ Classes classify(const Matrix& A) {
         core_entries[j] += c.kind[i] == Kind::core;
     });
 
-    c.slim.assign(A.n, -1);
+    c.row.assign(A.n, -1);
     for (std::int32_t i = 0; i < A.n; ++i) {
         if (entries[i] == 0 && c.kind[i] != Kind::core) c.kind[i] = Kind::empty;
         if (c.kind[i] == Kind::empty || (c.kind[i] == Kind::core && core_entries[i] > 0)) continue;
-        c.slim[i] = static_cast<std::int32_t>(c.rows.start.size());
+        c.row[i] = static_cast<std::int32_t>(c.rows.start.size());
         c.rows.start.push_back(entries[i]);
     }
     c.rows.start.push_back(0);
     allocate(c.rows);
     std::vector<std::int32_t> end(c.rows.start);
     for_each_entry(A, [&](std::int32_t i, std::int32_t j, double value) {
-        if (c.slim[i] >= 0) append(c.rows, end, c.slim[i], j, value);
-        if (c.slim[j] >= 0) append(c.rows, end, c.slim[j], i, value);
+        if (c.row[i] >= 0) append(c.rows, end, c.row[i], j, value);
+        if (c.row[j] >= 0) append(c.rows, end, c.row[j], i, value);
     });
 
     c.place.assign(A.n, -1);

@@ -1,149 +1,23 @@
 // The general path: multifrontal elimination of any symmetric matrix with threshold pivoting (Duff and Reid). A column
-// that has no stable pivot in its front is delayed to the parent; what is left at a root is pivoted completely.
+// that has no stable pivot in its front is delayed to the parent; at a root nothing is.
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 
 namespace LDLT {
 namespace {
 
-constexpr double THRESHOLDS[] = {0.25, 0.01};  // size of a pivot against its column: wanted, and still accepted
-constexpr double NULLGENERAL = 1e-13;          // size at which a column of the scaled matrix counts as null
-constexpr int SWEEPS = 5;
-
-// Brings the largest entry of every row near 1: among the rows with a diagonal first, by what they have in common
-// alone. A constraint, of which any multiple says the same, must not set the scale of weak material.
-std::vector<double> equilibrate(const Matrix& A) {
-    std::vector<double> scale(A.n, 1), largest(A.n);
-    std::vector<std::int8_t> stiff(A.n);
-    for (std::int32_t i = 0; i < A.n; ++i) stiff[i] = A.a[A.ia[i] - 1] != 0 ? 1 : 0;
-    for (int sweep = 0; sweep < SWEEPS; ++sweep) {
-        std::fill(largest.begin(), largest.end(), 0.0);
+// Rows with a diagonal are brought near 1 by what they have in common alone: a constraint, of which any multiple says
+// the same, must not set the scale of weak material.
+std::vector<double> scales_of(const Matrix& A) {
+    const auto has_diagonal = [&](std::size_t i) { return A.a[A.ia[i] - 1] != 0; };
+    const auto entries = [&](const auto& visit) {
         for (std::int32_t i = 0; i < A.n; ++i)
-            for (std::int32_t at = A.ia[i] - 1; at < A.ia[i + 1] - 1; ++at) {
-                const std::int32_t j = A.ja[at] - 1;
-                const double a = std::fabs(A.a[at] * scale[i] * scale[j]);
-                if (stiff[j] || !stiff[i]) largest[i] = std::max(largest[i], a);
-                if (stiff[i] || !stiff[j]) largest[j] = std::max(largest[j], a);
-            }
-        for (std::int32_t i = 0; i < A.n; ++i)
-            if (largest[i] > 0) scale[i] *= std::ldexp(1.0, -std::ilogb(largest[i]) / 2);
-    }
-    return scale;
-}
-
-// A front while it is pivoted: full and symmetric. Rows below `candidates` can become pivots, those below `done` are.
-struct Work {
-    std::size_t n = 0, candidates = 0, done = 0;
-    std::vector<double> F;           // (n, n)
-    std::vector<std::int32_t> rows;  // (n)  positions
-    std::vector<Pivot> block;        // (done)
-};
-
-double at(const Work& w, std::size_t i, std::size_t j) { return std::fabs(w.F[j * w.n + i]); }
-
-// Largest of column j behind the finished rows, without its diagonal and row `but`; `where` among the candidates.
-double largest_beside(const Work& w, std::size_t j, std::size_t but, std::size_t* where) {
-    double largest = 0, candidate = -1;
-    for (std::size_t i = w.done; i < w.n; ++i) {
-        if (i == j || i == but) continue;
-        largest = std::max(largest, at(w, i, j));
-        if (where != nullptr && i < w.candidates && at(w, i, j) > candidate) {
-            candidate = at(w, i, j);
-            *where = i;
-        }
-    }
-    return largest;
-}
-
-void take(Work& w, std::size_t j) {
-    exchange(w.F.data(), w.n, w.done, j);
-    std::swap(w.rows[w.done], w.rows[j]);
-}
-
-void take_pivot(Work& w, std::size_t j) {
-    take(w, j);
-    eliminate(w.F.data(), w.n, w.done);
-    w.block.push_back(Pivot::single);
-    w.done += 1;
-}
-
-void take_pair(Work& w, std::size_t i, std::size_t j) {
-    take(w, std::min(i, j));
-    w.done += 1;
-    take(w, std::max(i, j));
-    w.done -= 1;
-    eliminate_pair(w.F.data(), w.n, w.done);
-    w.block.push_back(Pivot::first);
-    w.block.push_back(Pivot::second);
-    w.done += 2;
-}
-
-// One pivot at column j, or at j and the candidate that it is tied to most, if it is stable.
-bool try_pivot(Work& w, std::size_t j, double threshold) {
-    std::size_t i = j;
-    const double beside = largest_beside(w, j, j, &i), d = at(w, j, j);
-    if (std::max(d, beside) < NULLGENERAL) return false;
-    if (d >= threshold * beside) {
-        take_pivot(w, j);
-        return true;
-    }
-    if (i == j || at(w, i, j) == 0) return false;
-    const double s = at(w, i, j), a = w.F[j * w.n + j] / s, b = w.F[i * w.n + i] / s, t = s * std::fabs(a * b - 1);
-    const double u = largest_beside(w, j, i, nullptr), v = largest_beside(w, i, j, nullptr);
-    const bool stable = (std::fabs(b) * u + v) * threshold <= t && (std::fabs(a) * v + u) * threshold <= t;
-    if (stable && t > 0) take_pair(w, i, j);
-    return stable && t > 0;
-}
-
-// The pivot at column j if what it takes from other rows is no larger than what stands there (Bunch and Kaufman),
-// however long its column of L. A stiff part that hangs in weak material has such a pivot as its last one: small beside
-// its neighbours, which the part's own stiffness has scaled, and no less exact.
-bool try_small_pivot(Work& w, std::size_t j, double threshold) {
-    const double d = at(w, j, j);
-    std::size_t i = j;
-    double beside = 0;
-    for (std::size_t k = w.done; k < w.n; ++k)
-        if (k != j && at(w, k, j) > beside) {
-            beside = at(w, k, j);
-            i = k;
-        }
-    if (std::max(d, beside) < NULLGENERAL) return false;
-    const double there = std::max(at(w, i, i), largest_beside(w, i, j, nullptr));
-    if (d * there < threshold * beside * beside) return false;
-    take_pivot(w, j);
-    return true;
-}
-
-// Takes pivots that pass the test with a threshold until none does.
-template <class Test>
-void take_pivots(Work& w, Test test, double threshold) {
-    for (bool found = true; found;) {
-        found = false;
-        for (std::size_t j = w.done; j < w.candidates; ++j)
-            if (test(w, j, threshold)) {
-                found = true;
-                j = std::max(j, w.done) - 1;
-            }
-    }
-}
-
-// What passes the stricter threshold goes first: entries grow less, and fewer columns are delayed in the end.
-void pivot_front(Work& w, bool root) {
-    for (const double threshold : THRESHOLDS) take_pivots(w, try_pivot, threshold);
-    take_pivots(w, try_small_pivot, THRESHOLDS[0]);
-    // Nothing that is still to come can make a pivot of a column that holds nothing but rounding.
-    for (std::size_t j = w.done; j < w.candidates; ++j)
-        if (std::max(at(w, j, j), largest_beside(w, j, j, nullptr)) < NULLGENERAL) {
-            take(w, j);
-            w.block.push_back(Pivot::null);
-            w.done += 1;
-        }
-    if (!root) return;
-    // Nothing passed the threshold, so no entry is left but rounding.
-    w.block.resize(w.candidates, Pivot::null);
-    w.done = w.candidates;
+            for (std::int32_t at = A.ia[i] - 1; at < A.ia[i + 1] - 1; ++at) visit(i, A.ja[at] - 1, A.a[at]);
+    };
+    return equilibrate(A.n, entries, [&](std::size_t i, std::size_t j) { return has_diagonal(j) || !has_diagonal(i); });
 }
 
 // The scaled matrix without its diagonal, both triangles.
@@ -170,13 +44,14 @@ struct Contribution {
     std::vector<double> F;
 };
 
-Contribution contribution(const Work& w) {
+Contribution contribution(const OpenFront& f) {
     Contribution c;
-    c.delayed = w.candidates - w.done;
-    c.rows.assign(w.rows.begin() + static_cast<std::ptrdiff_t>(w.done), w.rows.end());
-    for (std::size_t j = w.done; j < w.n; ++j)
-        c.F.insert(c.F.end(), w.F.begin() + static_cast<std::ptrdiff_t>(j * w.n + w.done),
-                   w.F.begin() + static_cast<std::ptrdiff_t>((j + 1) * w.n));
+    c.delayed = f.candidates - f.done;
+    c.rows.assign(f.rows.begin() + static_cast<std::ptrdiff_t>(f.done), f.rows.end());
+    c.F.reserve(c.rows.size() * c.rows.size());
+    for (std::size_t j = f.done; j < f.n; ++j)
+        c.F.insert(c.F.end(), f.F.begin() + static_cast<std::ptrdiff_t>(j * f.n + f.done),
+                   f.F.begin() + static_cast<std::ptrdiff_t>((j + 1) * f.n));
     return c;
 }
 
@@ -185,13 +60,13 @@ void drop_dead(Contribution& c, const Symbolic& S, const std::vector<std::int8_t
     for (std::size_t i = 0; i < c.rows.size(); ++i)
         if (!dead[S.node[c.rows[i]]]) kept.push_back(i);
     if (kept.size() == c.rows.size()) return;
-    Contribution left;
+    Contribution alive;
     for (const std::size_t j : kept) {
-        if (j < c.delayed) ++left.delayed;
-        left.rows.push_back(c.rows[j]);
-        for (const std::size_t i : kept) left.F.push_back(c.F[j * c.rows.size() + i]);
+        if (j < c.delayed) ++alive.delayed;
+        alive.rows.push_back(c.rows[j]);
+        for (const std::size_t i : kept) alive.F.push_back(c.F[j * c.rows.size() + i]);
     }
-    c = std::move(left);
+    c = std::move(alive);
 }
 
 // Delayed rows that touch nothing but rows still to come, out of all children of a front: no more of them are
@@ -234,102 +109,89 @@ void thin_out(const std::vector<Contribution*>& children, const Symbolic& S, std
     for (const std::int32_t row : touched) column[row] = -1;
 }
 
+// The front of supernode s: its own columns, the delayed rows of its children, the rows below; the matrix and all
+// contributions, which end with it, added up. local (n) is filled for its rows.
+OpenFront assemble(const Matrix& A, const System& system, const Lists& graph, std::int32_t s,
+                   const std::vector<Contribution*>& children, std::vector<std::int32_t>& local) {
+    const Symbolic& S = system.symbolic;
+    OpenFront f;
+    for (std::int32_t p = S.first[s]; p < S.first[s + 1]; ++p) f.rows.push_back(p);
+    for (const Contribution* c : children)
+        f.rows.insert(f.rows.end(), c->rows.begin(), c->rows.begin() + static_cast<std::ptrdiff_t>(c->delayed));
+    f.candidates = f.rows.size();
+    f.rows.insert(f.rows.end(), S.rows.get() + S.rows_start[s], S.rows.get() + S.rows_start[s + 1]);
+    f.n = f.judged = f.rows.size();
+    f.F.assign(f.n * f.n, 0);
+    for (std::size_t i = 0; i < f.n; ++i) local[f.rows[i]] = static_cast<std::int32_t>(i);
+
+    for (std::int32_t p = S.first[s]; p < S.first[s + 1]; ++p) {
+        const std::int32_t v = S.node[p];
+        const std::size_t j = local[p];
+        f.F[j * f.n + j] = A.a[A.ia[v] - 1] * system.scale[v] * system.scale[v];
+        for (std::int32_t at = graph.start[v]; at < graph.start[v + 1]; ++at) {
+            const std::int32_t q = S.position[graph.column[at]];
+            if (q < p) continue;
+            const std::size_t i = local[q];
+            f.F[j * f.n + i] = f.F[i * f.n + j] = graph.value[at];
+        }
+    }
+    for (Contribution* from : children) {
+        const Contribution c = std::move(*from);
+        const std::size_t n = c.rows.size();
+        for (std::size_t j = 0; j < n; ++j) {
+            double* column = f.F.data() + static_cast<std::size_t>(local[c.rows[j]]) * f.n;
+            for (std::size_t i = 0; i < n; ++i) column[local[c.rows[i]]] += c.F[j * n + i];
+        }
+    }
+    return f;
+}
+
 }  // namespace
 
 void factorise_indefinite(const Matrix& A, System& system) {
     system.general = true;
-    system.scale = equilibrate(A);
+    system.scale = scales_of(A);
     const Lists graph = full_graph(A, system.scale);
     system.symbolic = analyse(graph, std::vector<std::int8_t>(A.n, 0));
     const Symbolic& S = system.symbolic;
     system.fronts.resize(S.supernodes);
     system.dead.assign(A.n, 0);
-    std::vector<std::int32_t> child(S.supernodes, -1), sibling(S.supernodes, -1), local(A.n), column(A.n, -1);
-    std::vector<Contribution> left(S.supernodes);
-
+    std::vector<std::int32_t> local(A.n), column(A.n, -1);
+    std::vector<Contribution> contributions(S.supernodes);
+    std::vector<std::vector<Contribution*>> children(S.supernodes);
     for (std::int32_t s = 0; s < S.supernodes; ++s) {
-        std::vector<Contribution*> children;
-        for (std::int32_t from = child[s]; from >= 0; from = sibling[from]) children.push_back(&left[from]);
-        thin_out(children, S, column, system.dead);
-        Work w;
-        for (std::int32_t p = S.first[s]; p < S.first[s + 1]; ++p) w.rows.push_back(p);
-        for (std::int32_t from = child[s]; from >= 0; from = sibling[from])
-            w.rows.insert(w.rows.end(), left[from].rows.begin(),
-                          left[from].rows.begin() + static_cast<std::ptrdiff_t>(left[from].delayed));
-        w.candidates = w.rows.size();
-        w.rows.insert(w.rows.end(), S.rows.get() + S.rows_start[s], S.rows.get() + S.rows_start[s + 1]);
-        w.n = w.rows.size();
-        w.F.assign(w.n * w.n, 0);
-        for (std::size_t i = 0; i < w.n; ++i) local[w.rows[i]] = static_cast<std::int32_t>(i);
-
-        for (std::int32_t p = S.first[s]; p < S.first[s + 1]; ++p) {
-            const std::int32_t v = S.node[p];
-            const std::size_t j = local[p];
-            w.F[j * w.n + j] = A.a[A.ia[v] - 1] * system.scale[v] * system.scale[v];
-            for (std::int32_t k = graph.start[v]; k < graph.start[v + 1]; ++k) {
-                const std::int32_t q = S.position[graph.column[k]];
-                if (q < p) continue;
-                const std::size_t i = local[q];
-                w.F[j * w.n + i] = w.F[i * w.n + j] = graph.value[k];
-            }
-        }
-        for (std::int32_t from = child[s]; from >= 0; from = sibling[from]) {
-            Contribution c = std::move(left[from]);
-            const std::size_t n = c.rows.size();
-            for (std::size_t j = 0; j < n; ++j)
-                for (std::size_t i = 0; i < n; ++i)
-                    w.F[static_cast<std::size_t>(local[c.rows[j]]) * w.n + local[c.rows[i]]] += c.F[j * n + i];
-        }
-
-        pivot_front(w, S.up[s] < 0);
+        thin_out(children[s], S, column, system.dead);
+        OpenFront f = assemble(A, system, graph, s, children[s], local);
+        pivot_front(f, S.up[s] < 0);
+        for (std::size_t k = 0; k < f.done; ++k)
+            if (f.block[k] == Pivot::null) system.dead[S.node[f.rows[k]]] = 1;
         if (S.up[s] >= 0) {
-            left[s] = contribution(w);
-            sibling[s] = child[S.up[s]];
-            child[S.up[s]] = s;
+            contributions[s] = contribution(f);
+            children[S.up[s]].push_back(&contributions[s]);
         }
-        for (std::size_t k = 0; k < w.done; ++k)
-            if (w.block[k] == Pivot::null) system.dead[S.node[w.rows[k]]] = 1;
-        IndefiniteFront& f = system.fronts[s];
-        f.L.assign(w.F.begin(), w.F.begin() + static_cast<std::ptrdiff_t>(w.done * w.n));
-        f.rows = std::move(w.rows);
-        f.block = std::move(w.block);
+        system.fronts[s] = closed(f);
     }
 }
 
 void solve_indefinite(const System& system, const double* B, double* X, double* work) {
     const Symbolic& S = system.symbolic;
-    const std::size_t n = system.scale.size();
-    for (std::size_t p = 0; p < n; ++p)
-        for (std::size_t q = 0; q < LANES; ++q)
-            work[p * LANES + q] = B[static_cast<std::size_t>(S.node[p]) * LANES + q] * system.scale[S.node[p]];
+    const std::int64_t n = static_cast<std::int64_t>(system.scale.size());
+    for (std::int64_t p = 0; p < n; ++p)
+        for (int q = 0; q < LANES; ++q) work[lanes_of(p) + q] = B[lanes_of(S.node[p]) + q] * system.scale[S.node[p]];
     // Each front works on its own rows, gathered one after the other.
     std::vector<double> x;
-    const auto gather = [&](const IndefiniteFront& f) {
+    const auto on_rows = [&](const IndefiniteFront& f, void (*solve)(const IndefiniteFront&, double*)) {
         x.resize(f.rows.size() * LANES);
-        for (std::size_t i = 0; i < f.rows.size(); ++i)
-            std::copy_n(work + static_cast<std::size_t>(f.rows[i]) * LANES, LANES, &x[i * LANES]);
+        for (std::size_t i = 0; i < f.rows.size(); ++i) std::copy_n(work + lanes_of(f.rows[i]), LANES, &x[i * LANES]);
+        solve(f, x.data());
+        for (std::size_t i = 0; i < f.rows.size(); ++i) std::copy_n(&x[i * LANES], LANES, work + lanes_of(f.rows[i]));
     };
-    const auto scatter = [&](const IndefiniteFront& f) {
-        for (std::size_t i = 0; i < f.rows.size(); ++i)
-            std::copy_n(&x[i * LANES], LANES, work + static_cast<std::size_t>(f.rows[i]) * LANES);
-    };
-    for (const IndefiniteFront& f : system.fronts) {
-        gather(f);
-        forward_pivots(f.L.data(), f.rows.size(), f.block, x.data());
-        scatter(f);
-    }
-    for (std::size_t p = 0; p < n; ++p)
-        if (system.dead[S.node[p]]) std::fill_n(work + p * LANES, LANES, 0.0);
-    for (std::size_t s = system.fronts.size(); s-- > 0;) {
-        const IndefiniteFront& f = system.fronts[s];
-        gather(f);
-        divide_pivots(f.L.data(), f.rows.size(), f.block, x.data());
-        backward_pivots(f.L.data(), f.rows.size(), f.block, x.data());
-        scatter(f);
-    }
-    for (std::size_t p = 0; p < n; ++p)
-        for (std::size_t q = 0; q < LANES; ++q)
-            X[static_cast<std::size_t>(S.node[p]) * LANES + q] = work[p * LANES + q] * system.scale[S.node[p]];
+    for (const IndefiniteFront& f : system.fronts) on_rows(f, forward);
+    for (std::int64_t p = 0; p < n; ++p)
+        if (system.dead[S.node[p]]) std::fill_n(work + lanes_of(p), LANES, 0.0);
+    for (std::size_t s = system.fronts.size(); s-- > 0;) on_rows(system.fronts[s], backward);
+    for (std::int64_t p = 0; p < n; ++p)
+        for (int q = 0; q < LANES; ++q) X[lanes_of(S.node[p]) + q] = work[lanes_of(p) + q] * system.scale[S.node[p]];
 }
 
 }  // namespace LDLT

@@ -1,6 +1,6 @@
 #include "linalg/ldlt/kernel.h"
 
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 
 namespace LDLT {
 

@@ -1,13 +1,11 @@
 // The stages in their order.
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace LDLT {
 namespace {
-
-constexpr int MAXATTEMPTS = 3;
 
 enum class Outcome { done, not_definite, general };
 

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 
 namespace LDLT {
 namespace {

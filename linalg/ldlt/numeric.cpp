@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "linalg/ldlt/kernel.h"
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 
 namespace LDLT {
 namespace {
@@ -37,7 +37,7 @@ void forward_supernode(const Symbolic& S, std::int32_t s, const Columns& c, doub
 }
 
 // What the elimination works with.
-struct Work {
+struct Elimination {
     Buffer<double> stack[2];                   // update matrices, see lay_out
     std::vector<std::int32_t> child, sibling;  // (supernodes) those finished, as chains; -1 ends one
     std::vector<double> diagonal;              // (pivots)     of the core's matrix
@@ -46,7 +46,7 @@ struct Work {
     std::vector<double> gathered;              // (most_rows, LANES)
 };
 
-Front open_front(const Symbolic& S, Factor& F, Work& w, std::int32_t s) {
+Front open_front(const Symbolic& S, Factor& F, Elimination& w, std::int32_t s) {
     const std::int32_t first = S.first[s], k = S.first[s + 1] - first;
     const std::int32_t r = static_cast<std::int32_t>(S.rows_start[s + 1] - S.rows_start[s]);
     const std::int32_t* below = S.rows.get() + S.rows_start[s];
@@ -64,7 +64,7 @@ Front open_front(const Symbolic& S, Factor& F, Work& w, std::int32_t s) {
     return f;
 }
 
-void load_columns(const Classes& c, const Symbolic& S, const Work& w, std::int32_t s, const Front& f) {
+void load_columns(const Classes& c, const Symbolic& S, const Elimination& w, std::int32_t s, const Front& f) {
     std::memset(f.panel, 0, sizeof(double) * (f.rows * f.k + PADDING));
     for (std::int32_t j = 0; j < f.k; ++j) {
         const std::int32_t p = S.first[s] + j, v = S.node[p];
@@ -78,7 +78,7 @@ void load_columns(const Classes& c, const Symbolic& S, const Work& w, std::int32
 }
 
 // Adds the update matrices of the children to the panel, or what is left of them to the update matrix.
-void add_children(const Symbolic& S, Work& w, std::int32_t s, const Front& f, bool to_panel) {
+void add_children(const Symbolic& S, Elimination& w, std::int32_t s, const Front& f, bool to_panel) {
     for (std::int32_t child = w.child[s]; child >= 0; child = w.sibling[child]) {
         const std::int32_t size = static_cast<std::int32_t>(S.rows_start[child + 1] - S.rows_start[child]);
         const std::int32_t* below = S.rows.get() + S.rows_start[child];
@@ -107,7 +107,7 @@ Factor factorise(const Classes& c, const Symbolic& S, double* Y, std::int64_t bl
     F.panels = buffer<double>(S.panel[S.supernodes] + PADDING);
     F.pivot.resize(S.pivots);
     F.inverse.resize(S.pivots);
-    Work w;
+    Elimination w;
     for (int k = 0; k < 2; ++k) w.stack[k] = buffer<double>(S.stack_size[k]);
     w.child.assign(S.supernodes, -1);
     w.sibling.assign(S.supernodes, -1);

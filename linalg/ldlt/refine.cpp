@@ -3,14 +3,10 @@
 #include <cmath>
 
 #include "linalg/ldlt/kernel.h"
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 
 namespace LDLT {
 namespace {
-
-constexpr int MAXSTEPS = 3;
-constexpr double ACCURATE = 5e-15;  // backward error at which no further step is worth its time
-constexpr double TINY = 1e-6;       // share of its norm times max |x| below which a row holds nothing but rounding
 
 // The equations that count: those of unknowns that are not dead, and every constraint, that is a row without a diagonal
 // that touches rows with one. A constraint that depends on others is met with them, and one that is not met must not be

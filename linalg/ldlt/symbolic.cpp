@@ -1,19 +1,10 @@
 // The shape of the factor: elimination tree, column counts, supernodes, rows of each front.
 #include <algorithm>
-#include <cmath>
 
-#include "linalg/ldlt/ldlt.h"
+#include "linalg/ldlt/steps.h"
 
 namespace LDLT {
 namespace {
-
-constexpr double SETUP = 400, GATHER = 0.6, ELIMINATE = 0.17, PASS = 7;  // see cost
-
-// Minimum degree is as good as dissection on most meshes and much faster, but it can be three times as costly to
-// eliminate, as on quadrilaterals numbered at random. Dissection of a plane mesh takes about DISSECTED n^1.5
-// operations, and itself as long as DISSECTING n.
-constexpr double DISSECTED = 25, DISSECTING = 15000;
-constexpr std::int32_t MINDISSECTED = 50000;
 
 using Integers = std::vector<std::int32_t>;
 
@@ -137,8 +128,6 @@ struct Candidate {
     std::int32_t columns, rows;
 };
 
-// What a front costs, roughly in processor cycles: to set up, to gather its update matrix in the parent, to eliminate,
-// and to pass over its panel in every solution.
 double cost(double k, double r) {
     return SETUP + GATHER * r * r + ELIMINATE * k * (r * r + r * k + k * k / 3) + PASS * k * (k + r);
 }
@@ -274,18 +263,10 @@ void lay_out(Symbolic& S) {
     }
 }
 
-double operations(const Symbolic& S) {
-    double sum = 0;
-    for (std::int32_t s = 0; s < S.supernodes; ++s) {
-        const double k = S.first[s + 1] - S.first[s], r = static_cast<double>(S.rows_start[s + 1] - S.rows_start[s]);
-        sum += k * (r * r + r * k + k * k / 3);
-    }
-    return sum;
-}
-
 }  // namespace
 
-void symbolic(const Lists& graph, Symbolic& S) {
+Symbolic analyse(const Lists& graph, const std::vector<std::int8_t>& grounded) {
+    Symbolic S = order(graph, grounded);
     Integers parent = elimination_tree(graph, S);
     const Integers sequence = postorder(parent);
     Integers renamed(S.pivots), number(S.pivots);
@@ -297,16 +278,7 @@ void symbolic(const Lists& graph, Symbolic& S) {
     const Integers rows = find_supernodes(S, parent, column_counts(graph, S, parent));
     list_rows(graph, S, rows);
     lay_out(S);
-}
-
-Symbolic analyse(const Lists& graph, const std::vector<std::int8_t>& grounded) {
-    Symbolic S = order(graph, grounded, Ordering::minimum_degree);
-    symbolic(graph, S);
-    const double n = S.pivots, expected = DISSECTED * n * std::sqrt(n) + DISSECTING * n;
-    if (S.pivots < MINDISSECTED || operations(S) < expected) return S;
-    Symbolic dissected = order(graph, grounded, Ordering::dissection);
-    symbolic(graph, dissected);
-    return operations(dissected) < operations(S) ? std::move(dissected) : std::move(S);
+    return S;
 }
 
 }  // namespace LDLT
