@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <initializer_list>
 
+#include "section/angle.h"
 #include "section/basicchar.h"
 
 namespace BASICCHAR_MOD {
@@ -137,7 +138,7 @@ CutShares cut_element(const VARIABLES_T& VARS, const PlasticSection& section, st
 // Frame, bounds and the elements that take part.
 void set_up(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, std::int32_t DIRECTION, std::int32_t STAGE,
             PlasticSection& section) {
-    const double c = std::cos(CHAR.ALPHA), s = std::sin(CHAR.ALPHA);
+    const auto [c, s] = direction_of(CHAR.ALPHA);
     Real<2, 2> R{{c, -s, s, c}};
     for (double& coefficient : R.data)
         if (std::fabs(coefficient) < MINCOEFFICIENT) coefficient = 0.0;

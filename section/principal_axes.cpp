@@ -1,6 +1,7 @@
 // Principal axes of the second moments, and the move of the mesh to the centroid.
 #include <cmath>
 
+#include "section/angle.h"
 #include "section/basicchar.h"
 
 namespace BASICCHAR_MOD {
@@ -34,8 +35,8 @@ void SOLVEMAJORCOORDINATESYSTEM(LOGICAL& OK, const VARIABLES_T&, VELQUOR_CHAR& C
     const double R = std::sqrt(4.0 * (CHAR.DYZ * CHAR.DYZ) + (CHAR.IYY - CHAR.IZZ) * (CHAR.IYY - CHAR.IZZ));
     CHAR.I1 = (S + R) * 0.5;
     CHAR.I2 = (S - R) * 0.5;
-    CHAR.ALPHA = std::atan2(-CHAR.DYZ, CHAR.I1 - CHAR.IYY);
-    const double c = std::cos(CHAR.ALPHA), s = std::sin(CHAR.ALPHA);
+    CHAR.ALPHA = angle_of(-CHAR.DYZ, CHAR.I1 - CHAR.IYY);
+    const auto [c, s] = direction_of(CHAR.ALPHA);
     TRANS = {{c, -s, s, c}};
 }
 
