@@ -19,6 +19,8 @@ void INVMAT(std::int32_t n, const double* A, std::ptrdiff_t row, std::ptrdiff_t 
     if (n <= 0) return;
     for (std::ptrdiff_t j = 0; j < n; ++j)
         for (std::ptrdiff_t i = 0; i < n; ++i) INVERSE[i + n * j] = A[i * row + j * column];
+    if (n == 2) return USEDLAPACK::invert_written_out<2>(INVERSE);
+    if (n == 3) return USEDLAPACK::invert_written_out<3>(INVERSE);
     std::vector<std::int32_t> pivots(static_cast<std::size_t>(n));
     std::vector<double> work(static_cast<std::size_t>(USEDLAPACK::workspace_of_inverse(n)));
     USEDLAPACK::invert(n, INVERSE, pivots.data(), work.data(), static_cast<std::int32_t>(work.size()));
@@ -31,7 +33,7 @@ void triangle_gradients(const Real<3, 2>& XYE, Real<3>& dNdy, Real<3>& dNdz) {
         M(2, j) = XYE(j, 1);
         M(3, j) = XYE(j, 2);
     }
-    USEDLAPACK::invert_3x3(M.data);
+    USEDLAPACK::invert_written_out<3>(M.data);
     for (int i = 1; i <= 3; ++i) {
         dNdy(i) = M(i, 2);
         dNdz(i) = M(i, 3);

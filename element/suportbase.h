@@ -41,7 +41,7 @@ double NORM2(const Real<2>& v);
 inline void SKEWNESSOVERVELQUOR(double y, double z, Real<2, 3>& T) { T = {{-z, y, 1.0, 0.0, 0.0, 1.0}}; }
 
 // INVERSE (n, n), contiguous, of the matrix A (n, n) whose entry (i, j) stands at A[(i-1) row + (j-1) column]. A
-// singular matrix gives positive infinity throughout and no report. Throws std::bad_alloc.
+// singular matrix gives positive infinity throughout and no report. Throws std::bad_alloc, for n > 3 alone.
 void INVMAT(std::int32_t n, const double* A, std::ptrdiff_t row, std::ptrdiff_t column, double* INVERSE);
 
 // Gradients of the area coordinates of a triangle, constant over it: rows of the inverse of the matrix with the columns

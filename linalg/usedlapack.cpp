@@ -52,51 +52,57 @@ std::int32_t workspace_of_inverse(std::int32_t n) {
     return std::max(n, static_cast<std::int32_t>(work));
 }
 
-void invert_3x3(double* A) {
-    const auto a = [A](int i, int j) -> double& { return A[i + 3 * j]; };
-    int pivot[3];
+template <int n>
+void invert_written_out(double* A) {
+    const auto a = [A](int i, int j) -> double& { return A[i + n * j]; };
+    int pivot[n];
 
     // L and U in place, L scaled with the reciprocal of its pivot.
-    for (int k = 0; k < 3; ++k) {
+    for (int k = 0; k < n; ++k) {
         int p = k;
-        for (int i = k + 1; i < 3; ++i)
+        for (int i = k + 1; i < n; ++i)
             if (std::fabs(a(i, k)) > std::fabs(a(p, k))) p = i;
         pivot[k] = p;
-        if (a(p, k) == 0.0) return fill_with_infinity(3, A);
+        if (a(p, k) == 0.0) return fill_with_infinity(n, A);
         if (p != k)
-            for (int j = 0; j < 3; ++j) std::swap(a(k, j), a(p, j));
+            for (int j = 0; j < n; ++j) std::swap(a(k, j), a(p, j));
         if (std::fabs(a(k, k)) >= std::numeric_limits<double>::min()) {
             const double reciprocal = 1.0 / a(k, k);
-            for (int i = k + 1; i < 3; ++i) a(i, k) *= reciprocal;
+            for (int i = k + 1; i < n; ++i) a(i, k) *= reciprocal;
         } else {
-            for (int i = k + 1; i < 3; ++i) a(i, k) /= a(k, k);
+            for (int i = k + 1; i < n; ++i) a(i, k) /= a(k, k);
         }
-        for (int j = k + 1; j < 3; ++j)
-            for (int i = k + 1; i < 3; ++i) a(i, j) -= a(i, k) * a(k, j);
+        for (int j = k + 1; j < n; ++j)
+            for (int i = k + 1; i < n; ++i) a(i, j) -= a(i, k) * a(k, j);
     }
 
     // inverse of U, column after column; zeros are passed over and keep their sign
-    a(0, 0) = 1.0 / a(0, 0);
-    a(1, 1) = 1.0 / a(1, 1);
-    if (a(0, 1) != 0.0) a(0, 1) *= a(0, 0);
-    a(0, 1) *= -a(1, 1);
-    a(2, 2) = 1.0 / a(2, 2);
-    if (a(0, 2) != 0.0) a(0, 2) *= a(0, 0);
-    if (a(1, 2) != 0.0) {
-        a(0, 2) += a(1, 2) * a(0, 1);
-        a(1, 2) *= a(1, 1);
+    for (int j = 0; j < n; ++j) {
+        a(j, j) = 1.0 / a(j, j);
+        for (int k = 0; k < j; ++k) {
+            if (a(k, j) == 0.0) continue;
+            for (int i = 0; i < k; ++i) a(i, j) += a(k, j) * a(i, k);
+            a(k, j) *= a(k, k);
+        }
+        for (int i = 0; i < j; ++i) a(i, j) *= -a(j, j);
     }
-    a(0, 2) *= -a(2, 2);
-    a(1, 2) *= -a(2, 2);
 
     // times the inverse of L, the columns then back in their order
-    const double l21 = a(2, 1), l10 = a(1, 0), l20 = a(2, 0);
-    a(2, 1) = a(1, 0) = a(2, 0) = 0.0;
-    for (int i = 0; i < 3; ++i) a(i, 1) -= l21 * a(i, 2);
-    for (int i = 0; i < 3; ++i) a(i, 0) = (a(i, 0) - l10 * a(i, 1)) - l20 * a(i, 2);
-    for (int j = 1; j >= 0; --j)
+    for (int j = n - 2; j >= 0; --j) {
+        double l[n];
+        for (int k = j + 1; k < n; ++k) {
+            l[k] = a(k, j);
+            a(k, j) = 0.0;
+        }
+        for (int k = j + 1; k < n; ++k)
+            for (int i = 0; i < n; ++i) a(i, j) -= l[k] * a(i, k);
+    }
+    for (int j = n - 2; j >= 0; --j)
         if (pivot[j] != j)
-            for (int i = 0; i < 3; ++i) std::swap(a(i, j), a(i, pivot[j]));
+            for (int i = 0; i < n; ++i) std::swap(a(i, j), a(i, pivot[j]));
 }
+
+template void invert_written_out<2>(double* A);
+template void invert_written_out<3>(double* A);
 
 }  // namespace USEDLAPACK
