@@ -238,6 +238,7 @@ TEST(Angle, RoundedToNearest) {
                             {-0x1.26d323ad4661ap-2, 0x1.eaecd263c1638p-1, -0x1.22c4b39e4b7a4p-2},
                             {0x1.921fb54442d18p-1, 0x1.6a09e667f3bcdp-1, 0x1.6a09e667f3bccp-1},
                             {0x1.921fb54442d18p+0, 0x1.1a62633145c07p-54, 1},
+                            {0x1.921fb54442d19p+0, -0x1.72cece675d1fdp-53, 1},
                             {0x1.921fb54442d18p+1, -1, 0x1.1a62633145c07p-53},
                             {1e-300, 1, 1e-300}};
     for (const auto& d : directions) {
