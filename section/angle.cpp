@@ -67,7 +67,7 @@ constexpr Pair SINE[] = {ONE,
 
 // For 0 <= angle <= pi.
 void sine_and_cosine(double angle, Pair& sine, Pair& cosine) {
-    const int quarters = static_cast<int>(angle / HALFPI.hi + 0.5);
+    const int quarters = (angle > 0.5 * HALFPI.hi) + (angle > 1.5 * HALFPI.hi);
     // Products of these few quarters are exact, and so is the first difference: r to 100 bits, in -pi/4 to pi/4.
     const Pair r = Pair{angle - quarters * HALFPI.hi, 0.0} - Pair{quarters * HALFPI.lo, quarters * HALFPIREST};
     const Pair square = r * r;

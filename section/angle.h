@@ -1,7 +1,7 @@
 // The angle of a direction, and the direction of an angle, without the C library: it chooses its routines by the
-// processor, and they differ in the last bit. These use + - * / and the square root of IEEE 754 alone, which round
-// alike everywhere, and carry some 100 bits, so that what they return is the exact value rounded to nearest but for one
-// argument in 1e14.
+// processor, and they differ in the last bit. These use + - * /, the square root and powers of two alone, which IEEE
+// 754 fixes to the last bit, and carry some 100 bits: what they return is the exact value rounded to nearest, but for
+// one argument in 1e14.
 #pragma once
 
 namespace BASICCHAR_MOD {
