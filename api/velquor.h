@@ -19,8 +19,20 @@
 extern "C" {
 #endif
 
-#if defined(_WIN32)
+/* The version, VQ_VERSION_MAJOR . VQ_VERSION_MINOR . VQ_VERSION_PATCH. Names and values here keep their meaning while
+ * the first stays the same. */
+#define VQ_VERSION_MAJOR 1
+#define VQ_VERSION_MINOR 0
+#define VQ_VERSION_PATCH 0
+
+/* VQ_STATIC goes with the static library, where its CMake package and its pkg-config file define it. VQ_BUILDING is
+ * defined while the shared library itself is compiled, and nowhere else. */
+#if defined(VQ_STATIC)
+#define VQ_EXPORT
+#elif defined(_WIN32) && defined(VQ_BUILDING)
 #define VQ_EXPORT __declspec(dllexport)
+#elif defined(_WIN32)
+#define VQ_EXPORT __declspec(dllimport)
 #elif defined(__GNUC__)
 #define VQ_EXPORT __attribute__((visibility("default")))
 #else

@@ -1,9 +1,11 @@
 # Two Debian packages, one for each component: cmake --workflow --preset package.
+if(NOT library_component STREQUAL "runtime")
+  message(FATAL_ERROR "The Debian packages hold the shared library: BUILD_SHARED_LIBS and VQ_DEBIAN_PACKAGES contradict")
+endif()
 set(runtime_package libvelquor${PROJECT_VERSION_MAJOR})
 set(development_package libvelquor-dev)
 set(VQ_MAINTAINER "The Velquor authors <velquor@localhost>" CACHE STRING "Who answers for the Debian packages")
 
-# The licences travel with every copy, installed by a package or not.
 install(FILES cmake/debian/copyright DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${runtime_package} COMPONENT runtime)
 install(FILES cmake/debian/copyright DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${development_package}
   COMPONENT development)

@@ -8,10 +8,10 @@ host=$(cd "$(dirname "$0")" && pwd)
 
 "$cmake" -S "$host" -B "$build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 "$cmake" --build "$build" >/dev/null
-"$build/host"
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name velquor.pc)")
 export PKG_CONFIG_LIBDIR
+"$build/host" | grep -F "velquor $(pkg-config --modversion velquor): "
 cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$host/host.c" -o "$build/by_pkg_config" \
     $(pkg-config --cflags --libs velquor)
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir velquor) "$build/by_pkg_config"

@@ -1,18 +1,23 @@
-/* A host in C: one element of 2 by 4, strong axis along Z. Exits 0 when the library answers rightly. */
+/* A host in C: one element of 2 by 4, strong axis along Z, then the same with a coordinate that is no number, which is
+ * refused. Exits 0 when the library answers rightly. */
 #include <math.h>
 #include <stdio.h>
 #include <velquor.h>
 
 int main(void) {
-    const double nodes[] = {0, 2, 2, 0, /* Y */ 0, 0, 4, 4 /* Z */};
+    double nodes[] = {0, 2, 2, 0, /* Y */ 0, 0, 4, 4 /* Z */};
     const int32_t elements[] = {1, 2, 3, 4};
     const double props[VQ_NCOLUMNS] = {210e3, 81e3, 0, 1, 1, 1, 235, 235, 7.85, 0};
     double result[VQ_NSLOTS] = {0}, nodeout[4 * 3], elemout[48];
     int32_t status = 1;
     result[VQ_MODE_SLOT] = VQ_PLASTIC;
     vq_velquor(&status, nodes, 4, elements, 1, props, 0, NULL, result, nodeout, elemout);
-    printf("status %d, A %g, Izz %g, Wpl %g\n", (int)status, result[VQ_EA] / result[VQ_EREF],
-           result[VQ_IZZ] / result[VQ_EREF], result[VQ_PLMOD_Z]);
-    return !(status == VQ_DONE && fabs(result[VQ_EA] / 210e3 - 8) < 1e-12 &&
-             fabs(result[VQ_IZZ] / 210e3 - 32.0 / 3) < 1e-12 && fabs(result[VQ_PLMOD_Z] - 8) < 1e-9);
+    printf("velquor %d.%d.%d: status %d, A %g, Izz %g, Wpl %g\n", VQ_VERSION_MAJOR, VQ_VERSION_MINOR, VQ_VERSION_PATCH,
+           (int)status, result[VQ_EA] / result[VQ_EREF], result[VQ_IZZ] / result[VQ_EREF], result[VQ_PLMOD_Z]);
+    const int right = status == VQ_DONE && fabs(result[VQ_EA] / 210e3 - 8) < 1e-12 &&
+                      fabs(result[VQ_IZZ] / 210e3 - 32.0 / 3) < 1e-12 && fabs(result[VQ_PLMOD_Z] - 8) < 1e-9;
+    nodes[2] = NAN;
+    status = 1;
+    vq_velquor(&status, nodes, 4, elements, 1, props, 0, NULL, result, nodeout, elemout);
+    return !(right && status == VQ_REFUSED);
 }

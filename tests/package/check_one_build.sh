@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Builds a C host and the library in one build, by add_subdirectory, shared and static, and runs the host; then installs the
+# static library and builds hosts against that copy.
+#   check_one_build.sh <cmake> <source folder>
+set -euo pipefail
+cmake=$1 source=$2
+here=$(cd "$(dirname "$0")" && pwd)
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+expect() { [ "$2" = "$3" ] || { echo "$1: $2, expected: $3" >&2 && exit 1; }; }
+
+for shared in ON OFF; do
+    build=$scratch/shared-$shared
+    # The library's own flags hold against those of the host, which has no build type.
+    "$cmake" -S "$here" -B "$build" -DVELQUOR_SOURCE="$source" -DBUILD_SHARED_LIBS=$shared -DCMAKE_CXX_FLAGS=-ffast-math \
+        -DVQ_INSTALL=$([ $shared = ON ] || echo ON) >/dev/null
+    "$cmake" --build "$build" --parallel 2 >/dev/null
+    "$build/host"
+    expect "a build type nobody chose" "$(grep -oE ' -(O.|DNDEBUG) ' "$build/compile_commands.json" || true)" ""
+    expect "flags of the library on the host" \
+        "$(sed -n '/"command".*host\.c"/s/ -fPIC//p' "$build/compile_commands.json" | grep -oE ' -[Wfg][^ ]*' || true)" ""
+    expect "names of the library in the host's cache" "$(sed -n 's/^\([[:alpha:]][^:]*\):.*/\1/p' "$build/CMakeCache.txt" |
+        grep -vE '^(CMAKE_|VQ_|velquor_|BUILD_SHARED_LIBS$|VELQUOR_SOURCE$)' || true)" ""
+    expect "passed on by a plug-in" "$(nm -D --defined-only "$build/libplugin.so" | awk '{print $3}')" main
+    "$cmake" --install "$build" --prefix "$build/installed" >/dev/null
+done
+expect "installed where the host does not ask for it" "$(ls "$scratch/shared-ON/installed" 2>/dev/null || true)" ""
+archive=$(find "$scratch/shared-OFF/installed" -name libvelquor.a)
+expect "names for others" "$(nm -g --defined-only "$archive" | awk 'NF == 3 {print $3}')" vq_velquor
+"$here/build_hosts.sh" "$cmake" "$scratch/shared-OFF/installed" "$scratch/host"
