@@ -5,13 +5,13 @@ target_compile_definitions(velquor_objects PUBLIC VQ_STATIC)
 # Machine code with names that can be made local, also where the host has its programs optimised at link time.
 target_compile_options(velquor_objects PRIVATE -fno-lto $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 set(archives ${VQ_LAPACK_ARCHIVE} ${VQ_BLAS_ARCHIVE} ${VQ_AMD_ARCHIVE})
-add_custom_command(OUTPUT velquor.o
-  COMMAND ${CMAKE_CXX_COMPILER} -fuse-ld=bfd -nostdlib -r -Wl,--force-group-allocation -o velquor.o
+add_custom_command(OUTPUT velquor$<CONFIG>.o
+  COMMAND ${CMAKE_CXX_COMPILER} -fuse-ld=bfd -nostdlib -r -Wl,--force-group-allocation -o velquor$<CONFIG>.o
     $<TARGET_OBJECTS:velquor_objects> ${archives}
-  COMMAND ${CMAKE_OBJCOPY} --keep-global-symbol=vq_velquor velquor.o
+  COMMAND ${CMAKE_OBJCOPY} --keep-global-symbol=vq_velquor velquor$<CONFIG>.o
   DEPENDS velquor_objects $<TARGET_OBJECTS:velquor_objects> ${archives}
-  COMMENT "Linking velquor.o" COMMAND_EXPAND_LISTS VERBATIM)
-add_library(velquor STATIC ${PROJECT_BINARY_DIR}/velquor.o)
+  COMMENT "Linking the object of libvelquor.a" COMMAND_EXPAND_LISTS VERBATIM)
+add_library(velquor STATIC ${PROJECT_BINARY_DIR}/velquor$<CONFIG>.o)
 set_target_properties(velquor PROPERTIES LINKER_LANGUAGE CXX)
 
 # By name, so that a host without C++ can link it: the runtime of the compiler that built the library.

@@ -22,7 +22,8 @@ configure succeeds "${without[@]}"
 expect "the unit tests are left out, for want of Debian's packages: libgtest-dev"
 expect "the sections of the validation are left out, for want of Debian's packages: nlohmann-json3-dev"
 configure fails "${without[@]}" -DVQ_BUILD_TESTS=ON
-expect "the unit tests need what Debian's packages hold: libgtest-dev"
+expect "the unit tests were asked for, and need Debian's packages: libgtest-dev"
+expect "the sections of the validation were asked for, and need Debian's packages: nlohmann-json3-dev"
 
 configure fails "-DCMAKE_IGNORE_PREFIX_PATH=/;/usr;/usr/local"
 expect "liblapack_pic.a, in Debian's package liblapack-dev"
