@@ -11,7 +11,9 @@ host=$(cd "$(dirname "$0")" && pwd)
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name velquor.pc)")
 export PKG_CONFIG_LIBDIR
-"$build/host" | grep -F "velquor $(pkg-config --modversion velquor): "
+told=$("$build/host") wanted="velquor $(pkg-config --modversion velquor):"
+echo "$told"
+[[ $told == "$wanted "* ]] || { echo "expected: $wanted" >&2 && exit 1; }
 cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$host/host.c" -o "$build/by_pkg_config" \
     $(pkg-config --cflags --libs velquor)
 LD_LIBRARY_PATH=$(pkg-config --variable=libdir velquor) "$build/by_pkg_config"

@@ -41,6 +41,7 @@ for file in usr/include/velquor.h "$libdir"/{libvelquor.so,pkgconfig/velquor.pc,
     usr/share/doc/libvelquor-dev/{copyright,examples/ipe300.c}; do
     grep -qxF "./$file" "$scratch/files" || fail "no $file"
 done
+expect "folders of documents" "$(cd "$scratch/tree/usr/share/doc" && echo *)" "libvelquor-dev libvelquor1"
 expect "with a path of the build" "$(grep -rlF -e "$source" -e "$build" "$scratch/tree" || true)" ""
 library=$scratch/tree/$libdir/libvelquor.so.$version
 expect "not stripped" "$(readelf -SW "$library" | grep -Eo ' \.(symtab|debug_info) ' || true)" ""

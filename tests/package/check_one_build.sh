@@ -9,11 +9,12 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 expect() { [ "$2" = "$3" ] || { echo "$1: $2, expected: $3" >&2 && exit 1; }; }
 
-for shared in ON OFF; do
-    build=$scratch/shared-$shared
+# one_build <folder> <option>...
+one_build() {
+    local build=$scratch/$1
+    shift
     # The library's own flags hold against those of the host, which has no build type.
-    "$cmake" -S "$here" -B "$build" -DVELQUOR_SOURCE="$source" -DBUILD_SHARED_LIBS=$shared -DCMAKE_CXX_FLAGS=-ffast-math \
-        -DVQ_INSTALL=$([ $shared = ON ] || echo ON) >/dev/null
+    "$cmake" -S "$here" -B "$build" -DVELQUOR_SOURCE="$source" -DCMAKE_CXX_FLAGS=-ffast-math "$@" >/dev/null
     "$cmake" --build "$build" --parallel 2 >/dev/null
     "$build/host"
     expect "a build type nobody chose" "$(grep -oE ' -(O.|DNDEBUG) ' "$build/compile_commands.json" || true)" ""
@@ -23,8 +24,11 @@ for shared in ON OFF; do
         grep -vE '^(CMAKE_|VQ_|velquor_|BUILD_SHARED_LIBS$|VELQUOR_SOURCE$)' || true)" ""
     expect "passed on by a plug-in" "$(nm -D --defined-only "$build/libplugin.so" | awk '{print $3}')" main
     "$cmake" --install "$build" --prefix "$build/installed" >/dev/null
-done
-expect "installed where the host does not ask for it" "$(ls "$scratch/shared-ON/installed" 2>/dev/null || true)" ""
-archive=$(find "$scratch/shared-OFF/installed" -name libvelquor.a)
+}
+one_build shared -DBUILD_SHARED_LIBS=ON
+expect "installed where the host does not ask for it" "$(ls "$scratch/shared/installed" 2>/dev/null || true)" ""
+
+one_build static -DBUILD_SHARED_LIBS=OFF -DVQ_INSTALL=ON
+archive=$(find "$scratch/static/installed" -name libvelquor.a)
 expect "names for others" "$(nm -g --defined-only "$archive" | awk 'NF == 3 {print $3}')" vq_velquor
-"$here/build_hosts.sh" "$cmake" "$scratch/shared-OFF/installed" "$scratch/host"
+"$here/build_hosts.sh" "$cmake" "$scratch/static/installed" "$scratch/host"

@@ -8,5 +8,6 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
 "$cmake" --install "$build" --prefix "$scratch/first" >/dev/null
+[ -s "$scratch/first/share/doc/velquor/copyright" ] || { echo "no licences" >&2 && exit 1; }
 mv "$scratch/first" "$scratch/moved"
 "$here/build_hosts.sh" "$cmake" "$scratch/moved" "$scratch/host"
