@@ -44,9 +44,8 @@ extern "C" {
 enum {
     VQ_DONE = 0,       /* all results are in the host's tables */
     VQ_REFUSED = 1,    /* the tables or the mesh were refused; the bars too are as the host gave them */
-    VQ_NOT_SOLVED = 2, /* an equation system could not be solved; output fields of bars may have been written. So ends,
-                          too, a section whose warping constant is exactly 0, such as two triangles in a square, or
-                          that has no shear stiffness: a finer or less regular mesh helps the former */
+    VQ_NOT_SOLVED = 2, /* an equation system could not be solved, as with a triangle without area or numbers beyond all
+                          reals; output fields of bars may have been written */
     VQ_OUT_OF_MEMORY = 3 /* memory could not be had, or the run found itself inconsistent (a line on the error stream
                             says so); bars as the host gave them */
 };
@@ -186,6 +185,11 @@ typedef struct VYZTUZE_INFO {
  *                  first the shear stresses as pairs along Y, Z in four load cases (unit torque about the shear centre,
  *                  unit shear force along u, along v, unit warping shear), then the axial stress in four load cases
  *                  (unit normal force, unit moment about the two principal axes, unit bimoment)
+ *
+ * With VQ_DONE, axial stiffness, centroid, second moments and plastic slots are right whatever the mesh. What rests on the
+ * warping may be infinite, no number, or, where rounding hides that, of any size: in a section that has no stiffness in
+ * shear or falls in pieces, and in a mesh that cannot warp, such as one triangle, two in a rectangle or four squares in
+ * a square, whose VQ_IW is 0 up to rounding.
  *
  * Refused, with VQ_REFUSED: a null table or a negative count; a node number outside 1 to NNODES; no element with
  * MATFLAG 1.0, or an EREF not above 0; a group outside 1 to NGROUPS; a coordinate or property that is not finite; an

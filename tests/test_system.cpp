@@ -324,7 +324,8 @@ TEST(Secondary, FieldsSolveTheirSystem) {
 
 TEST(Solves, FailureLeavesNoFields) {
     Stages s = solved(reinforced());
-    s.CHAR.IW = std::nan("");
+    s.CHAR.IW = 1;
+    s.SYSVARS.KG.A(1) = std::nan("");
     SOLVESECUNDRYSHEARANDIWT(s.OK, s.VARS, s.CHAR, s.SYSVARS, s.POINTS());
     EXPECT_EQ(s.OK, LOGICAL_FALSE);
     EXPECT_FALSE(s.SYSVARS.SECFIELD.allocated());

@@ -52,8 +52,8 @@ class Refused(Error):
 
 class NotSolved(Error):
     status = 2
-    meaning = ("an equation system could not be solved; so ends, too, a section whose warping constant is exactly 0 or "
-               "that has no shear stiffness: a finer or less regular mesh helps the former")
+    meaning = ("an equation system could not be solved: a triangle without area, or coordinates beyond what its products "
+               "can hold")
 
 
 class OutOfMemory(Error):
