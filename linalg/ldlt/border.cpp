@@ -83,52 +83,79 @@ Counts count(const System& system) {
 }
 
 // Column z of Y, from one position to the next LANES apart.
-const double* primary_column(const System& system, std::size_t z) {
+double* primary_column(const System& system, std::size_t z) {
     return system.border.Y.get() + z / LANES * lanes_of(system.symbolic.nodes) + z % LANES;
 }
 
-// The columns W = D^-1/2 L^-1 C of the primaries as Q R, Q orthonormal and R upper triangular, by the modified
+// Takes column y - 1 of Y out of those behind it, of each `share` (columns) of it, and gives the products of column y
+// with itself and those behind it in the core. For y = 0 there is nothing to take. Lanes are worked on side by side;
+// the share of those that stay is 0.
+void take_out_before(const System& system, std::size_t y, const std::vector<double>& share,
+                     std::vector<double>& product) {
+    const std::int64_t pivots = system.symbolic.pivots, nodes = system.symbolic.nodes;
+    const double* inverse = system.factor.inverse.data();
+    const double *taken = primary_column(system, y > 0 ? y - 1 : 0), *present = primary_column(system, y);
+    for (std::size_t block = y / LANES * LANES; block < share.size(); block += LANES) {
+        double* Y = system.border.Y.get() + block / LANES * lanes_of(nodes);
+        double r[LANES], sum[LANES] = {};
+        std::copy_n(&share[block], LANES, r);
+        for (std::int64_t p = 0; p < nodes; ++p, Y += LANES) {
+            const double t = taken[lanes_of(p)];
+            for (int q = 0; q < LANES; ++q) Y[q] -= r[q] * t;
+            if (p >= pivots) continue;
+            const double u = inverse[p] * present[lanes_of(p)];
+            for (int q = 0; q < LANES; ++q) sum[q] += u * Y[q];
+        }
+        std::copy_n(sum, LANES, &product[block]);
+    }
+}
+
+// The columns W = D^-1/2 L^-1 C of the primaries as Q R, Q orthogonal and R unit upper triangular, by the modified
 // Gram-Schmidt process, twice where a column loses most of its length (Giraud, Langou and Rozloznik 2005). Q takes the
 // place of W in Y; at the grounded positions it holds what the same combinations of the constraints leave there.
 //
 // The multipliers of these combinations are the border's unknowns. Those of the constraints as they were given can be
 // so unequal, or so nearly dependent, that products W^T W keep no digit of the weaker ones: on a thin strip at 45
 // degrees the two linear constraints differ by (thickness / length)^2. A column that depends on those before it is
-// zero in Q and keeps its own scale, by which what is left of it at the grounded positions is rounding.
+// zero in Q and keeps its own length, by which what is left of it at the grounded positions is rounding.
 void orthogonalise(const System& system, Border& border) {
-    const std::size_t primaries = system.classes.primary.size();
-    const std::int64_t nodes = system.symbolic.nodes, pivots = system.symbolic.pivots;
-    const std::vector<double>& inverse = system.factor.inverse;
-    const auto column = [&](std::size_t z) { return border.Y.get() + z / LANES * lanes_of(nodes) + z % LANES; };
-    const auto product = [&](const double* u, const double* v) {
-        double sum = 0;
-        for (std::int64_t p = 0; p < pivots; ++p) sum += u[lanes_of(p)] * inverse[p] * v[lanes_of(p)];
-        return sum;
-    };
-    border.R.assign(primaries * primaries, 0);
-    border.column.assign(primaries, Column::independent);
-    for (std::size_t z = 0; z < primaries; ++z) {
-        double* v = column(z);
-        const double whole = std::sqrt(product(v, v));
-        double left = whole;
-        for (int pass = 0; pass < 2 && whole > 0; ++pass) {
-            for (std::size_t y = 0; y < z; ++y) {
-                if (border.column[y] != Column::independent) continue;
-                const double* u = column(y);
-                const double r = product(u, v);
-                border.R[z * primaries + y] += r;
-                for (std::int64_t p = 0; p < nodes; ++p) v[lanes_of(p)] -= r * u[lanes_of(p)];
+    const std::size_t n = system.classes.primary.size();
+    std::vector<double> share(static_cast<std::size_t>(primary_blocks(system.classes)) * LANES), product(share.size());
+    const auto at = [n](std::size_t y, std::size_t z) { return z * n + y; };
+    border.R.assign(n * n, 0);
+    for (std::size_t z = 0; z < n; ++z) border.R[at(z, z)] = 1;
+    border.length.assign(n, 0);
+    border.dependent.assign(n, 0);
+    bool again = n > 0;
+    for (int sweep = 0; sweep < 2 && again; ++sweep) {
+        std::vector<double> R(n * n);  // of this sweep
+        again = false;
+        for (std::size_t y = 0; y < n; ++y) {
+            take_out_before(system, y, share, product);
+            std::fill(share.begin(), share.end(), 0.0);
+            R[at(y, y)] = 1;
+            if (border.dependent[y]) continue;
+            double whole = product[y];
+            for (std::size_t k = 0; k < y; ++k) whole += std::pow(R[at(k, y)] * border.length[k], 2);
+            whole = std::sqrt(whole);
+            border.length[y] = std::sqrt(product[y]);
+            if (border.length[y] <= DEPENDENT * whole) {
+                border.dependent[y] = 1;
+                border.length[y] = whole;
+                double* v = primary_column(system, y);
+                for (std::int64_t p = 0; p < system.symbolic.pivots; ++p) v[lanes_of(p)] = 0;
+                continue;
             }
-            left = std::sqrt(product(v, v));
-            if (left > 0.1 * whole) break;
+            again = again || border.length[y] < WEAKENED * whole;
+            for (std::size_t z = y + 1; z < n; ++z) R[at(y, z)] = share[z] = product[z] / product[y];
         }
-        if (left <= DEPENDENT * whole) {
-            border.column[z] = whole > 0 ? Column::dependent : Column::none;
-            for (std::int64_t p = 0; p < pivots; ++p) v[lanes_of(p)] = 0;
-            left = whole > 0 ? whole : 1;
-        }
-        border.R[z * primaries + z] = left;
-        for (std::int64_t p = 0; p < nodes; ++p) v[lanes_of(p)] /= left;
+        const std::vector<double> before = border.R;
+        for (std::size_t z = 0; z < n; ++z)
+            for (std::size_t y = 0; y <= z; ++y) {
+                double sum = 0;
+                for (std::size_t k = y; k <= z; ++k) sum += R[at(y, k)] * before[at(k, z)];
+                border.R[at(y, z)] = sum;
+            }
     }
 }
 
@@ -163,6 +190,9 @@ CoreRemainder remainder_of_core(const System& system) {
     return rest;
 }
 
+// Brings the column of a primary to length 1.
+double scale_of(const Border& border, std::size_t z) { return border.length[z] > 0 ? 1 / border.length[z] : 1; }
+
 // Places in the dense matrix. Grounded nodes and seconds that touch nothing but primaries are thinned out, each kind by
 // itself: a second must not take the place of a grounded node. Returns the order of the matrix.
 std::size_t choose_places(const System& system, const CoreRemainder& rest, std::vector<std::int32_t>& place) {
@@ -185,7 +215,8 @@ std::size_t choose_places(const System& system, const CoreRemainder& rest, std::
         if (rest.diagonal[g] != 0 || coupled[g]) continue;
         candidates.push_back(g);
         for (std::size_t z = 0; z < primaries; ++z)
-            rows.push_back(primary_column(system, z)[lanes_of(system.symbolic.pivots + static_cast<std::int64_t>(g))]);
+            rows.push_back(primary_column(system, z)[lanes_of(system.symbolic.pivots + static_cast<std::int64_t>(g))] *
+                           scale_of(system.border, z));
     }
     thin_out();
 
@@ -201,6 +232,7 @@ std::size_t choose_places(const System& system, const CoreRemainder& rest, std::
         }
         if (!alone) continue;
         solve_transposed(system.border, values.data(), 1);
+        for (std::size_t z = 0; z < primaries; ++z) values[z] *= scale_of(system.border, z);
         candidates.push_back(grounded + primaries + k);
         rows.insert(rows.end(), values.begin(), values.end());
     }
@@ -230,7 +262,8 @@ std::vector<double> dense_matrix(const System& system, const CoreRemainder& rest
         const double* v = primary_column(system, z);
         for (std::size_t g = 0; g < grounded; ++g)
             add(g, grounded + z, v[lanes_of(pivots + static_cast<std::int64_t>(g))]);
-        if (system.border.column[z] == Column::independent) add(grounded + z, grounded + z, -1);
+        if (!system.border.dependent[z])
+            add(grounded + z, grounded + z, -system.border.length[z] * system.border.length[z]);
     }
 
     // entries among primaries and seconds
@@ -265,20 +298,17 @@ std::vector<double> dense_matrix(const System& system, const CoreRemainder& rest
 }  // namespace
 
 void solve_transposed(const Border& border, double* X, std::size_t stride) {
-    const std::size_t p = border.column.size();
+    const std::size_t p = border.length.size();
     for (std::size_t z = 0; z < p; ++z) {
-        double x = X[z * stride];
+        double& x = X[z * stride];
         for (std::size_t y = 0; y < z; ++y) x -= border.R[z * p + y] * X[y * stride];
-        X[z * stride] = x / border.R[z * p + z];
     }
 }
 
 void solve_upper(const Border& border, double* X, std::size_t stride) {
-    const std::size_t p = border.column.size();
-    for (std::size_t z = p; z-- > 0;) {
-        X[z * stride] /= border.R[z * p + z];
+    const std::size_t p = border.length.size();
+    for (std::size_t z = p; z-- > 0;)
         for (std::size_t y = 0; y < z; ++y) X[y * stride] -= border.R[z * p + y] * X[z * stride];
-    }
 }
 
 void factorise_border(const Matrix& A, System& system) {
@@ -299,13 +329,16 @@ void factorise_border(const Matrix& A, System& system) {
     for (std::size_t p = 0; p < size; ++p) f.rows.push_back(static_cast<std::int32_t>(p));
     // The core has given the primaries their scale.
     std::vector<std::int8_t> scaled(size);
-    for (std::size_t z = 0; z < primaries; ++z)
-        scaled[border.place[grounded + z]] = border.column[z] == Column::none ? 0 : 1;
+    border.scale.assign(size, 1);
+    for (std::size_t z = 0; z < primaries; ++z) {
+        scaled[border.place[grounded + z]] = border.length[z] > 0 ? 1 : 0;
+        border.scale[border.place[grounded + z]] = scale_of(border, z);
+    }
     const auto entries = [&](const auto& visit) {
         for (std::size_t j = 0; j < size; ++j)
             for (std::size_t i = j; i < size; ++i) visit(i, j, f.F[j * size + i]);
     };
-    border.scale = equilibrate(size, entries, [&](std::size_t i, std::size_t) { return scaled[i] == 0; });
+    equilibrate(border.scale, entries, [&](std::size_t i, std::size_t) { return scaled[i] == 0; });
     for (std::size_t j = 0; j < size; ++j)
         for (std::size_t i = 0; i < size; ++i) f.F[j * size + i] *= border.scale[i] * border.scale[j];
 

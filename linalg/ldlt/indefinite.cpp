@@ -17,7 +17,9 @@ std::vector<double> scales_of(const Matrix& A) {
         for (std::int32_t i = 0; i < A.n; ++i)
             for (std::int32_t at = A.ia[i] - 1; at < A.ia[i + 1] - 1; ++at) visit(i, A.ja[at] - 1, A.a[at]);
     };
-    return equilibrate(A.n, entries, [&](std::size_t i, std::size_t j) { return has_diagonal(j) || !has_diagonal(i); });
+    std::vector<double> scale(A.n, 1);
+    equilibrate(scale, entries, [&](std::size_t i, std::size_t j) { return has_diagonal(j) || !has_diagonal(i); });
+    return scale;
 }
 
 // The scaled matrix without its diagonal, both triangles.

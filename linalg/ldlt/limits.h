@@ -40,6 +40,9 @@ constexpr int MAXATTEMPTS = 3;
 // orthogonalisation leave rounding, 1e-15 times a growth of 100 at the most. The thinnest wall that a section may have,
 // 2000 : 1 at 45 degrees, leaves 1e-7.
 constexpr double DEPENDENT = 1e-12;
+// A column that keeps less than this share of its length beside those before it is taken out of them once more:
+// rounding leaves 1e-16 over the share.
+constexpr double WEAKENED = 0.01;
 // Size of a row of the equilibrated border at which it is null. Its entries are accurate to about 1e-13; a constraint
 // that is held by less than 1e-10 of its size is better dropped and, if it is then not met, left to the general path.
 constexpr double NULLBORDER = 1e-10;

@@ -223,12 +223,13 @@ void backward(const IndefiniteFront& f, double* X);
 // after the other, is used up.
 std::vector<std::int8_t> independent(std::vector<double>& rows, std::size_t count, std::size_t p);
 
-// Powers of 2, which leave the digits as they are, that bring the largest entry of every row near 1.
+// Multiplies the scale of every row by a power of 2, which leaves the digits as they are, so that its largest entry
+// comes near 1.
 //   entries(visit)  calls visit(i, j, a) for the entries, of which (j, i) may be left out
 //   sets(i, j)      whether an entry (i, j) counts for row i
 template <class Entries, class Sets>
-std::vector<double> equilibrate(std::size_t n, Entries entries, Sets sets) {
-    std::vector<double> scale(n, 1), largest(n);
+void equilibrate(std::vector<double>& scale, Entries entries, Sets sets) {
+    std::vector<double> largest(scale.size());
     for (int sweep = 0; sweep < SWEEPS; ++sweep) {
         std::fill(largest.begin(), largest.end(), 0.0);
         entries([&](std::size_t i, std::size_t j, double a) {
@@ -236,25 +237,22 @@ std::vector<double> equilibrate(std::size_t n, Entries entries, Sets sets) {
             if (sets(i, j)) largest[i] = std::max(largest[i], size);
             if (sets(j, i)) largest[j] = std::max(largest[j], size);
         });
-        for (std::size_t i = 0; i < n; ++i)
+        for (std::size_t i = 0; i < scale.size(); ++i)
             if (largest[i] > 0) scale[i] *= std::ldexp(1.0, -std::ilogb(largest[i]) / 2);
     }
-    return scale;
 }
-
-// The column of a primary in the core: independent of those before it, dependent on them, or with no entry there.
-enum class Column : std::int8_t { independent, dependent, none };
 
 // The border once the core is eliminated. Its unknowns are counted as grounded nodes, primaries, seconds.
 struct Border {
     std::vector<std::int32_t> place;  // place of each border unknown in the front, -1 where it is dead
     Buffer<double> Y;                 // (blocks of 4 primaries, nodes, LANES)  L^-1 times the primaries' columns; Q of
                                       //                                        their Q R from `orthogonalise` on
-    std::vector<double> R;            // (primaries, primaries)  upper triangle, column after column
-    std::vector<Column> column;       // (primaries)
-    std::vector<double> scale;        // (places)                powers of 2
-    IndefiniteFront front;            //                         rows: places
-    bool unfit = false;               // the core turned out indefinite, or the border too large: nothing else is filled
+    std::vector<double> R;            // (primaries, primaries)  unit upper triangle, column after column
+    std::vector<double> length;       // (primaries)             of each column of Q in D^-1, 0 where it has no entry
+    std::vector<std::int8_t> dependent;  // (primaries)          1 where a column depends on those before it
+    std::vector<double> scale;           // (places)                of the rows of the front
+    IndefiniteFront front;               //                         rows: places
+    bool unfit = false;  // the core turned out indefinite, or the border too large: nothing else is filled
 };
 
 // Everything that is needed to solve: x = 0 where `dead` is set, and that equation is passed over.
