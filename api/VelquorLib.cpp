@@ -41,11 +41,16 @@ constexpr double MINSKEWSUM = 0.0001;
 // Loops over rows go one beyond a count.
 bool is_count(std::int32_t count) { return count >= 0 && count < std::numeric_limits<std::int32_t>::max(); }
 
-// All columns that a calculation reads; the third and the tenth are carried along.
-bool has_finite_properties(const VARIABLES_T& VARS, std::int32_t e) {
-    for (int column : {VQ_EMOD, VQ_GMOD, VQ_COUPLING, VQ_GROUP, VQ_MATFLAG, VQ_FNEG, VQ_FPOS, VQ_UNITWEIGHT})
+bool is_plastic(std::int32_t CALCMODE) {
+    return CALCMODE == VQ_PLASTIC || CALCMODE == VQ_PLASTIC_TWO || CALCMODE == VQ_PLASTIC_TWO_B;
+}
+
+// All columns that the calculation reads; the third and the tenth are carried along.
+bool has_finite_properties(const VARIABLES_T& VARS, std::int32_t e, std::int32_t CALCMODE) {
+    for (int column : {VQ_EMOD, VQ_GMOD, VQ_COUPLING, VQ_GROUP, VQ_MATFLAG, VQ_UNITWEIGHT})
         if (!std::isfinite(VARS.ELEMPROP(e, column))) return false;
-    return true;
+    return !is_plastic(CALCMODE) ||
+           (std::isfinite(VARS.ELEMPROP(e, VQ_FNEG)) && std::isfinite(VARS.ELEMPROP(e, VQ_FPOS)));
 }
 
 // Numbers the groups in use from 1 on, in their order and with their signs. A host's numbers may be as large as it
@@ -65,13 +70,14 @@ void renumber_groups(VARIABLES_T& VARS) {
 
 // The property table, the group arrays, and the reference moduli of the first element marked for them. False where a
 // run cannot use the table. The host's NGROUPS is only an upper bound; the groups in use never outnumber the elements.
-bool take_properties(const HostTables& host, std::int32_t NGROUPS, VARIABLES_T& VARS, VELQUOR_CHAR& CHAR) {
+bool take_properties(const HostTables& host, std::int32_t NGROUPS, std::int32_t CALCMODE, VARIABLES_T& VARS,
+                     VELQUOR_CHAR& CHAR) {
     VARS.NELEMS = static_cast<std::int32_t>(host.PROPS.extent(1));
     VARS.ELEMPROP.allocate(VARS.NELEMS, VQ_NCOLUMNS);
     bool marked = false;
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
         for (int column = 1; column <= VQ_NCOLUMNS; ++column) VARS.ELEMPROP(e, column) = host.PROPS(e, column);
-        if (!has_finite_properties(VARS, e)) return false;
+        if (!has_finite_properties(VARS, e, CALCMODE)) return false;
         const std::int32_t g = group_of(VARS, e);
         if (g < 1 || g > NGROUPS) return false;
         VARS.NGROUPS = std::max(VARS.NGROUPS, g);
@@ -87,7 +93,8 @@ bool take_properties(const HostTables& host, std::int32_t NGROUPS, VARIABLES_T& 
     return CHAR.EREF > 0.0;
 }
 
-// A bar needs a node, a host element of distinct nodes to be tied to, and finite values.
+// A bar that takes part needs a node, a host element of distinct nodes to be tied to, and finite values. RADIUS may be
+// any: it is only compared, so an infinite one reaches every corner and one that is no number none.
 bool is_usable(const VARIABLES_T& VARS, const VYZTUZE_INFO& bar) {
     if (bar.NODE > VARS.NNODES || bar.ELEMENT < 1 || bar.ELEMENT > VARS.NELEMS) return false;
     const int n = is_triangle(VARS, bar.ELEMENT) ? 3 : 4;
@@ -95,11 +102,16 @@ bool is_usable(const VARIABLES_T& VARS, const VYZTUZE_INFO& bar) {
         for (int j = 1; j < i; ++j)
             if (VARS.ELEMNODES(bar.ELEMENT, i) == VARS.ELEMNODES(bar.ELEMENT, j)) return false;
     return std::isfinite(bar.AREA) && std::isfinite(bar.EMODUL) && std::isfinite(bar.GMODUL) &&
-           std::isfinite(bar.RADIUS) && std::isfinite(bar.BARWEIGHT);
+           std::isfinite(bar.BARWEIGHT);
+}
+
+bool is_finite_place(const HostTables& host, std::int32_t node) {
+    return std::isfinite(host.NODES(node, 1)) && std::isfinite(host.NODES(node, 2));
 }
 
 // Coordinates of the bars' nodes, which no element has brought into XY. A bar that takes part needs a node of its own;
-// one that does not may name any. False where a run cannot use a bar.
+// one that does not may name any, and where it has no finite place the node stays unused. False where a run cannot use
+// a bar.
 bool take_bar_nodes(const HostTables& host, VARIABLES_T& VARS) {
     Table<LOGICAL, 1> taken;  // by an element or by a bar that takes part
     taken.allocate(VARS.NNODES);
@@ -111,9 +123,10 @@ bool take_bar_nodes(const HostTables& host, VARIABLES_T& VARS) {
         if (takes_part(bar)) {
             if (!is_usable(VARS, bar) || is_true(taken(bar.NODE))) return false;
             taken(bar.NODE) = LOGICAL_TRUE;
-        } else if (bar.NODE > VARS.NNODES) {
+        } else if (bar.NODE > VARS.NNODES || !is_finite_place(host, bar.NODE)) {
             continue;
         }
+        VARS.NODEUSED(bar.NODE) = LOGICAL_TRUE;
         for (int k = 1; k <= 2; ++k) VARS.XY(bar.NODE, k) = host.NODES(bar.NODE, k);
     }
     return true;
@@ -127,7 +140,7 @@ bool has_finite_coordinates(const VARIABLES_T& VARS) {
 }
 
 void run_plastic_stage(std::int32_t CALCMODE, const VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, std::int32_t STAGE) {
-    if (CALCMODE != VQ_PLASTIC && CALCMODE != VQ_PLASTIC_TWO && CALCMODE != VQ_PLASTIC_TWO_B) return;
+    if (!is_plastic(CALCMODE)) return;
     SOLVEPLASTNO(VARS, CHAR, 2, STAGE);
     SOLVEPLASTNO(VARS, CHAR, 1, STAGE);
     if (CALCMODE != VQ_PLASTIC) return;
@@ -183,7 +196,7 @@ std::int32_t run(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS
     Real<2, 2> TRANS{{1.0, 0.0, 0.0, 1.0}};
     LOGICAL OK = LOGICAL_FALSE;
 
-    if (!take_properties(host, NGROUPS, VARS, CHAR)) return VQ_REFUSED;
+    if (!take_properties(host, NGROUPS, CALCMODE, VARS, CHAR)) return VQ_REFUSED;
     std::int32_t MESHSTATUS;
     DEFINEMESH(MESHSTATUS, host.NODES, host.ELEMENTS, VARS, CHAR);
     if (MESHSTATUS != 0) return VQ_REFUSED;

@@ -59,7 +59,12 @@ enum {
     VQ_PLASTIC_TWO_B = 21 /* the same */
 };
 
-/* Columns of the element property table. */
+/* Columns of the element property table. Three things are accepted without a sign, though seldom meant:
+ *   - a COUPLING of 0, as in a table that was only cleared, makes the section a coupled one: YC and ZC are 0 and each
+ *     group bends by itself;
+ *   - PLAXIS and PLMOD need strengths in all elements that take part, both of them positive. Without any, every line
+ *     balances, and PLAXIS stays in the middle of the nodes' extent;
+ *   - where that middle lies at 100.0 along an axis, the plastic search ends there at once, whatever the strengths. */
 enum {
     VQ_EMOD = 1,     /* elastic modulus: weight of the element in all stiffness sums */
     VQ_GMOD = 2,     /* shear modulus: coefficient of the element in the warping problem */
@@ -69,8 +74,8 @@ enum {
     VQ_GROUP = 5,    /* group number, 1 to NGROUPS in absolute value, cut to an integer; only a value above 0 counts in
                         VQ_ANET and VQ_WEIGHT */
     VQ_MATFLAG = 6,  /* the first element with exactly 1.0 sets EREF and GREF; 0.5 or more counts in the plastic sums */
-    VQ_FNEG = 7,     /* plastic strength below the line for directions 1 and 2, above it for -1 and -2 */
-    VQ_FPOS = 8,     /* plastic strength above the line for directions 1 and 2, below it for -1 and -2 */
+    VQ_FNEG = 7,     /* plastic strength, positive too, below the line for directions 1 and 2, above it for -1 and -2 */
+    VQ_FPOS = 8,     /* plastic strength, positive, above the line for directions 1 and 2, below it for -1 and -2 */
     VQ_UNITWEIGHT = 9, /* weight for a unit of area */
     VQ_TENTH = 10,     /* read by nothing */
     VQ_NCOLUMNS = 10
@@ -151,7 +156,9 @@ enum {
 /* One reinforcement point (bar), 184 bytes. Offsets and gaps are part of the format; members marked "not read" keep the
  * host's bytes. A bar takes part when EMODUL is 2.0 or more and NODE is 1 or more (in area, inertia and weight only
  * when EMODUL is above 2.0). NODE is then a node of its own: no element uses it and no other bar that takes part stands
- * on it.
+ * on it. A record that takes no part adds nothing but its modulus, where that is a number, to the corners within its
+ * RADIUS, and its node to the interval in which plastic axes are searched; where that node has no finite place, not
+ * even this.
  */
 typedef struct VYZTUZE_INFO {
     int32_t NODE; /*   0  in   node number, 1 to NNODES; 0 or below leaves the record out */
@@ -163,7 +170,8 @@ typedef struct VYZTUZE_INFO {
     double AREA;   /*  40  in */
     double EMODUL; /*  48  in   elastic modulus */
     double GMODUL; /*  56  in   shear modulus */
-    double RADIUS; /*  64  in   element corners nearer than this take the bar's modulus in the axial stresses */
+    double RADIUS; /*  64  in   element corners nearer than this take the bar's modulus in the axial stresses; any
+                      value: infinity reaches all corners, 0, a negative one and NaN none */
     double not_read_2[3];
     double BARWEIGHT; /*  96  in   weight for a unit of area */
     double SHAPE[4];  /* 104  out  shape values of the host element at the bar */
@@ -192,11 +200,13 @@ typedef struct VYZTUZE_INFO {
  * a square, whose VQ_IW is 0 up to rounding.
  *
  * Refused, with VQ_REFUSED: a null table or a negative count; a node number outside 1 to NNODES; no element with
- * MATFLAG 1.0, or an EREF not above 0; a group outside 1 to NGROUPS; a coordinate or property that is not finite; an
- * element that is clockwise, names a node twice, or has an edge below 1e-5 of its longest or a longest edge below 1e-8;
- * a quadrilateral with a corner below 4.6 degrees, within 4.6 degrees of straight, or re-entrant (elements with a
- * modulus below about 1e-6 EREF are not looked at); a bar that takes part without a node of its own or a host element,
- * or with a value that is not finite. Which element was at fault is not told.
+ * MATFLAG 1.0, or an EREF not above 0; a group outside 1 to NGROUPS; an element that is clockwise, names a node twice,
+ * or has an edge below 1e-5 of its longest or a longest edge below 1e-8; a quadrilateral with a corner below 4.6
+ * degrees, within 4.6 degrees of straight, or re-entrant (elements with a modulus below about 1e-6 EREF are not looked
+ * at); a bar that takes part without a node of its own or a host element; a value that is not finite where the run
+ * reads it. These are, of every element, VQ_EMOD, VQ_GMOD, VQ_COUPLING, VQ_GROUP, VQ_MATFLAG and VQ_UNITWEIGHT, and
+ * with a plastic calculation VQ_FNEG and VQ_FPOS; of every bar that takes part, AREA, EMODUL, GMODUL and BARWEIGHT; the
+ * coordinates of the nodes of both. Which element was at fault is not told.
  */
 VQ_EXPORT void vq_velquor(int32_t* STATUS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS,
                           const double* PROPS, int32_t NPOINTS, VYZTUZE_INFO* POINTS, double* RESULT, double* NODEOUT,

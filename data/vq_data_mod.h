@@ -21,8 +21,7 @@ using POINTTABLE = View<VYZTUZE_INFO, 1>;  // the host's NPOINTS bars, worked on
 
 // A bar takes part in the equation system and its results from this modulus on, in the sums over area only above it.
 constexpr double MINBARMODULUS = 2.0;
-// A modulus that is no number does not leave the bar out, so that it is refused with the other values of a bar.
-inline bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && !(bar.EMODUL < MINBARMODULUS); }
+inline bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >= MINBARMODULUS; }
 
 // The mesh of a run and what is known of each element and group.
 struct VARIABLES_T {
@@ -34,7 +33,7 @@ struct VARIABLES_T {
     Table<double, 1> ELEMYC, ELEMZC;    // (NELEMS)      centroid, host's coordinates             by SOLVEBASICCHAR
     Table<double, 2> ELEMPROP;          // (NELEMS, 10)  the host's properties                    by vq_velquor
     Table<std::int32_t, 2> ELEMNODES;   // (NELEMS, 4)   columns 3 and 4 equal mark a triangle    by DEFINEMESH
-    Table<LOGICAL, 1> NODEUSED;         // (NNODES)      true for a node of an element            by DEFINEMESH
+    Table<LOGICAL, 1> NODEUSED;         // (NNODES)      true where XY has the host's place  by DEFINEMESH, vq_velquor
     std::int32_t NNODES = 0;            // the host's node count
     std::int32_t NELEMS = 0;
     std::int32_t NGROUPS = 0;

@@ -58,13 +58,22 @@ static int names_a_node_twice(int n, const int32_t* node) {
     return 0;
 }
 
-static refusal find_in_properties(int32_t NGROUPS, int32_t NELEMS, const double* PROPS, double* EREF) {
+/* Strengths are read by a plastic calculation alone. */
+static int is_read(int column, double mode) {
+    const int plastic = (mode >= VQ_PLASTIC && mode < VQ_PLASTIC + 1) ||
+                        (mode >= VQ_PLASTIC_TWO && mode < VQ_PLASTIC_TWO + 1) ||
+                        (mode >= VQ_PLASTIC_TWO_B && mode < VQ_PLASTIC_TWO_B + 1);
+    if (column == VQ_FNEG || column == VQ_FPOS) return plastic;
+    return column != VQ_CARRIED && column != VQ_TENTH;
+}
+
+static refusal find_in_properties(int32_t NGROUPS, int32_t NELEMS, const double* PROPS, double mode, double* EREF) {
     int marked = 0;
     for (int32_t e = 0; e < NELEMS; ++e) {
         double P[VQ_NCOLUMNS + 1];
         for (int k = 1; k <= VQ_NCOLUMNS; ++k) P[k] = PROPS[(size_t)(k - 1) * (size_t)NELEMS + (size_t)e];
-        for (int k = 1; k <= VQ_UNITWEIGHT; ++k)
-            if (k != VQ_CARRIED && !isfinite(P[k])) return refuse("PROPS", e + 1, "holds a value that is not finite");
+        for (int k = 1; k <= VQ_NCOLUMNS; ++k)
+            if (is_read(k, mode) && !isfinite(P[k])) return refuse("PROPS", e + 1, "holds a value that is not finite");
         if (fabs(P[VQ_GROUP]) < 1.0 || fabs(P[VQ_GROUP]) >= NGROUPS + 1.0)
             return refuse("PROPS", e + 1, "has a group outside 1 to NGROUPS");
         if (!marked && P[VQ_MATFLAG] == 1.0) *EREF = P[VQ_EMOD], marked = 1;
@@ -97,8 +106,7 @@ static refusal find_in_bars(const double* NODES, int32_t NNODES, const int32_t* 
                             int32_t NPOINTS, const VYZTUZE_INFO* POINTS, unsigned char* taken) {
     for (int32_t b = 0; b < NPOINTS; ++b) {
         const VYZTUZE_INFO* bar = POINTS + b;
-        const int takes_part = bar->NODE >= 1 && !(bar->EMODUL < 2.0);
-        if (takes_part) {
+        if (bar->NODE >= 1 && bar->EMODUL >= 2.0) { /* any other is not looked at */
             int32_t node[4];
             if (bar->NODE > NNODES) return refuse("POINTS", b + 1, "has a NODE above NNODES");
             if (taken[bar->NODE - 1]) return refuse("POINTS", b + 1, "stands on a node of an element or another bar");
@@ -106,27 +114,26 @@ static refusal find_in_bars(const double* NODES, int32_t NNODES, const int32_t* 
                 return refuse("POINTS", b + 1, "has an ELEMENT outside 1 to NELEMS");
             if (names_a_node_twice(corners_of(ELEMENTS, NELEMS, bar->ELEMENT - 1, node), node))
                 return refuse("POINTS", b + 1, "has a host element that names a node twice");
-            if (!isfinite(bar->AREA) || !isfinite(bar->EMODUL) || !isfinite(bar->GMODUL) || !isfinite(bar->RADIUS) ||
-                !isfinite(bar->BARWEIGHT))
+            if (!isfinite(bar->AREA) || !isfinite(bar->EMODUL) || !isfinite(bar->GMODUL) || !isfinite(bar->BARWEIGHT))
                 return refuse("POINTS", b + 1, "holds a value that is not finite");
+            if (!isfinite(NODES[bar->NODE - 1]) || !isfinite(NODES[(size_t)NNODES + (size_t)bar->NODE - 1]))
+                return refuse("NODES", bar->NODE, "holds a value that is not finite");
             taken[bar->NODE - 1] = 1;
         }
-        if (bar->NODE >= 1 && bar->NODE <= NNODES &&
-            (!isfinite(NODES[bar->NODE - 1]) || !isfinite(NODES[(size_t)NNODES + (size_t)bar->NODE - 1])))
-            return refuse("NODES", bar->NODE, "holds a value that is not finite");
     }
     return TAKEN;
 }
 
 refusal find_refusal(int32_t NGROUPS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS,
-                     const double* PROPS, int32_t NPOINTS, const VYZTUZE_INFO* POINTS, unsigned char* taken) {
+                     const double* PROPS, int32_t NPOINTS, const VYZTUZE_INFO* POINTS, double mode,
+                     unsigned char* taken) {
     double EREF = 0.0;
     if (!NODES || !ELEMENTS || !PROPS || (!POINTS && NPOINTS != 0)) return refuse("call", 0, "has a null table");
     if (NGROUPS < 0 || NNODES < 0 || NELEMS < 0 || NPOINTS < 0) return refuse("call", 0, "has a negative count");
     if (NNODES == INT32_MAX || NELEMS == INT32_MAX || NPOINTS == INT32_MAX)
         return refuse("call", 0, "has a count of 2147483647");
 
-    refusal fault = find_in_properties(NGROUPS, NELEMS, PROPS, &EREF);
+    refusal fault = find_in_properties(NGROUPS, NELEMS, PROPS, mode, &EREF);
     if (fault.why) return fault;
     memset(taken, 0, (size_t)NNODES);
     fault = find_in_mesh(NODES, NNODES, ELEMENTS, NELEMS, PROPS, EREF, taken);

@@ -15,10 +15,12 @@ typedef struct refusal {
     int32_t row;       /* counted from 1; 0: the table as a whole */
 } refusal;
 
-/* The first fault of the tables by the rules of vq_velquor, whose arguments these are; NGROUPS is what STATUS brings.
- * RESULT, NODEOUT and ELEMOUT must not be null either. `taken` is a work table of NNODES bytes, set here. */
+/* The first fault of the tables by the rules of vq_velquor, whose arguments these are; NGROUPS is what STATUS brings,
+ * `mode` what stands in RESULT[VQ_MODE_SLOT]. RESULT, NODEOUT and ELEMOUT must not be null either. `taken` is a work
+ * table of NNODES bytes, set here. */
 refusal find_refusal(int32_t NGROUPS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS,
-                     const double* PROPS, int32_t NPOINTS, const VYZTUZE_INFO* POINTS, unsigned char* taken);
+                     const double* PROPS, int32_t NPOINTS, const VYZTUZE_INFO* POINTS, double mode,
+                     unsigned char* taken);
 
 /* Pieces of an accepted mesh that no element connects. One of GMOD 0 carries no shear and connects nothing: a node that
  * only such elements have is a piece of its own. Returns their number, and in piece[n - 1] the piece of node n: the

@@ -74,7 +74,7 @@ int main(void) {
 
     /* What the status would not tell. */
     const int32_t NGROUPS = 1;
-    const refusal fault = find_refusal(NGROUPS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, 0, NULL, taken);
+    const refusal fault = find_refusal(NGROUPS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, 0, NULL, VQ_PLASTIC, taken);
     if (fault.why) {
         fprintf(stderr, "%s, row %d: %s\n", fault.table, (int)fault.row, fault.why);
         return EXIT_FAILURE;

@@ -295,7 +295,14 @@ Tables tables_of(const Section& s, int run) {
     return t;
 }
 
-bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && !(bar.EMODUL < 2.0); }
+bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >= 2.0; }
+
+bool is_read(int column, double mode) {
+    if (column == VQ_FNEG || column == VQ_FPOS)
+        return std::floor(mode) == VQ_PLASTIC || std::floor(mode) == VQ_PLASTIC_TWO ||
+               std::floor(mode) == VQ_PLASTIC_TWO_B;
+    return column != VQ_CARRIED && column != VQ_TENTH;
+}
 
 // The rules of the tables that can be told without geometry, as a host reads them in the header.
 bool must_refuse(const Section& s) {
@@ -305,7 +312,7 @@ bool must_refuse(const Section& s) {
     for (std::size_t e = s.elements.size(); e-- > 0;) {
         const auto& p = s.properties[e];
         for (int column = 1; column <= VQ_UNITWEIGHT; ++column)
-            if (column != VQ_CARRIED && !std::isfinite(p[column - 1])) return true;
+            if (is_read(column, s.mode) && !std::isfinite(p[column - 1])) return true;
         const double group = std::fabs(p[VQ_GROUP - 1]);
         if (group < 1 || std::floor(group) > s.groups) return true;
         if (p[VQ_MATFLAG - 1] == 1.0) EREF = p[VQ_EMOD - 1];
@@ -320,7 +327,7 @@ bool must_refuse(const Section& s) {
         if (!takes_part(bar)) continue;
         if (static_cast<std::size_t>(bar.NODE) > s.y.size() || ++bars_on[bar.NODE - 1] > 1) return true;
         if (bar.ELEMENT < 1 || static_cast<std::size_t>(bar.ELEMENT) > s.elements.size()) return true;
-        for (const double value : {bar.AREA, bar.EMODUL, bar.GMODUL, bar.RADIUS, bar.BARWEIGHT})
+        for (const double value : {bar.AREA, bar.EMODUL, bar.GMODUL, bar.BARWEIGHT})
             if (!std::isfinite(value)) return true;
     }
     return false;

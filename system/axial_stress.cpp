@@ -73,15 +73,21 @@ void reach_nodes(const VARIABLES_T& VARS, const VYZTUZE_INFO& bar, std::int32_t 
     }
 }
 
+// A record below the limit of those that take part reaches corners too, but not without a place or a modulus.
+bool reaches_corners(const VARIABLES_T& VARS, const VYZTUZE_INFO& bar) {
+    return bar.NODE >= 1 && bar.NODE <= VARS.NNODES && VQ_DATA_MOD::is_true(VARS.NODEUSED(bar.NODE)) &&
+           bar.RADIUS > 0.0 && !std::isnan(bar.EMODUL);
+}
+
 // For each node the bar whose modulus the corners there take, 0 for none: of the bars nearer than their RADIUS the last
-// in the table, so the table is walked from its end. Bars that do not take part count here too.
+// in the table, so the table is walked from its end.
 Table<std::int32_t, 1> bars_near_nodes(const VARIABLES_T& VARS, POINTTABLE POINTS) {
     Table<std::int32_t, 1> nearby;
     nearby.allocate(VARS.NNODES);
     Cells cells;
     for (std::int32_t b = VARS.NPOINTS; b >= 1; --b) {
         const VYZTUZE_INFO& bar = POINTS(b);
-        if (bar.NODE < 1 || bar.NODE > VARS.NNODES || !(bar.RADIUS > 0.0)) continue;
+        if (!reaches_corners(VARS, bar)) continue;
         if (!cells.first.allocated()) put_into_cells(VARS, cells);
         reach_nodes(VARS, bar, b, cells, nearby);
     }

@@ -199,6 +199,7 @@ void fill_records(const Section& section, VARIABLES_T& VARS, VELQUOR_CHAR& CHAR)
                View<const std::int32_t, 2>(elements.data(), nelems, 4), VARS, CHAR);
     for (const VYZTUZE_INFO& bar : section.bars) {
         if (bar.NODE < 1) continue;
+        VARS.NODEUSED(bar.NODE) = LOGICAL_TRUE;
         VARS.XY(bar.NODE, 1) = section.y[bar.NODE - 1];
         VARS.XY(bar.NODE, 2) = section.z[bar.NODE - 1];
     }

@@ -19,11 +19,11 @@ namespace {
 
 constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
 
-refusal refusal_of(const Section& s) {
+refusal refusal_of(const Section& s, double mode = VQ_PLASTIC) {
     const Host host = host_of(s);  // the bars between guards
     std::vector<unsigned char> taken(s.y.size() + 1, 0xff);
     const refusal fault = find_refusal(host.STATUS, host.NODES.data(), host.NNODES, host.ELEMENTS.data(), host.NELEMS,
-                                       host.PROPS.data(), host.NPOINTS, &host.POINTS[GUARD], taken.data());
+                                       host.PROPS.data(), host.NPOINTS, &host.POINTS[GUARD], mode, taken.data());
     EXPECT_EQ(taken.back(), 0xff);
     return fault;
 }
@@ -34,7 +34,7 @@ int pieces_of(const Section& s, std::vector<std::int32_t>& piece) {
                        static_cast<std::int32_t>(s.elements.size()), property_table(s).data(), piece.data());
 }
 
-bool is_refused(const Section& s) { return run(s).status == VQ_REFUSED; }
+bool is_refused(const Section& s, double mode = VQ_PLASTIC) { return run(s, mode).status == VQ_REFUSED; }
 
 // Legs of 10 by 100 and 50 by 10 of two materials, squares of 2.5 split in triangles: sums over them need no rule.
 Section unequal_angle() {
@@ -180,17 +180,25 @@ TEST(CheckTables, NamesPropertiesAndBars) {
     expect("POINTS", 3, [](Section& s) { s.bars[2].NODE = 1; });
     expect("POINTS", 3, [](Section& s) { s.bars[2].NODE = 13; });
     expect("POINTS", 1, [](Section& s) { s.bars[0].ELEMENT = 5; });
-    expect("POINTS", 1, [](Section& s) { s.bars[0].EMODUL = NaN; });
-    expect("POINTS", 2, [](Section& s) { s.bars[1].RADIUS = NaN; });
+    expect("POINTS", 1, [](Section& s) { s.bars[0].EMODUL = 1 / 0.0; });
+    expect("POINTS", 2, [](Section& s) { s.bars[1].GMODUL = NaN; });
     expect("POINTS", 1, [](Section& s) {
         s.elements[0][1] = s.elements[0][0], s.materials[0].EMOD = 1e-9, s.materials[1].EMOD = 5;
         s.materials[0].MATFLAG = 0;
     });
     expect("NODES", 11, [](Section& s) { s.z[10] = NaN; });
-    // A bar that takes no part may hold anything, but its node is read.
+    // A bar that takes no part may hold anything and stand anywhere.
     expect(nullptr, 3, [](Section& s) { s.bars[1].EMODUL = 1.9, s.bars[1].NODE = 1, s.bars[1].AREA = NaN; });
     expect(nullptr, 4, [](Section& s) { s.bars[1].EMODUL = 1.9, s.bars[1].NODE = 99; });
-    expect("NODES", 11, [](Section& s) { s.bars[1].EMODUL = 1.9, s.z[10] = NaN; });
+    expect(nullptr, 5, [](Section& s) { s.bars[1].EMODUL = NaN, s.bars[1].RADIUS = 9, s.z[10] = NaN; });
+    // Strengths are read by the modes that need them.
+    Section s;
+    add_rectangle(s, 0, 0, 1, 1, 1, 1);
+    s.materials[0].FNEG = NaN;
+    for (const double mode : {0.0, 0.9, 1.0, 1.9, 2.0, 10.9, 11.5, 12.0, 21.9, 22.0, -1.0, NaN}) {
+        EXPECT_EQ(refusal_of(s, mode).why != nullptr, is_refused(s, mode)) << mode;
+        EXPECT_EQ(is_refused(s, mode), mode == 1 || mode == 1.9 || mode == 11.5 || mode == 21.9) << mode;
+    }
 }
 
 // Two pieces leave the section without stiffness in one direction and the run in order; a soft tie brings the shear
