@@ -11,34 +11,18 @@ namespace {
 // The element at its four quadrature points p. Position and gradients of a point come from two node orders of the
 // square and lie diagonally opposite in the element.
 struct Samples {
-    Real<4, 4> N;           // (i, p)  shape values
-    Real<4, 4> dNdy, dNdz;  // (i, p)  gradients
+    Block<Real<4>, 4> N, dNdy, dNdz;  // (p)(i)  shape value and gradient of node i
     Real<4> detJ;
 };
 
 [[gnu::always_inline]] inline Samples sample(const Real<4, 2>& XYE) {
     Samples at;
     for (int p = 1; p <= 4; ++p) {
-        Real<4> dNdy, dNdz, N;
         Real<2, 2> INVJ;
-        BILINGEOM(XYE, GAUSSR(p), GAUSSS(p), dNdy, dNdz, at.detJ(p), INVJ);
-        GETBASEN(GAUSSR(p), GAUSSS(p), N);
-        for (int i = 1; i <= 4; ++i) {
-            at.N(i, p) = N(i);
-            at.dNdy(i, p) = dNdy(i);
-            at.dNdz(i, p) = dNdz(i);
-        }
+        BILINGEOM(XYE, GAUSSR(p), GAUSSS(p), at.dNdy(p), at.dNdz(p), at.detJ(p), INVJ);
+        GETBASEN(GAUSSR(p), GAUSSS(p), at.N(p));
     }
     return at;
-}
-
-// Value at point p of column k of X, a table over the nodes; A is N or a gradient.
-template <int m>
-double value_at(const Real<4, 4>& A, int p, const Real<4, m>& X, int k) {
-    return A(1, p) * X(1, k) + A(2, p) * X(2, k) + A(3, p) * X(3, k) + A(4, p) * X(4, k);
-}
-double value_at(const Real<4, 4>& A, int p, const Real<4>& X) {
-    return A(1, p) * X(1) + A(2, p) * X(2) + A(3, p) * X(3) + A(4, p) * X(4);
 }
 
 // From the points to the corners.
@@ -54,30 +38,30 @@ void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>&
     const Samples at = sample(XYE);
     Real<4> y, z, wG, wE, wEy, wEz, wEq;
     for (int p = 1; p <= 4; ++p) {
-        y(p) = value_at(at.N, p, XYE, 1);
-        z(p) = value_at(at.N, p, XYE, 2);
+        y(p) = inner(at.N(p), XYE, 1);
+        z(p) = inner(at.N(p), XYE, 2);
         wG(p) = G * at.detJ(p);
         wE(p) = E * at.detJ(p);
         wEy(p) = wE(p) * y(p);
         wEz(p) = wE(p) * z(p);
-        wEq(p) = wE(p) * value_at(at.N, p, Q);
+        wEq(p) = wE(p) * inner(at.N(p), Q);
     }
     for (int i = 1; i <= 4; ++i) {
         for (int j = i; j <= 4; ++j) {
             double sum = 0.0;
-            for (int p = 1; p <= 4; ++p) sum += (at.dNdz(i, p) * at.dNdz(j, p) + at.dNdy(i, p) * at.dNdy(j, p)) * wG(p);
+            for (int p = 1; p <= 4; ++p) sum += (at.dNdz(p)(i) * at.dNdz(p)(j) + at.dNdy(p)(i) * at.dNdy(p)(j)) * wG(p);
             K(i, j) = K(j, i) = sum;
         }
         double f1 = 0.0, f2 = 0.0, f3 = 0.0, r = 0.0, s1 = 0.0, s2 = 0.0, s3 = 0.0;
         for (int p = 1; p <= 4; ++p) {
             // The motions of the point: (-z, y) in the unit twist, (1, 0) and (0, 1) in the unit shifts.
-            f1 -= (y(p) * at.dNdz(i, p) - z(p) * at.dNdy(i, p)) * wG(p);
-            f2 -= at.dNdy(i, p) * wG(p);
-            f3 -= at.dNdz(i, p) * wG(p);
-            r -= at.N(i, p) * wEq(p);
-            s1 += at.N(i, p) * wE(p);
-            s2 += at.N(i, p) * wEy(p);
-            s3 += at.N(i, p) * wEz(p);
+            f1 -= (y(p) * at.dNdz(p)(i) - z(p) * at.dNdy(p)(i)) * wG(p);
+            f2 -= at.dNdy(p)(i) * wG(p);
+            f3 -= at.dNdz(p)(i) * wG(p);
+            r -= at.N(p)(i) * wEq(p);
+            s1 += at.N(p)(i) * wE(p);
+            s2 += at.N(p)(i) * wEy(p);
+            s3 += at.N(p)(i) * wEz(p);
         }
         F(i, 1) = f1;
         F(i, 2) = f2;
@@ -93,8 +77,8 @@ void field_load(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Rea
     const Samples at = sample(XYE);
     R = {};
     for (int p = 1; p <= 4; ++p) {
-        const double wE = MAT(1) * at.detJ(p), qp = value_at(at.N, p, Q);
-        for (int i = 1; i <= 4; ++i) R(i) -= at.N(i, p) * (wE * qp);
+        const double wE = MAT(1) * at.detJ(p), qp = inner(at.N(p), Q);
+        for (int i = 1; i <= 4; ++i) R(i) -= at.N(p)(i) * (wE * qp);
     }
 }
 
@@ -104,8 +88,8 @@ void QUADSHEAR(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4, 3>& WE, 
     const Samples at = sample(XYE);
     Real<4> y, z;
     for (int p = 1; p <= 4; ++p) {
-        y(p) = value_at(at.N, p, XYE, 1);
-        z(p) = value_at(at.N, p, XYE, 2);
+        y(p) = inner(at.N(p), XYE, 1);
+        z(p) = inner(at.N(p), XYE, 2);
     }
     for (int k = 1; k <= 3; ++k) {
         Real<4> ty, tz;
@@ -113,8 +97,8 @@ void QUADSHEAR(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4, 3>& WE, 
         for (int p = 1; p <= 4; ++p) {
             Real<2, 3> T;
             SKEWNESSOVERVELQUOR(y(p), z(p), T);
-            ty(p) = G * (value_at(at.dNdy, p, WE, k) + T(1, k));
-            tz(p) = G * (value_at(at.dNdz, p, WE, k) + T(2, k));
+            ty(p) = G * (inner(at.dNdy(p), WE, k) + T(1, k));
+            tz(p) = G * (inner(at.dNdz(p), WE, k) + T(2, k));
             torque += at.detJ(p) * (y(p) * tz(p) - z(p) * ty(p));
             along_y += at.detJ(p) * ty(p);
             along_z += at.detJ(p) * tz(p);
@@ -133,7 +117,7 @@ double QUADWARPINGCONSTANT(const Real<4, 2>& XYE, const Real<3>& MAT, const Real
     const Samples at = sample(XYE);
     double sum = 0.0;
     for (int p = 1; p <= 4; ++p) {
-        const double w = value_at(at.N, p, WE);
+        const double w = inner(at.N(p), WE);
         sum += at.detJ(p) * MAT(1) * w * w;
     }
     return sum;
@@ -144,8 +128,8 @@ void QUADSHEARSECUNDARY(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>
     const Samples at = sample(XYE);
     Real<4> ty, tz;
     for (int p = 1; p <= 4; ++p) {
-        ty(p) = G * value_at(at.dNdy, p, WE);
-        tz(p) = G * value_at(at.dNdz, p, WE);
+        ty(p) = G * inner(at.dNdy(p), WE);
+        tz(p) = G * inner(at.dNdz(p), WE);
     }
     for (int c = 1; c <= 4; ++c) {
         TY(c) = extrapolated(c, ty);

@@ -19,9 +19,11 @@ constexpr Real<4> GAUSSS{{-GAUSSPOINT, -GAUSSPOINT, GAUSSPOINT, GAUSSPOINT}};
 
 // GAUSSEXTRAP(c, p): weight of point p in the value at corner c, in the node order of BILINGEOM: corner 1 is next to
 // point 3.
-constexpr double FAR = 0.1339745962155614, BESIDE = -0.5, NEAR = 1.8660254037844386;  // 1 -+ sqrt(3)/2
-constexpr Real<4, 4> GAUSSEXTRAP{
-    {FAR, BESIDE, NEAR, BESIDE, BESIDE, FAR, BESIDE, NEAR, NEAR, BESIDE, FAR, BESIDE, BESIDE, NEAR, BESIDE, FAR}};
+constexpr double OPPOSITE = 0.1339745962155614;  // 1 - sqrt(3)/2
+constexpr double BESIDE = -0.5;
+constexpr double NEXT = 1.8660254037844386;  // 1 + sqrt(3)/2
+constexpr Real<4, 4> GAUSSEXTRAP{{OPPOSITE, BESIDE, NEXT, BESIDE, BESIDE, OPPOSITE, BESIDE, NEXT, NEXT, BESIDE,
+                                  OPPOSITE, BESIDE, BESIDE, NEXT, BESIDE, OPPOSITE}};
 
 // Bilinear shape values N at (r, s); nodes 1 to 4 at (-1,-1), (+1,-1), (+1,+1), (-1,+1).
 [[gnu::always_inline]] inline void GETBASEN(double r, double s, Real<4>& N);
@@ -48,17 +50,17 @@ void INVMAT(std::int32_t n, const double* A, std::ptrdiff_t row, std::ptrdiff_t 
 // (1, y(j), z(j)). Infinite where the triangle has no area.
 void triangle_gradients(const Real<3, 2>& XYE, Real<3>& dNdy, Real<3>& dNdz);
 
-// Sum of N(i) times entry i of X, or of its column k.
+// Sum of N(i) times entry i of X, or of its column k, from the first product on.
 template <int n>
 double inner(const Real<n>& N, const Real<n>& X) {
-    double sum = 0.0;
-    for (int i = 1; i <= n; ++i) sum += N(i) * X(i);
+    double sum = N(1) * X(1);
+    for (int i = 2; i <= n; ++i) sum += N(i) * X(i);
     return sum;
 }
 template <int n, int m>
 double inner(const Real<n>& N, const Real<n, m>& X, int k) {
-    double sum = 0.0;
-    for (int i = 1; i <= n; ++i) sum += N(i) * X(i, k);
+    double sum = N(1) * X(1, k);
+    for (int i = 2; i <= n; ++i) sum += N(i) * X(i, k);
     return sum;
 }
 
