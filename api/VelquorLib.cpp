@@ -45,12 +45,34 @@ bool is_plastic(std::int32_t CALCMODE) {
     return CALCMODE == VQ_PLASTIC || CALCMODE == VQ_PLASTIC_TWO || CALCMODE == VQ_PLASTIC_TWO_B;
 }
 
-// All columns that the calculation reads; the third and the tenth are carried along.
-bool has_finite_properties(const VARIABLES_T& VARS, std::int32_t e, std::int32_t CALCMODE) {
-    for (int column : {VQ_EMOD, VQ_GMOD, VQ_COUPLING, VQ_GROUP, VQ_MATFLAG, VQ_UNITWEIGHT})
-        if (!std::isfinite(VARS.ELEMPROP(e, column))) return false;
-    return !is_plastic(CALCMODE) ||
-           (std::isfinite(VARS.ELEMPROP(e, VQ_FNEG)) && std::isfinite(VARS.ELEMPROP(e, VQ_FPOS)));
+// In all columns that the calculation reads; the third and the tenth are carried along.
+bool has_finite_properties(const VARIABLES_T& VARS, std::int32_t CALCMODE) {
+    for (int column : {VQ_EMOD, VQ_GMOD, VQ_COUPLING, VQ_GROUP, VQ_MATFLAG, VQ_FNEG, VQ_FPOS, VQ_UNITWEIGHT}) {
+        if ((column == VQ_FNEG || column == VQ_FPOS) && !is_plastic(CALCMODE)) continue;
+        for (std::int32_t e = 1; e <= VARS.NELEMS; ++e)
+            if (!std::isfinite(VARS.ELEMPROP(e, column))) return false;
+    }
+    return true;
+}
+
+// The highest group in use; 0 where one is outside 1 to NGROUPS, or there is none.
+std::int32_t highest_group(const VARIABLES_T& VARS, std::int32_t NGROUPS) {
+    std::int32_t highest = 0;
+    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
+        const std::int32_t g = group_of(VARS, e);
+        if (g < 1 || g > NGROUPS) return 0;
+        highest = std::max(highest, g);
+    }
+    return highest;
+}
+
+// Moduli of the first element marked for them; they stay 0 without one.
+void take_reference_moduli(const VARIABLES_T& VARS, VELQUOR_CHAR& CHAR) {
+    std::int32_t e = 1;
+    while (e <= VARS.NELEMS && VARS.ELEMPROP(e, VQ_MATFLAG) != 1.0) ++e;
+    if (e > VARS.NELEMS) return;
+    CHAR.EREF = VARS.ELEMPROP(e, VQ_EMOD);
+    CHAR.GREF = VARS.ELEMPROP(e, VQ_GMOD);
 }
 
 // Numbers the groups in use from 1 on, in their order and with their signs. A host's numbers may be as large as it
@@ -68,29 +90,21 @@ void renumber_groups(VARIABLES_T& VARS) {
     VARS.NGROUPS = static_cast<std::int32_t>(used.size());
 }
 
-// The property table, the group arrays, and the reference moduli of the first element marked for them. False where a
-// run cannot use the table. The host's NGROUPS is only an upper bound; the groups in use never outnumber the elements.
+// The property table, the group arrays and the reference moduli. False where a run cannot use the table. The host's
+// NGROUPS is only an upper bound; the groups in use never outnumber the elements.
 bool take_properties(const HostTables& host, std::int32_t NGROUPS, std::int32_t CALCMODE, VARIABLES_T& VARS,
                      VELQUOR_CHAR& CHAR) {
     VARS.NELEMS = static_cast<std::int32_t>(host.PROPS.extent(1));
     VARS.ELEMPROP.allocate(VARS.NELEMS, VQ_NCOLUMNS);
-    bool marked = false;
-    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
-        for (int column = 1; column <= VQ_NCOLUMNS; ++column) VARS.ELEMPROP(e, column) = host.PROPS(e, column);
-        if (!has_finite_properties(VARS, e, CALCMODE)) return false;
-        const std::int32_t g = group_of(VARS, e);
-        if (g < 1 || g > NGROUPS) return false;
-        VARS.NGROUPS = std::max(VARS.NGROUPS, g);
-        if (!marked && VARS.ELEMPROP(e, VQ_MATFLAG) == 1.0) {
-            CHAR.EREF = VARS.ELEMPROP(e, VQ_EMOD);
-            CHAR.GREF = VARS.ELEMPROP(e, VQ_GMOD);
-            marked = true;
-        }
-    }
+    std::copy_n(host.PROPS.data, host.PROPS.extent(1) * VQ_NCOLUMNS, VARS.ELEMPROP.memory());
+    take_reference_moduli(VARS, CHAR);
+    VARS.NGROUPS = highest_group(VARS, NGROUPS);
+    if (!has_finite_properties(VARS, CALCMODE) || VARS.NGROUPS == 0 || !(CHAR.EREF > 0.0)) return false;
+
     if (VARS.NGROUPS > VARS.NELEMS) renumber_groups(VARS);
     for (Table<double, 1>* table : {&VARS.GROUPAREA, &VARS.GROUPZC, &VARS.GROUPYC, &VARS.GROUPDZ, &VARS.GROUPDY})
         table->allocate(VARS.NGROUPS);
-    return CHAR.EREF > 0.0;
+    return true;
 }
 
 // A bar that takes part needs a node, a host element of distinct nodes to be tied to, and finite values. RADIUS may be
@@ -120,7 +134,7 @@ bool take_bar_nodes(const HostTables& host, VARIABLES_T& VARS) {
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {
         const VYZTUZE_INFO& bar = host.POINTS(b);
         if (bar.NODE < 1) continue;
-        if (takes_part(bar)) {
+        if (is_in_system(bar)) {
             if (!is_usable(VARS, bar) || is_true(taken(bar.NODE))) return false;
             taken(bar.NODE) = LOGICAL_TRUE;
         } else if (bar.NODE > VARS.NNODES || !is_finite_place(host, bar.NODE)) {
@@ -161,7 +175,7 @@ double skew_sum_of_warping(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, co
     }
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {
         const VYZTUZE_INFO& bar = POINTS(b);
-        if (!takes_part(bar)) continue;
+        if (!is_in_system(bar)) continue;
         const double Y = VARS.XY(bar.NODE, 1), Z = VARS.XY(bar.NODE, 2);
         S += bar.AREA * SYSVARS.NODEFIELD(bar.NODE, 1) * bar.EMODUL * (Y * Y + Z * Z);
     }
@@ -190,7 +204,7 @@ void copy_results(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, const SYSTE
 std::int32_t run(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS) {
     const POINTTABLE POINTS = host.POINTS;
     VARS.NPOINTS = static_cast<std::int32_t>(POINTS.extent(1));
-    const std::int32_t CALCMODE = cut(host.RESULT[VQ_MODE_SLOT], VQ_ELASTIC);
+    const std::int32_t CALCMODE = integer_part(host.RESULT[VQ_MODE_SLOT], VQ_ELASTIC);
     VELQUOR_CHAR CHAR;
     INIT_VQCHAR(CHAR);
     Real<2, 2> TRANS{{1.0, 0.0, 0.0, 1.0}};

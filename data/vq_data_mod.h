@@ -21,7 +21,8 @@ using POINTTABLE = View<VYZTUZE_INFO, 1>;  // the host's NPOINTS bars, worked on
 
 // A bar takes part in the equation system and its results from this modulus on, in the sums over area only above it.
 constexpr double MINBARMODULUS = 2.0;
-inline bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >= MINBARMODULUS; }
+inline bool is_in_system(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >= MINBARMODULUS; }
+inline bool is_in_sums(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL > MINBARMODULUS; }
 
 // The mesh of a run and what is known of each element and group.
 struct VARIABLES_T {
@@ -46,15 +47,15 @@ inline bool is_triangle(const VARIABLES_T& VARS, std::int32_t e) {
     return VARS.ELEMNODES(e, 3) == VARS.ELEMNODES(e, 4);
 }
 
-// A real cut to an integer towards zero; `otherwise` for one that is not finite or does not fit.
-inline std::int32_t cut(double x, std::int32_t otherwise) {
+// A real without its fraction; `otherwise` for one that is not finite or does not fit.
+inline std::int32_t integer_part(double x, std::int32_t otherwise) {
     return x > -2147483649.0 && x < 2147483648.0 ? static_cast<std::int32_t>(x) : otherwise;
 }
 
 // Group of element e: the absolute value of its GROUP, cut to an integer. In 1 to NGROUPS for accepted tables.
 inline std::int32_t group_of(const VARIABLES_T& VARS, std::int32_t e) {
     const double GROUP = VARS.ELEMPROP(e, VQ_GROUP);
-    return cut(GROUP < 0.0 ? -GROUP : GROUP, 0);
+    return integer_part(GROUP < 0.0 ? -GROUP : GROUP, 0);
 }
 
 // Plastic results of one frame; the position within each block is the direction's, in two different orders.

@@ -30,9 +30,6 @@ struct GroupSums {
     Table<double, 1> GROUPCOUPLING;  // of the group's last element: a group is taken to have one factor
 };
 
-// A bar counts in the sums only above the limit, not at it.
-bool counts(const VYZTUZE_INFO& bar) { return bar.NODE > 0 && bar.EMODUL > VQ_DATA_MOD::MINBARMODULUS; }
-
 // Corners Y, Z of element e; a triangle's third node stands twice.
 Real<4, 2> corners_of(const VARIABLES_T& VARS, std::int32_t e) {
     Real<4, 2> C;
@@ -154,7 +151,7 @@ void set_skew_sums(const VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, POINTTABLE POINT
     }
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {
         const VYZTUZE_INFO& bar = POINTS(b);
-        if (!counts(bar)) continue;
+        if (!VQ_DATA_MOD::is_in_sums(bar)) continue;
         const double dy = VARS.XY(bar.NODE, 1) - CHAR.YC, dz = VARS.XY(bar.NODE, 2) - CHAR.ZC;
         RY += dy * bar.AREA * bar.EMODUL * (dy * dy + dz * dz);
         RZ += dz * bar.AREA * bar.EMODUL * (dy * dy + dz * dz);
@@ -177,7 +174,7 @@ void SOLVEBASICCHAR(VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, POINTTABLE POINTS) {
 
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) add_element(VARS, EREF, e, s, groups);
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b)
-        if (counts(POINTS(b))) add_bar(VARS, EREF, POINTS(b), s);
+        if (VQ_DATA_MOD::is_in_sums(POINTS(b))) add_bar(VARS, EREF, POINTS(b), s);
 
     CHAR.EA = s.EA;
     CHAR.ANET = s.ANET;

@@ -111,7 +111,7 @@ void FILLMATRIXANDRIGHTSIDE(LOGICAL FIELDPASS, const VARIABLES_T& VARS, SYSTEM_V
     Table<double, 2>& CONSTRAINT = SYSVARS.CONSTRAINT;
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {
         VYZTUZE_INFO& bar = POINTS(b);
-        if (!VQ_DATA_MOD::takes_part(bar)) continue;
+        if (!VQ_DATA_MOD::is_in_system(bar)) continue;
         locate_bar(VARS, bar);
         const double w = bar.EMODUL * bar.AREA;
         CONSTRAINT(bar.NODE, 1) = w;

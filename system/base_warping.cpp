@@ -2,6 +2,7 @@
 // nodes.
 #include <algorithm>
 
+#include "system/bordered.h"
 #include "system/vq_system_mod.h"
 
 namespace VQ_SYSTEM_MOD {
@@ -18,7 +19,7 @@ void build_bordered(const VARIABLES_T& VARS, const SYSTEM_VARIABLES_T& SYSVARS, 
     reserve.allocate(VARS.NNODES);
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {
         VYZTUZE_INFO& bar = POINTS(b);
-        if (!VQ_DATA_MOD::takes_part(bar)) continue;
+        if (!VQ_DATA_MOD::is_in_system(bar)) continue;
         const View<std::int32_t, 1> ELNODES(bar.ELNODES, 4);
         for (int k = 1; k <= bar.NELNODES; ++k) ++reserve(ELNODES(k));
         ++reserve(bar.NODE);
@@ -33,7 +34,7 @@ void build_bordered(const VARIABLES_T& VARS, const SYSTEM_VARIABLES_T& SYSVARS, 
     };
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {
         VYZTUZE_INFO& bar = POINTS(b);
-        if (!VQ_DATA_MOD::takes_part(bar)) continue;
+        if (!VQ_DATA_MOD::is_in_system(bar)) continue;
         const std::int32_t multiplier = VARS.NNODES + 3 + b;
         const View<std::int32_t, 1> ELNODES(bar.ELNODES, 4);
         const View<double, 1> SHAPE(bar.SHAPE, 4);

@@ -1,10 +1,10 @@
-// What the two bordered systems share: rows of KG with constraint columns behind them, and their solution.
+#include "system/bordered.h"
+
 #include <algorithm>
 #include <limits>
 #include <new>
 
 #include "linalg/ondrel64.h"
-#include "system/vq_system_mod.h"
 
 namespace VQ_SYSTEM_MOD {
 

@@ -2,8 +2,7 @@
 // twist about the origin of XY with the constant alone held.
 #include <algorithm>
 
-#include "element/quad.h"
-#include "element/triangle.h"
+#include "system/bordered.h"
 #include "system/vq_system_mod.h"
 
 namespace VQ_SYSTEM_MOD {
@@ -33,28 +32,6 @@ void SOLVEWARPINGFROMSECUNDARYANDTOCENTER(LOGICAL& OK, const VARIABLES_T& VARS, 
     std::copy_n(SYSVARS.RIGHTSIDE.column(1), VARS.NNODES, L.column(2));
     OK = solve_bordered(bordered, L, VARS.NNODES, SYSVARS.SECFIELD) ? VQ_DATA_MOD::LOGICAL_TRUE
                                                                     : VQ_DATA_MOD::LOGICAL_FALSE;
-}
-
-void SECUNDARYSHEAROVERELEMENT(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS, POINTTABLE) {
-    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
-        const Real<3> MAT = material_of(VARS, e);
-        Real<4> TY, TZ;
-        if (VQ_DATA_MOD::is_triangle(VARS, e)) {
-            const Integer<3> node = nodes_of<3>(VARS, e);
-            Real<3> ty, tz;
-            TRIANGLE_MOD::TRIANGLESHEARSECUNDARY(coordinates_of(VARS, node), MAT, values_at(SYSVARS.SECFIELD, 1, node),
-                                                 ty, tz);
-            TY = {{ty(1), ty(2), ty(3), ty(3)}};
-            TZ = {{tz(1), tz(2), tz(3), tz(3)}};
-        } else {
-            const Integer<4> node = nodes_of<4>(VARS, e);
-            QUAD_MOD::QUADSHEARSECUNDARY(coordinates_of(VARS, node), MAT, values_at(SYSVARS.SECFIELD, 1, node), TY, TZ);
-        }
-        for (int c = 1; c <= 4; ++c) {
-            SYSVARS.TAUY(e, c, 4) = TY(c);
-            SYSVARS.TAUZ(e, c, 4) = TZ(c);
-        }
-    }
 }
 
 }  // namespace VQ_SYSTEM_MOD

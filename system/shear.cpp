@@ -166,7 +166,7 @@ void SHEARCENTERANDELEMENT(VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, SYSTEM_VARIABL
             add_element<4>(VARS, e, SYSVARS, K);
     }
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b)
-        if (VQ_DATA_MOD::takes_part(POINTS(b))) add_bar(VARS, SYSVARS, POINTS(b), K);
+        if (VQ_DATA_MOD::is_in_system(POINTS(b))) add_bar(VARS, SYSVARS, POINTS(b), K);
 
     double s1, s2;
     uncoupled_twist(K, s1, s2);

@@ -81,21 +81,13 @@ void SOLVEWARPINGFROMSECUNDARYANDTOCENTER(LOGICAL& OK, const VARIABLES_T& VARS, 
 // Case 4 of TAUY and TAUZ at all corners: G times the gradient of SECFIELD(:,1). POINTS is not read.
 void SECUNDARYSHEAROVERELEMENT(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS, POINTTABLE POINTS);
 
-// SIGMA at all corners and STRESS of the bars that take part. Corners nearer to a bar than its RADIUS take its modulus,
-// of several the last in the table.
+// For each node (NNODES) the bar whose modulus the corners there take in the axial stresses, 0 for none: of the bars
+// that are nearer than their RADIUS the last in the table, also where it takes no part otherwise.
+Table<std::int32_t, 1> bars_near_nodes(const VARIABLES_T& VARS, POINTTABLE POINTS);
+
+// SIGMA at all corners, those near a bar with its modulus, and STRESS of the bars that take part.
 void SOLVEAXIALSTRESS(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, SYSTEM_VARIABLES_T& SYSVARS,
                       const Real<2, 2>& TRANS, POINTTABLE POINTS);
-
-// KG bordered with the first `columns` columns of CONSTRAINT, then with `further` empty unknowns. Each node row has
-// `reserve` entries free at its end (none where the table is not allocated), each further row its own zero diagonal.
-// Throws std::bad_alloc, also where order or entries outnumber 32 bits.
-void border(const SYSTEM_VARIABLES_T& SYSVARS, int columns, std::int32_t further, const Table<std::int32_t, 1>& reserve,
-            SPARSEMATRIX& bordered);
-
-// Solves the bordered matrix for the loads L (N, nrhs), zero beyond the nodes, and keeps the node rows of the solution
-// in FIELD (NNODES, nrhs); the matrix is released. False: the solver failed, FIELD stays unallocated. Throws
-// std::bad_alloc.
-bool solve_bordered(SPARSEMATRIX& bordered, const Table<double, 2>& L, std::int32_t NNODES, Table<double, 2>& FIELD);
 
 // What the stages share: of element e, with n = 3 or 4 nodes, its node numbers, coordinates, values of a nodal column,
 // and the first three properties.

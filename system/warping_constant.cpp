@@ -25,7 +25,7 @@ void SOLVEWARPINGCONSTANT(LOGICAL FLAG, const VARIABLES_T& VARS, VELQUOR_CHAR& C
     }
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {
         const VYZTUZE_INFO& bar = POINTS(b);
-        if (!VQ_DATA_MOD::takes_part(bar)) continue;
+        if (!VQ_DATA_MOD::is_in_system(bar)) continue;
         const double w = field(bar.NODE, column);
         sum += bar.EMODUL * bar.AREA * (w * w);
     }
