@@ -36,6 +36,8 @@ bool has_cell(const Lattice& l, std::int32_t i, std::int32_t j) {
     switch (l.shape) {
         case Shape::angle: return i < leg || j < leg;
         case Shape::hollow: return std::min(i, j) < wall || std::max(i, j) >= l.m - wall;
+        case Shape::channel:
+            return i < wall || j < std::max(l.m / 12, 1) || (j >= l.m - std::max(l.m / 16, 1) && i < l.m * 5 / 8);
         default: return true;
     }
 }
@@ -45,7 +47,7 @@ bool has_node(const Lattice& l, std::int32_t i, std::int32_t j) {
 }
 
 Lattice lattice_of(const Plan& plan) {
-    const double kept = plan.shape == Shape::square ? 1.0 : 7.0 / 16.0;
+    const double kept = plan.shape == Shape::square ? 1.0 : plan.shape == Shape::channel ? 11.0 / 48.0 : 7.0 / 16.0;
     const auto m = static_cast<std::int32_t>(std::lround(std::sqrt(plan.nodes / kept))) - 1;
     return {plan.shape, std::max<std::int32_t>(m, plan.shape == Shape::square ? 1 : 3)};
 }

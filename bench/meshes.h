@@ -33,7 +33,9 @@ struct Mesh {
     std::vector<Bar> bars;
 };
 
-enum class Shape { square, angle, hollow };  // the two latter with legs of 1/4 and walls of 1/8 of the width
+// Angle with legs of 1/4, hollow with walls of 1/8 of the width; channel with a web of 1/8, a flange of 1/12 over the
+// whole width and one of 1/16 over 5/8 of it.
+enum class Shape { square, angle, hollow, channel };
 
 struct Plan {
     Shape shape = Shape::square;
