@@ -157,7 +157,7 @@ void run_plastic_stage(std::int32_t CALCMODE, const VARIABLES_T& VARS, VELQUOR_C
     if (!is_plastic(CALCMODE)) return;
     SOLVEPLASTNO(VARS, CHAR, 2, STAGE);
     SOLVEPLASTNO(VARS, CHAR, 1, STAGE);
-    if (CALCMODE != VQ_PLASTIC) return;
+    if (CALCMODE != VQ_PLASTIC || mirror_plastic(VARS, CHAR, STAGE)) return;
     SOLVEPLASTNO(VARS, CHAR, -2, STAGE);
     SOLVEPLASTNO(VARS, CHAR, -1, STAGE);
 }

@@ -48,4 +48,8 @@ void MOVEGRIDTOMASSCENTER(VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR);
 // gives no number.
 void SOLVEPLASTNO(const VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, std::int32_t DIRECTION, std::int32_t STAGE);
 
+// Directions -1 and -2 without a search, from the slots of 1 and 2 of the same STAGE: where all elements that take part
+// have FPOS = FNEG, the searches and their results are the same to the last bit. Else false, and nothing is filled.
+bool mirror_plastic(const VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, std::int32_t STAGE);
+
 }  // namespace BASICCHAR_MOD

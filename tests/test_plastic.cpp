@@ -146,6 +146,29 @@ TEST(Plastic, EqualsPolygonClippingInEveryPatternOfCorners) {
     EXPECT_EQ(seen.size(), 6 + 12);  // one or two of three above; one, two neighbours or three of four
 }
 
+// Directions -1 and -2 are searched for only where a strength of what takes part differs by its sign, and hold the bits
+// of a search either way.
+TEST(Plastic, MirrorsEqualStrengthsAlone) {
+    for (const bool equal : {true, false}) {
+        Section s = oblique();
+        for (Material& m : s.materials)
+            if (m.MATFLAG == 1) m.FPOS = m.FNEG;
+        s.materials.back().FPOS = 60;  // idle
+        if (!equal) s.materials[3].FPOS = std::nextafter(s.materials[3].FNEG, 5);
+        const Results r = run(s);
+        for (const Form& f : {FORMS[2], FORMS[3]}) {
+            const Real<3> searched = plastic(s, f.DIRECTION);
+            EXPECT_TRUE(searched(1) == r.slots[f.PLAXIS] && searched(2) == r.slots[f.PLMOD] &&
+                        searched(3) == r.slots[f.PLMOM]);
+        }
+        VARIABLES_T VARS;
+        VELQUOR_CHAR CHAR;
+        fill_records(s, VARS, CHAR);
+        EXPECT_EQ(mirror_plastic(VARS, CHAR, 1), equal);
+        for (int k : {41, 42, 45, 46, 49, 50}) EXPECT_TRUE(!equal || r.slots[k] == r.slots[k + 2]) << k;
+    }
+}
+
 // What takes part: MATFLAG from 0.5, EMOD from (EREF + 10) / 1e6 on. The rest only widens the interval.
 TEST(Plastic, LeavesOutIdleElements) {
     Section s = block(0, 0, 1, 4);
