@@ -21,8 +21,9 @@ bool has_width(double X1, double Y1, double X2, double Y2) {
 
 }  // namespace
 
-// Both integrals in terms of the end ordinates. Expanded in powers of x, as y = k x + q invites, they would cancel on
-// steep edges and lose every digit.
+// The closed forms usual for these integrals substitute y = k x + q and expand in powers of x. These depart from them
+// on purpose: the integrals are the same, written in the end ordinates, whose terms for y at or above 0 all have one
+// sign. Expanded, terms in k and q of alternating signs cancel on steep edges and lose every digit.
 void II(double X1, double Y1, double X2, double Y2, double& R) {
     R = 0.0;
     if (!has_width(X1, Y1, X2, Y2)) return;
