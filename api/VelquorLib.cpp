@@ -42,7 +42,7 @@ constexpr double MINSKEWSUM = 0.0001;
 bool is_count(std::int32_t count) { return count >= 0 && count < std::numeric_limits<std::int32_t>::max(); }
 
 bool is_plastic(std::int32_t CALCMODE) {
-    return CALCMODE == VQ_PLASTIC || CALCMODE == VQ_PLASTIC_TWO || CALCMODE == VQ_PLASTIC_TWO_B;
+    return CALCMODE == VQ_PLASTIC || CALCMODE == VQ_PLASTIC_TWO || CALCMODE == VQ_PLASTIC_TWO_21;
 }
 
 // In all columns that the calculation reads; the third and the tenth are carried along.

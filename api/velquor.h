@@ -53,10 +53,10 @@ enum {
 /* Calculation mode, on entry the integer part (cut towards zero) of RESULT[VQ_MODE_SLOT]. It only selects the plastic
  * calculation; any other value, and one that is not finite, counts as VQ_ELASTIC. */
 enum {
-    VQ_ELASTIC = 0,       /* no plastic calculation, all plastic slots 0 */
-    VQ_PLASTIC = 1,       /* directions 2, 1, -2, -1 in both frames */
-    VQ_PLASTIC_TWO = 11,  /* directions 2, 1 in both frames; the slots of -2 and -1 stay 0 */
-    VQ_PLASTIC_TWO_B = 21 /* the same */
+    VQ_ELASTIC = 0,        /* no plastic calculation, all plastic slots 0 */
+    VQ_PLASTIC = 1,        /* directions 2, 1, -2, -1 in both frames */
+    VQ_PLASTIC_TWO = 11,   /* directions 2, 1 in both frames; the slots of -2 and -1 stay 0 */
+    VQ_PLASTIC_TWO_21 = 21 /* the same */
 };
 
 /* Columns of the element property table. Three things are accepted without a sign, though seldom meant:

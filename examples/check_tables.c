@@ -62,7 +62,7 @@ static int names_a_node_twice(int n, const int32_t* node) {
 static int is_read(int column, double mode) {
     const int plastic = (mode >= VQ_PLASTIC && mode < VQ_PLASTIC + 1) ||
                         (mode >= VQ_PLASTIC_TWO && mode < VQ_PLASTIC_TWO + 1) ||
-                        (mode >= VQ_PLASTIC_TWO_B && mode < VQ_PLASTIC_TWO_B + 1);
+                        (mode >= VQ_PLASTIC_TWO_21 && mode < VQ_PLASTIC_TWO_21 + 1);
     if (column == VQ_FNEG || column == VQ_FPOS) return plastic;
     return column != VQ_CARRIED && column != VQ_TENTH;
 }

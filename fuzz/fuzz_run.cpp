@@ -300,7 +300,7 @@ bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >=
 bool is_read(int column, double mode) {
     if (column == VQ_FNEG || column == VQ_FPOS)
         return std::floor(mode) == VQ_PLASTIC || std::floor(mode) == VQ_PLASTIC_TWO ||
-               std::floor(mode) == VQ_PLASTIC_TWO_B;
+               std::floor(mode) == VQ_PLASTIC_TWO_21;
     return column != VQ_CARRIED && column != VQ_TENTH;
 }
 

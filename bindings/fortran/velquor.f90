@@ -9,7 +9,7 @@ module velquor
   integer(c_int), parameter :: VQ_DONE = 0, VQ_REFUSED = 1, VQ_NOT_SOLVED = 2, VQ_OUT_OF_MEMORY = 3
 
   ! Calculation mode, in slot VQ_MODE_SLOT on entry
-  integer(c_int), parameter :: VQ_ELASTIC = 0, VQ_PLASTIC = 1, VQ_PLASTIC_TWO = 11, VQ_PLASTIC_TWO_B = 21
+  integer(c_int), parameter :: VQ_ELASTIC = 0, VQ_PLASTIC = 1, VQ_PLASTIC_TWO = 11, VQ_PLASTIC_TWO_21 = 21
   integer(c_int), parameter :: VQ_MODE_SLOT = 31
 
   ! Columns of the property table

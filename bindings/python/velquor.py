@@ -20,7 +20,7 @@ from dataclasses import dataclass, field, fields
 import numpy as np
 
 # Calculation modes: none of the plastic calculation, all four directions, or the first two of them.
-ELASTIC, PLASTIC, PLASTIC_TWO, PLASTIC_TWO_B = MODES = (0, 1, 11, 21)
+ELASTIC, PLASTIC, PLASTIC_TWO, PLASTIC_TWO_21 = MODES = (0, 1, 11, 21)
 
 # Columns of the property table, in their order.
 COLUMNS = ("EMOD", "GMOD", "CARRIED", "COUPLING", "GROUP", "MATFLAG", "FNEG", "FPOS", "UNITWEIGHT", "TENTH")

@@ -17,7 +17,7 @@ assert {(name, int(value)) for name, value in declared} == {entry[1:] for entry 
 
 # What the binding has for a name of the header.
 value = {f"VQ_{name}": column for column, name in enumerate(velquor.COLUMNS, 1)}
-value |= {f"VQ_{name}": getattr(velquor, name) for name in ("ELASTIC", "PLASTIC", "PLASTIC_TWO", "PLASTIC_TWO_B")}
+value |= {f"VQ_{name}": getattr(velquor, name) for name in ("ELASTIC", "PLASTIC", "PLASTIC_TWO", "PLASTIC_TWO_21")}
 value |= {"VQ_DONE": 0, "VQ_REFUSED": velquor.Refused.status, "VQ_NOT_SOLVED": velquor.NotSolved.status,
           "VQ_OUT_OF_MEMORY": velquor.OutOfMemory.status, "VQ_NSLOTS": len(velquor.SLOTS),
           "VQ_NCOLUMNS": len(velquor.COLUMNS), "VQ_MODE_SLOT": velquor.MODE_SLOT}
