@@ -278,10 +278,12 @@ void check_solution(const System& s, std::int32_t mtype) {
     for (const LDLT::Instructions set :
          {LDLT::Instructions::baseline, LDLT::Instructions::avx2, LDLT::Instructions::avx512}) {
         if (!LDLT::supported(set) || given.n == 0 || given.nrhs == 0) continue;
+        LINALG::Memory memory;
         const LDLT::Matrix A{given.n, given.a.begin(), given.ia.begin(), given.ja.begin()};
-        expect(LDLT::solve_symmetric(A, mtype == DEFINITE, given.nrhs, given.b.begin(), second.x.begin(), set) &&
-                   same_bits(first.x, second.x),
-               "all kernels give the same bits");
+        expect(
+            LDLT::solve_symmetric(A, mtype == DEFINITE, given.nrhs, given.b.begin(), second.x.begin(), set, memory) &&
+                same_bits(first.x, second.x),
+            "all kernels give the same bits");
     }
 }
 

@@ -25,20 +25,21 @@ bool well_formed(const LDLT::Matrix& A) {
     return true;
 }
 
-std::int32_t run(const LDLT::Matrix& A, std::int32_t mtype, std::int32_t nrhs, const double* b, double* x) {
+std::int32_t run(const LDLT::Matrix& A, std::int32_t mtype, std::int32_t nrhs, const double* b, double* x,
+                 LINALG::Memory& memory) {
     if (A.n < 0 || nrhs < 0) return INCONSISTENT;
     if (mtype != INDEFINITE && mtype != DEFINITE) return INCONSISTENT;
     if (A.n == 0 || nrhs == 0) return DONE;
     if (A.a == nullptr || A.ia == nullptr || A.ja == nullptr || b == nullptr || x == nullptr) return INCONSISTENT;
     if (!well_formed(A)) return INCONSISTENT;
     if (!LDLT::finite(A.a, A.ia[A.n] - 1)) return NOT_SOLVED;
-    const bool solved = LDLT::solve_symmetric(A, mtype == DEFINITE, nrhs, b, x, LDLT::best_instructions());
+    const bool solved = LDLT::solve_symmetric(A, mtype == DEFINITE, nrhs, b, x, LDLT::best_instructions(), memory);
     return solved ? DONE : NOT_SOLVED;
 }
 
 }  // namespace
 
-void OD_PARDISO2(std::int64_t*, const std::int32_t*, const std::int32_t*, const std::int32_t* mtype,
+void OD_PARDISO2(std::int64_t* handle, const std::int32_t*, const std::int32_t*, const std::int32_t* mtype,
                  const std::int32_t* phase, const std::int32_t* n, const double* a, const std::int32_t* ia,
                  const std::int32_t* ja, const std::int32_t*, const std::int32_t* nrhs, const std::int32_t*,
                  const std::int32_t*, double* b, double* x, std::int32_t* error) {
@@ -48,7 +49,9 @@ void OD_PARDISO2(std::int64_t*, const std::int32_t*, const std::int32_t*, const 
     if (*phase == RELEASE) *error = DONE;
     if (*phase != SOLVE || mtype == nullptr || n == nullptr || nrhs == nullptr) return;
     try {
-        *error = run({*n, a, ia, ja}, *mtype, *nrhs, b, x);
+        LINALG::Memory own;
+        const bool given = handle != nullptr && handle[0] != 0;
+        *error = run({*n, a, ia, ja}, *mtype, *nrhs, b, x, given ? *reinterpret_cast<LINALG::Memory*>(handle[0]) : own);
     } catch (const std::bad_alloc&) {
         *error = NO_MEMORY;
     } catch (...) {

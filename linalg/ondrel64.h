@@ -12,8 +12,9 @@
 //           not positive definite where mtype says so.
 //           x is undefined unless error is 0
 //
-// handle, maxfct, mnum, perm, iparm and msglvl are not read: there is nothing to keep, to choose or to print. a, ia, ja
-// and b are not modified; x must not overlap them.
+// The first word of handle may hold the address of a LINALG::Memory, in which one call leaves memory to the next; it is
+// 0 otherwise. maxfct, mnum, perm, iparm and msglvl are not read: there is nothing to choose or to print. a, ia, ja and
+// b are not modified; x must not overlap them.
 //
 // A column of b that is not finite gives a column of x that is not a number; the others are solved as ever.
 //

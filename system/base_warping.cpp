@@ -13,8 +13,7 @@ constexpr double BARFACTOR = 0.9;  // not 1: the bar's share of the diagonal is 
 
 // Matrix of the unknowns: warping at the nodes, three multipliers of the constraints, one multiplier for each bar, also
 // for one that does not take part and whose row stays empty.
-void build_bordered(const VARIABLES_T& VARS, const SYSTEM_VARIABLES_T& SYSVARS, POINTTABLE POINTS,
-                    SPARSEMATRIX& bordered) {
+void build_bordered(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS, POINTTABLE POINTS, SPARSEMATRIX& bordered) {
     Table<std::int32_t, 1> reserve;  // entries of bars in each node row, counted down while they are filled
     reserve.allocate(VARS.NNODES);
     for (std::int32_t b = 1; b <= VARS.NPOINTS; ++b) {

@@ -8,7 +8,7 @@
 
 namespace VQ_SYSTEM_MOD {
 
-void border(const SYSTEM_VARIABLES_T& SYSVARS, int columns, std::int32_t further, const Table<std::int32_t, 1>& reserve,
+void border(SYSTEM_VARIABLES_T& SYSVARS, int columns, std::int32_t further, const Table<std::int32_t, 1>& reserve,
             SPARSEMATRIX& bordered) {
     const SPARSEMATRIX& KG = SYSVARS.KG;
     const std::int32_t NNODES = KG.N;
@@ -19,6 +19,7 @@ void border(const SYSTEM_VARIABLES_T& SYSVARS, int columns, std::int32_t further
     if (N > MAXIMUM || NNZ > MAXIMUM) throw std::bad_alloc();
 
     bordered.N = static_cast<std::int32_t>(N);
+    bordered.memory = &SYSVARS.memory;
     bordered.IA.allocate(N + 1);
     bordered.JA.allocate(NNZ);
     bordered.A.allocate(NNZ);

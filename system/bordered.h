@@ -13,8 +13,9 @@ using SYSTEM_VARIABLES::SYSTEM_VARIABLES_T;
 
 // KG bordered with the first `columns` columns of CONSTRAINT, then with `further` empty unknowns. Each node row has
 // `reserve` entries free at its end (none where the table is not allocated), each further row its own zero diagonal.
-// Throws std::bad_alloc, also where order or entries outnumber 32 bits.
-void border(const SYSTEM_VARIABLES_T& SYSVARS, int columns, std::int32_t further, const Table<std::int32_t, 1>& reserve,
+// Its solution takes turns in the memory of SYSVARS. Throws std::bad_alloc, also where order or entries outnumber 32
+// bits.
+void border(SYSTEM_VARIABLES_T& SYSVARS, int columns, std::int32_t further, const Table<std::int32_t, 1>& reserve,
             SPARSEMATRIX& bordered);
 
 // Solves the bordered matrix for the loads L (N, nrhs), zero beyond the nodes, and keeps the node rows of the solution

@@ -46,7 +46,7 @@ void solve(const Request& request, Integer<2>& ERR, const SPARSEMATRIX& M, const
     iparm(18) = -1;
     iparm(21) = request.bunch_kaufman_pivot;
 
-    std::int64_t handle[64] = {};
+    std::int64_t handle[64] = {reinterpret_cast<std::int64_t>(M.memory)};
     const std::int32_t one = 1, nrhs = static_cast<std::int32_t>(B.extent(2));
     std::int32_t error = 0;
     // The interface takes the loads as writable but leaves them as they are.

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "data/table.h"
+#include "linalg/memory.h"
 
 namespace SPARSEMATRIX_MOD {
 
@@ -14,6 +15,8 @@ struct SPARSEMATRIX {
     Table<std::int32_t, 1> IA;  // (N + 1)      position in JA and A where each row begins; the last is the total plus 1
     Table<std::int32_t, 1> JA;  // (IA(N+1)-1)  column of each stored entry
     Table<double, 1> A;         // (IA(N+1)-1)  value of each stored entry
+    LINALG::Memory* memory =
+        nullptr;  // from which its solution takes and to which it leaves what it needs; may be none
 };
 
 // Frees the three arrays, whichever exist, and sets N to 0.

@@ -15,6 +15,7 @@ struct SYSTEM_VARIABLES_T {
     Table<double, 2> CONSTRAINT;        // (NNODES, 3)  int E N (1, y, z), each column over its largest magnitude
     Table<double, 2> NODEFIELD;         // (NNODES, 3)  warping of unit twist, of two unit shears  by SOLVEBASEWARPING
     Table<double, 2> SECFIELD;          // (NNODES, 2)  secondary warping; warping of unit twist about the origin of XY
+    LINALG::Memory memory;              //                in which the two solutions take turns
     Table<double, 3> TAUY, TAUZ;  // (NELEMS, 4, 4)  shear stress along Y and Z: unit torque about the shear centre,
                                   //                 unit force along u, along v, unit warping shear
     Table<double, 3> SIGMA;       // (NELEMS, 4, 4)  axial stress: unit normal force, moments about u, v, bimoment

@@ -240,7 +240,9 @@ TEST(Solver, RegionWithoutShearModulusOnTheGeneralPath) {
         if (bars < 1000) mesh.GMOD(mesh.NELEMS) = -0.5;
         const System s = base_system(mesh);
         SCOPED_TRACE(std::to_string(bars) + " bars");
+        LINALG::Memory memory;
         LDLT::System system;
+        system.memory = &memory;
         LDLT::factorise_indefinite({s.M.N, s.M.A.memory(), s.M.IA.memory(), s.M.JA.memory()}, system);
         for (const LDLT::IndefiniteFront& front : system.fronts) EXPECT_LT(front.rows.size(), 500u);
         const Answer answer = solve(s);
@@ -468,8 +470,9 @@ TEST(Solver, KernelsOfAllInstructionSetsAgree) {
         const auto nrhs = static_cast<std::int32_t>(s.B.extent(2));
         const auto solve_by = [&](LDLT::Instructions instructions) {
             Columns X;
+            LINALG::Memory memory;
             X.allocate(s.M.N, nrhs);
-            EXPECT_TRUE(LDLT::solve_symmetric(A, false, nrhs, s.B.memory(), X.memory(), instructions));
+            EXPECT_TRUE(LDLT::solve_symmetric(A, false, nrhs, s.B.memory(), X.memory(), instructions, memory));
             return X;
         };
         const Columns X = solve_by(LDLT::Instructions::baseline);

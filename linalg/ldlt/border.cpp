@@ -44,7 +44,7 @@ std::int64_t primary_blocks(const Classes& c) {
 
 Buffer<double> primary_columns(const Classes& c, const Symbolic& S) {
     const std::int64_t block = static_cast<std::int64_t>(S.nodes) * LANES;
-    Buffer<double> Y = buffer<double>(block * primary_blocks(c));
+    Buffer<double> Y = LINALG::buffer<double>(*c.graph.memory, block * primary_blocks(c));
     std::fill_n(Y.get(), block * primary_blocks(c), 0.0);
     const auto entry = [&](std::int32_t node, std::int32_t primary) -> double& {
         return Y[primary / LANES * block + static_cast<std::int64_t>(S.position[node]) * LANES + primary % LANES];

@@ -159,6 +159,7 @@ void renumber(Classes& c, const std::vector<std::int32_t>& sorted) {
     std::vector<std::int32_t> number(nodes), core(nodes);
     for (std::size_t v = 0; v < nodes; ++v) number[sorted[v]] = static_cast<std::int32_t>(v);
     Lists graph;
+    graph.memory = c.graph.memory;
     graph.start.assign(nodes + 1, 0);
     std::vector<double> diagonal(nodes);
     std::vector<std::int8_t> grounded(nodes);
@@ -193,12 +194,13 @@ void allocate(Lists& lists) {
         start = static_cast<std::int32_t>(total);
         total += length;
     }
-    lists.column = buffer<std::int32_t>(total);
-    lists.value = buffer<double>(total);
+    lists.column = LINALG::buffer<std::int32_t>(*lists.memory, total);
+    lists.value = LINALG::buffer<double>(*lists.memory, total);
 }
 
-Classes classify(const Matrix& A) {
+Classes classify(const Matrix& A, Memory& memory) {
     Classes c;
+    c.rows.memory = c.graph.memory = &memory;
     c.kind.assign(A.n, Kind::empty);
     for (std::int32_t i = 0; i < A.n; ++i) {
         const double diagonal = A.a[A.ia[i] - 1];

@@ -23,8 +23,9 @@ std::vector<double> scales_of(const Matrix& A) {
 }
 
 // The scaled matrix without its diagonal, both triangles.
-Lists full_graph(const Matrix& A, const std::vector<double>& scale) {
+Lists full_graph(const Matrix& A, const std::vector<double>& scale, Memory& memory) {
     Lists graph;
+    graph.memory = &memory;
     graph.start.assign(A.n + 1, 0);
     for_each_entry(A, [&](std::int32_t i, std::int32_t j, double) {
         ++graph.start[i];
@@ -153,7 +154,7 @@ OpenFront assemble(const Matrix& A, const System& system, const Lists& graph, st
 void factorise_indefinite(const Matrix& A, System& system) {
     system.general = true;
     system.scale = scales_of(A);
-    const Lists graph = full_graph(A, system.scale);
+    const Lists graph = full_graph(A, system.scale, *system.memory);
     system.symbolic = analyse(graph, std::vector<std::int8_t>(A.n, 0));
     const Symbolic& S = system.symbolic;
     system.fronts.resize(S.supernodes);

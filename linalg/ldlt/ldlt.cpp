@@ -13,7 +13,7 @@ enum class Outcome { done, not_definite, general };
 Outcome factorise_bordered(const Matrix& A, bool definite, System& system, const Kernel& kernel) {
     const Outcome otherwise = definite ? Outcome::not_definite : Outcome::general;
     Classes& c = system.classes;
-    c = classify(A);
+    c = classify(A, *system.memory);
     if (c.negative) return otherwise;
     if (definite && c.core.size() != static_cast<std::size_t>(A.n)) return otherwise;
     if (c.primary.size() > MAXPRIMARIES) return otherwise;
@@ -49,17 +49,19 @@ bool finite(const double* values, std::int64_t count) {
 }
 
 bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const double* b, double* x,
-                     Instructions instructions) {
+                     Instructions instructions, LINALG::Memory& memory) {
     const Kernel& kernel = kernel_of(instructions);
     System system, fallback;
+    system.memory = fallback.memory = &memory;
     const Outcome outcome = factorise_bordered(A, definite, system, kernel);
     if (outcome == Outcome::not_definite) return false;
     if (outcome == Outcome::general) {
         system = System();
+        system.memory = &memory;
         factorise_indefinite(A, system);
     }
     const std::int64_t n = A.n, size = n * LANES;
-    const Buffer<double> B = buffer<double>(size), X = buffer<double>(size);
+    const Buffer<double> B = LINALG::buffer<double>(memory, size), X = LINALG::buffer<double>(memory, size);
     Buffer<double> other;
     for (std::int32_t column = 0; column < nrhs; column += LANES) {
         const std::int32_t lanes = std::min(nrhs - column, LANES);
@@ -71,7 +73,7 @@ bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const do
         const bool converged = std::all_of(error, error + lanes, [](double e) { return e <= CONVERGED; });
         if (!converged && !system.general && !definite) {
             if (!fallback.general) factorise_indefinite(A, fallback);
-            if (!other) other = buffer<double>(size);
+            if (!other) other = LINALG::buffer<double>(memory, size);
             double second[LANES];
             solve_refined(A, fallback, B.get(), other.get(), second, kernel);
             for (std::int32_t q = 0; q < lanes; ++q) {

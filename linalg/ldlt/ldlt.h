@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "linalg/memory.h"
+
 namespace LDLT {
 
 // Which build of the kernels runs. They give the same bits.
@@ -23,9 +25,9 @@ bool finite(const double* values, std::int64_t count);  // all of them
 
 // Solves A X = B; b and x hold nrhs columns of length n, every entry of A is finite. A column of B that is not gives a
 // column of X that is not a number. False, X undefined: no solution was found that meets the equations, or with
-// `definite` a matrix that is not positive definite. Without, see linalg/ondrel64.h for singular ones. Throws
-// std::bad_alloc, also where an index would not fit 32 bits.
+// `definite` a matrix that is not positive definite. Without, see linalg/ondrel64.h for singular ones. What memory
+// holds is used and left there. Throws std::bad_alloc, also where an index would not fit 32 bits.
 bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const double* b, double* x,
-                     Instructions instructions);
+                     Instructions instructions, LINALG::Memory& memory);
 
 }  // namespace LDLT

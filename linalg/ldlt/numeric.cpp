@@ -104,11 +104,11 @@ void add_children(const Symbolic& S, Elimination& w, std::int32_t s, const Front
 
 Factor factorise(const Classes& c, const Symbolic& S, double* Y, std::int64_t blocks, const Kernel& kernel) {
     Factor F;
-    F.panels = buffer<double>(S.panel[S.supernodes] + PADDING);
+    F.panels = LINALG::buffer<double>(*c.graph.memory, S.panel[S.supernodes] + PADDING);
     F.pivot.resize(S.pivots);
     F.inverse.resize(S.pivots);
     Elimination w;
-    for (int k = 0; k < 2; ++k) w.stack[k] = buffer<double>(S.stack_size[k]);
+    for (int k = 0; k < 2; ++k) w.stack[k] = LINALG::buffer<double>(*c.graph.memory, S.stack_size[k]);
     w.child.assign(S.supernodes, -1);
     w.sibling.assign(S.supernodes, -1);
     w.local.resize(S.nodes);

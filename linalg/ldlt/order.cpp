@@ -24,7 +24,7 @@ void minimum_degree(const Lists& graph, Integers& nodes) {
     // The ordering works in place on lists with a fifth of their length, and n, to spare.
     const std::int64_t size = entries + entries / 5 + n + 1;
     if (size > INT32_MAX) throw std::bad_alloc();
-    const Buffer<std::int32_t> lists = buffer<std::int32_t>(size);
+    const Buffer<std::int32_t> lists = LINALG::buffer<std::int32_t>(*graph.memory, size);
     Integers begin(n), length(n), count(n), inverse(n), sequence(n), head(n), element(n), degree(n), work(n);
     std::int32_t end = 0;
     for (std::int32_t k = 0; k < n; ++k) {

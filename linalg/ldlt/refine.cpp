@@ -62,7 +62,9 @@ void solve_refined(const Matrix& A, const System& system, const double* B, doubl
             of_i = std::max(of_i, a);
             of_j = std::max(of_j, a);
         }
-    const Buffer<double> R = buffer<double>(size), correction = buffer<double>(size), work = buffer<double>(size);
+    const Buffer<double> R = LINALG::buffer<double>(*system.memory, size);
+    const Buffer<double> correction = LINALG::buffer<double>(*system.memory, size);
+    const Buffer<double> work = LINALG::buffer<double>(*system.memory, size);
     const auto solve_for = [&](const double* load, double* solution) {
         if (system.general)
             solve_indefinite(system, load, solution, work.get());

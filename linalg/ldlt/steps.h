@@ -54,25 +54,16 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "linalg/ldlt/ldlt.h"
 #include "linalg/ldlt/limits.h"
+#include "linalg/memory.h"
 
 namespace LDLT {
 
-// Memory that is not cleared, for arrays whose every entry is assigned, or whose unused part should cost nothing.
-void* take_memory(std::size_t bytes);  // throws std::bad_alloc
-struct FreeMemory {
-    void operator()(void* memory) const;
-};
-template <class T>
-using Buffer = std::unique_ptr<T[], FreeMemory>;
-template <class T>
-Buffer<T> buffer(std::int64_t size) {
-    return Buffer<T>(static_cast<T*>(take_memory(sizeof(T) * static_cast<std::size_t>(size > 0 ? size : 1))));
-}
+using LINALG::Buffer;
+using LINALG::Memory;
 
 struct Kernel;
 const Kernel& kernel_of(Instructions instructions);
@@ -100,6 +91,7 @@ struct Tie {
 
 // Rows as lists: row i has the entries start[i] to start[i + 1] - 1.
 struct Lists {
+    Memory* memory = nullptr;  // where its entries lie, and what is made of it
     std::vector<std::int32_t> start;
     Buffer<std::int32_t> column;
     Buffer<double> value;
@@ -174,7 +166,7 @@ struct Factor {
 };
 
 // Kinds, ties, and the core's matrix in the caller's order.
-Classes classify(const Matrix& A);
+Classes classify(const Matrix& A, Memory& memory);
 // Chooses the grounded nodes, none where A must be definite, and renumbers the core where neighbours lie far apart.
 void ground(Classes& c, bool definite);
 
@@ -257,6 +249,7 @@ struct Border {
 
 // Everything that is needed to solve: x = 0 where `dead` is set, and that equation is passed over.
 struct System {
+    Memory* memory = nullptr;
     bool general = false;  // the fronts below take all of the matrix; else the members before them
     Classes classes;
     Symbolic symbolic;

@@ -219,7 +219,7 @@ void list_rows(const Lists& graph, Symbolic& S, const Integers& rows) {
         S.rows_start[s + 1] = S.rows_start[s] + rows[s];
         for (std::int32_t p = S.first[s]; p < S.first[s + 1]; ++p) super[p] = s;
     }
-    S.rows = buffer<std::int32_t>(S.rows_start[S.supernodes]);
+    S.rows = LINALG::buffer<std::int32_t>(*graph.memory, S.rows_start[S.supernodes]);
     std::vector<std::int64_t> end(S.rows_start);
     for (std::int32_t p = 0; p < S.nodes; ++p) {
         mark[super[p]] = p;
