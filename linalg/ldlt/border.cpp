@@ -121,9 +121,9 @@ void take_out_before(const System& system, std::size_t y, const std::vector<doub
 void orthogonalise(const System& system, Border& border) {
     const std::size_t n = system.classes.primary.size();
     std::vector<double> share(static_cast<std::size_t>(primary_blocks(system.classes)) * LANES), product(share.size());
-    const auto at = [n](std::size_t y, std::size_t z) { return z * n + y; };
+    const auto entry = [n](std::size_t y, std::size_t z) { return z * n + y; };
     border.R.assign(n * n, 0);
-    for (std::size_t z = 0; z < n; ++z) border.R[at(z, z)] = 1;
+    for (std::size_t z = 0; z < n; ++z) border.R[entry(z, z)] = 1;
     border.length.assign(n, 0);
     border.dependent.assign(n, 0);
     bool again = n > 0;
@@ -133,10 +133,10 @@ void orthogonalise(const System& system, Border& border) {
         for (std::size_t y = 0; y < n; ++y) {
             take_out_before(system, y, share, product);
             std::fill(share.begin(), share.end(), 0.0);
-            R[at(y, y)] = 1;
+            R[entry(y, y)] = 1;
             if (border.dependent[y]) continue;
             double whole = product[y];
-            for (std::size_t k = 0; k < y; ++k) whole += std::pow(R[at(k, y)] * border.length[k], 2);
+            for (std::size_t k = 0; k < y; ++k) whole += std::pow(R[entry(k, y)] * border.length[k], 2);
             whole = std::sqrt(whole);
             border.length[y] = std::sqrt(product[y]);
             if (border.length[y] <= DEPENDENT * whole) {
@@ -147,14 +147,14 @@ void orthogonalise(const System& system, Border& border) {
                 continue;
             }
             again = again || border.length[y] < WEAKENED * whole;
-            for (std::size_t z = y + 1; z < n; ++z) R[at(y, z)] = share[z] = product[z] / product[y];
+            for (std::size_t z = y + 1; z < n; ++z) R[entry(y, z)] = share[z] = product[z] / product[y];
         }
         const std::vector<double> before = border.R;
         for (std::size_t z = 0; z < n; ++z)
             for (std::size_t y = 0; y <= z; ++y) {
                 double sum = 0;
-                for (std::size_t k = y; k <= z; ++k) sum += R[at(y, k)] * before[at(k, z)];
-                border.R[at(y, z)] = sum;
+                for (std::size_t k = y; k <= z; ++k) sum += R[entry(y, k)] * before[entry(k, z)];
+                border.R[entry(y, z)] = sum;
             }
     }
 }

@@ -41,13 +41,13 @@
 //       6---7---8      unknown    0    1    2    3    4    5    6    7    8    9    10       11       12       13
 //       |   |   |      kind       core core core core core core core core core hung primary  primary  primary  tie
 //       3---4---5      place      0    1    2    3    4    5    6    7    8    0    0        1        2        0
-//       | 9 |   |      position   0    3    2    6    8    7    1    5    4    -    -        -        -        -
+//       | 9 |   |      position   5    6    0    7    8    4    1    3    2    -    -        -        -        -
 //       0---1---2
 //
-// Node 4 has the largest diagonal and is grounded, so it stands at the last position, 8; the pivots are positions 0 to
-// 7, the corners first, as minimum degree has it. The border's unknowns are node 4 and the three primaries, in that
-// order: a front of four rows. In the second system the bar's node has no tie: its row touches multiplier 10 alone, so
-// it is a second, and comes last in that front.
+// Node 4 has the largest diagonal and is grounded, so it stands at the last position, 8. The pivots are positions 0 to
+// 7, the corners away from the bar first, as minimum degree has it; so few of them are one supernode. The border's
+// unknowns are node 4 and the three primaries, in that order, a front of four rows. In the second system nothing ties
+// the bar's node: its row touches multiplier 10 alone, so it is a second, and comes last in a front of three.
 #pragma once
 
 #include <algorithm>
