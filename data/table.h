@@ -3,6 +3,7 @@
 //
 //   Table<T, R>        owns its memory; begins unallocated, is allocated at its exact size and zeroed
 //   View<T, R>         the same layout over memory of somebody else, never freed here
+//   Spread<T, S...>    over memory of somebody else too, entries that follow in dimension k standing S(k) apart
 //   Block<T, N...>     a small fixed block on the stack or in a record; Real and Integer are its two usual forms
 //
 // With VQ_CHECK_INDICES (debug builds) every access is compared with the extents, and one outside ends the program. A
@@ -72,22 +73,40 @@ struct View {
     std::ptrdiff_t n[R] = {};
 };
 
+template <class T, int... S>
+struct Spread {
+    static constexpr int rank = sizeof...(S);
+    Spread() = default;
+    template <class... N>
+    explicit Spread(T* memory, N... extents) : data(memory), n{static_cast<std::ptrdiff_t>(extents)...} {
+        static_assert(sizeof...(N) == rank, "one extent for each dimension");
+    }
+
+    template <class... I>
+    T& operator()(I... index) const {
+        int k = 0;
+        (table_detail::check(index, n[k++]), ...);
+        return data[(((static_cast<std::ptrdiff_t>(index) - 1) * S) + ...)];
+    }
+    std::ptrdiff_t extent(int dimension) const { return n[dimension - 1]; }
+
+    T* data = nullptr;
+    std::ptrdiff_t n[rank] = {};
+};
+
 template <class T, int R>
 struct Table {
     // Zeroed memory for the given extents in place of what was held. Throws std::bad_alloc and holds nothing then.
     template <class... N>
     void allocate(N... extents) {
-        static_assert(sizeof...(N) == R, "one extent for each dimension");
         release();
-        const std::ptrdiff_t given[] = {static_cast<std::ptrdiff_t>(extents)...};
-        std::size_t size = 1;
-        for (int k = 0; k < R; ++k) {
-            if (given[k] < 0 || __builtin_mul_overflow(size, static_cast<std::size_t>(given[k]), &size))
-                throw std::bad_alloc();
-        }
-        data.reset(static_cast<T*>(std::calloc(size > 0 ? size : 1, sizeof(T))));
-        if (!data) throw std::bad_alloc();
-        for (int k = 0; k < R; ++k) n[k] = given[k];
+        hold(std::calloc(bytes_of(extents...), 1), extents...);
+    }
+    // The same for a table of which every entry is going to be assigned: until then they are undefined.
+    template <class... N>
+    void allocate_uncleared(N... extents) {
+        release();
+        hold(std::malloc(bytes_of(extents...)), extents...);
     }
     void release() {
         data.reset();
@@ -117,6 +136,23 @@ struct Table {
 
     std::unique_ptr<T[], table_detail::FreeMemory> data;
     std::ptrdiff_t n[R] = {};
+
+    template <class... N>
+    static std::size_t bytes_of(N... extents) {
+        static_assert(sizeof...(N) == R, "one extent for each dimension");
+        std::size_t bytes = sizeof(T);
+        for (const std::ptrdiff_t extent : {static_cast<std::ptrdiff_t>(extents)...})
+            if (extent < 0 || __builtin_mul_overflow(bytes, static_cast<std::size_t>(extent), &bytes))
+                throw std::bad_alloc();
+        return bytes > 0 ? bytes : 1;
+    }
+    template <class... N>
+    void hold(void* memory, N... extents) {
+        if (!memory) throw std::bad_alloc();
+        data.reset(static_cast<T*>(memory));
+        int k = 0;
+        ((n[k++] = static_cast<std::ptrdiff_t>(extents)), ...);
+    }
 };
 
 // An aggregate: Real<2, 2> M{{m11, m21, m12, m22}}. Without an initialiser its entries are undefined.

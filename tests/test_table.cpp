@@ -21,6 +21,17 @@ TEST(Table, LiesColumnAfterColumn) {
     }
 }
 
+// As the stresses of a host stand: blocks of elements, in them groups of corners, in them pairs.
+TEST(Table, EntriesMayStandApart) {
+    double memory[24];
+    std::iota(memory, memory + 24, 0.0);
+    const Spread<double, 12, 6, 2> second(memory + 1, 2, 2, 3);
+    for (int e = 1; e <= 2; ++e)
+        for (int c = 1; c <= 2; ++c)
+            for (int q = 1; q <= 3; ++q) EXPECT_EQ(second(e, c, q), 12 * (e - 1) + 6 * (c - 1) + 2 * (q - 1) + 1);
+    EXPECT_EQ(second.extent(3), 3);
+}
+
 TEST(Table, AllocatesZeroedAndHoldsNothingAfterAFailure) {
     Table<std::int32_t, 2> table;
     for (int rows : {3, 0, 5}) {
@@ -28,6 +39,8 @@ TEST(Table, AllocatesZeroedAndHoldsNothingAfterAFailure) {
         EXPECT_TRUE(table.allocated() && table.extent(1) == rows && table.extent(2) == 2);
         for (int i = 1; i <= rows; ++i) EXPECT_EQ(table(i, 2)++, 0);
     }
+    table.allocate_uncleared(4, 3);
+    EXPECT_TRUE(table.allocated() && table.extent(1) == 4 && table.column(3) == table.memory() + 8);
     EXPECT_THROW(table.allocate(-1, 2), std::bad_alloc);
     EXPECT_TRUE(!table.allocated() && table.extent(2) == 0);
     EXPECT_THROW(table.allocate((INT64_C(1) << 62) + 1, 4), std::bad_alloc);  // the number of entries overflows
@@ -37,6 +50,7 @@ TEST(Table, AllocatesZeroedAndHoldsNothingAfterAFailure) {
 TEST(TableDeathTest, AnIndexOutsideEndsTheProgram) {
     double memory[6] = {};
     const View<double, 2> view(memory, 3, 2);
+    const Spread<double, 2, 1> spread(memory, 3, 2);
     Real<3, 2> block{};
     Table<double, 2> table;
     const char* message = "table index .* outside 1 to ";
@@ -46,6 +60,7 @@ TEST(TableDeathTest, AnIndexOutsideEndsTheProgram) {
         EXPECT_DEATH(view(i, j) = 0, message);
         EXPECT_DEATH(table(i, j) = 0, message);
         EXPECT_DEATH(block(i, j) = 0, message);
+        EXPECT_DEATH(spread(i, j) = 0, message);
     }
     EXPECT_DEATH(table.column(3)[0] = 0, message);
 }
