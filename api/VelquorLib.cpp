@@ -21,6 +21,7 @@ namespace {
 using namespace BASICCHAR_MOD;
 using namespace VQ_DATA_MOD;
 using namespace VQ_SYSTEM_MOD;
+using SYSTEM_VARIABLES::place_stresses;
 using SYSTEM_VARIABLES::REALEASE_SYSTEMDATA;
 
 // The host's tables as one call hands them over.
@@ -95,7 +96,7 @@ void renumber_groups(VARIABLES_T& VARS) {
 bool take_properties(const HostTables& host, std::int32_t NGROUPS, std::int32_t CALCMODE, VARIABLES_T& VARS,
                      VELQUOR_CHAR& CHAR) {
     VARS.NELEMS = static_cast<std::int32_t>(host.PROPS.extent(1));
-    VARS.ELEMPROP.allocate(VARS.NELEMS, VQ_NCOLUMNS);
+    VARS.ELEMPROP.allocate_uncleared(VARS.NELEMS, VQ_NCOLUMNS);
     std::copy_n(host.PROPS.data, host.PROPS.extent(1) * VQ_NCOLUMNS, VARS.ELEMPROP.memory());
     take_reference_moduli(VARS, CHAR);
     VARS.NGROUPS = highest_group(VARS, NGROUPS);
@@ -187,23 +188,15 @@ void copy_results(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, const SYSTE
     std::memcpy(host.RESULT, &CHAR, sizeof CHAR);
     for (int k = 1; k <= 3; ++k)
         for (std::int32_t i = 1; i <= VARS.NNODES; ++i) host.NODEOUT(i, k) = SYSVARS.NODEFIELD(i, k);
-    double* out = host.ELEMOUT;
-    for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
-        for (int c = 1; c <= 4; ++c) {
-            for (int q = 1; q <= 4; ++q) {
-                *out++ = SYSVARS.TAUY(e, c, q);
-                *out++ = SYSVARS.TAUZ(e, c, q);
-            }
-            for (int q = 1; q <= 4; ++q) *out++ = SYSVARS.SIGMA(e, c, q);
-        }
-    }
 }
 
-// One calculation; returns the status. The host's tables are read here and, at the end alone, written; the stages write
-// the output fields of the bars along the way.
+// One calculation; returns the status. The host's tables are read here and, once nothing can fail any more, written:
+// ELEMOUT by the stages that form stresses, the others at the end. The output fields of the bars are written along the
+// way.
 std::int32_t run(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS) {
     const POINTTABLE POINTS = host.POINTS;
     VARS.NPOINTS = static_cast<std::int32_t>(POINTS.extent(1));
+    place_stresses(host.ELEMOUT, static_cast<std::int32_t>(host.ELEMENTS.extent(1)), SYSVARS);
     const std::int32_t CALCMODE = integer_part(host.RESULT[VQ_MODE_SLOT], VQ_ELASTIC);
     VELQUOR_CHAR CHAR;
     INIT_VQCHAR(CHAR);
@@ -231,6 +224,7 @@ std::int32_t run(std::int32_t NGROUPS, const HostTables& host, VARIABLES_T& VARS
     CHAR.WR1 = skew_sum_of_warping(VARS, CHAR, SYSVARS, POINTS);
     SHEARCENTERANDELEMENT(VARS, CHAR, SYSVARS, TRANS, POINTS);
     SOLVEWARPINGCONSTANT(LOGICAL_FALSE, VARS, CHAR, SYSVARS, POINTS);
+    find_bars_near_nodes(VARS, SYSVARS, POINTS);
     SOLVESECUNDRYSHEARANDIWT(OK, VARS, CHAR, SYSVARS, POINTS);
     if (!is_true(OK)) return VQ_NOT_SOLVED;
     SOLVEAXIALSTRESS(VARS, CHAR, SYSVARS, TRANS, POINTS);

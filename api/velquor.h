@@ -6,9 +6,9 @@
  * have no part in the results; they, the exception flags and errno are after a call what they were before it. 64 KiB of
  * free stack are enough.
  *
- * Every table is a contiguous block of the host's memory, naturally aligned, without a header. A table of several
- * columns lies column after column (all of column 1, then all of column 2), and nodes, elements, groups and columns
- * count from 1; only the slots of the result record count from 0.
+ * Every table is a contiguous block of the host's memory, naturally aligned, without a header, apart from all others. A
+ * table of several columns lies column after column (all of column 1, then all of column 2), and nodes, elements,
+ * groups and columns count from 1; only the slots of the result record count from 0.
  */
 #ifndef VELQUOR_H
 #define VELQUOR_H

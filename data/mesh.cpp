@@ -99,7 +99,7 @@ void DEFINEMESH(std::int32_t& STATUS, View<const double, 2> NODES, View<const st
     VARS.ELEMAREA.allocate(NELEMS);
     VARS.ELEMYC.allocate(NELEMS);
     VARS.ELEMZC.allocate(NELEMS);
-    VARS.ELEMNODES.allocate(NELEMS, 4);
+    VARS.ELEMNODES.allocate_uncleared(NELEMS, 4);
     for (int k = 1; k <= 4; ++k)
         for (std::int32_t e = 1; e <= NELEMS; ++e) VARS.ELEMNODES(e, k) = ELEMENTS(e, k);
 

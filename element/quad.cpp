@@ -8,38 +8,49 @@ using namespace SUPORTBASE;
 
 namespace {
 
-// The element at its four quadrature points p. Position and gradients of a point come from two node orders of the
-// square and lie diagonally opposite in the element.
-struct Samples {
-    Block<Real<4>, 4> N, dNdy, dNdz;  // (p)(i)  shape value and gradient of node i
-    Real<4> detJ;
-};
+// Stresses (p) of motion k at the points.
+[[gnu::always_inline]] inline void stresses_of_motion(const Samples& at, double G, const Real<4, 3>& WE, int k,
+                                                      Real<4>& ty, Real<4>& tz) {
+    for (int p = 1; p <= 4; ++p) {
+        Real<2, 3> T;
+        SKEWNESSOVERVELQUOR(at.y(p), at.z(p), T);
+        ty(p) = G * (inner(at.dNdy(p), WE, k) + T(1, k));
+        tz(p) = G * (inner(at.dNdz(p), WE, k) + T(2, k));
+    }
+}
 
-[[gnu::always_inline]] inline Samples sample(const Real<4, 2>& XYE) {
-    Samples at;
+// From the points to the corners.
+[[gnu::always_inline]] inline double extrapolated(int c, const Real<4>& t) {
+    return GAUSSEXTRAP(c, 1) * t(1) + GAUSSEXTRAP(c, 2) * t(2) + GAUSSEXTRAP(c, 3) * t(3) + GAUSSEXTRAP(c, 4) * t(4);
+}
+
+// Compiled into each kernel, which leaves out what it does not read.
+[[gnu::always_inline]] inline void sample_all(const Real<4, 2>& XYE, Samples& at) {
     for (int p = 1; p <= 4; ++p) {
         Real<2, 2> INVJ;
         BILINGEOM(XYE, GAUSSR(p), GAUSSS(p), at.dNdy(p), at.dNdz(p), at.detJ(p), INVJ);
         GETBASEN(GAUSSR(p), GAUSSS(p), at.N(p));
+        at.y(p) = inner(at.N(p), XYE, 1);
+        at.z(p) = inner(at.N(p), XYE, 2);
     }
-    return at;
-}
-
-// From the points to the corners.
-double extrapolated(int c, const Real<4>& t) {
-    return GAUSSEXTRAP(c, 1) * t(1) + GAUSSEXTRAP(c, 2) * t(2) + GAUSSEXTRAP(c, 3) * t(3) + GAUSSEXTRAP(c, 4) * t(4);
 }
 
 }  // namespace
 
+Samples sample(const Real<4, 2>& XYE) {
+    Samples at;
+    sample_all(XYE, at);
+    return at;
+}
+
 void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4, 4>& K, Real<4, 3>& F,
                        Real<4>& R, Real<4, 3>& S) {
     const double E = MAT(1), G = MAT(2);
-    const Samples at = sample(XYE);
-    Real<4> y, z, wG, wE, wEy, wEz, wEq;
+    Samples at;
+    sample_all(XYE, at);
+    const Real<4>&y = at.y, &z = at.z;
+    Real<4> wG, wE, wEy, wEz, wEq;
     for (int p = 1; p <= 4; ++p) {
-        y(p) = inner(at.N(p), XYE, 1);
-        z(p) = inner(at.N(p), XYE, 2);
         wG(p) = G * at.detJ(p);
         wE(p) = E * at.detJ(p);
         wEy(p) = wE(p) * y(p);
@@ -74,7 +85,8 @@ void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>&
 }
 
 void field_load(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4>& R) {
-    const Samples at = sample(XYE);
+    Samples at;
+    sample_all(XYE, at);
     R = {};
     for (int p = 1; p <= 4; ++p) {
         const double wE = MAT(1) * at.detJ(p), qp = inner(at.N(p), Q);
@@ -82,30 +94,26 @@ void field_load(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Rea
     }
 }
 
-void QUADSHEAR(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4, 3>& WE, Real<3, 3>& ACC, Real<4, 3>& TY,
-               Real<4, 3>& TZ) {
-    const double G = MAT(2);
-    const Samples at = sample(XYE);
-    Real<4> y, z;
-    for (int p = 1; p <= 4; ++p) {
-        y(p) = inner(at.N(p), XYE, 1);
-        z(p) = inner(at.N(p), XYE, 2);
-    }
+void resultants(const Samples& at, const Real<3>& MAT, const Real<4, 3>& WE, Real<3, 3>& ACC) {
     for (int k = 1; k <= 3; ++k) {
         Real<4> ty, tz;
+        stresses_of_motion(at, MAT(2), WE, k, ty, tz);
         double torque = 0.0, along_y = 0.0, along_z = 0.0;
         for (int p = 1; p <= 4; ++p) {
-            Real<2, 3> T;
-            SKEWNESSOVERVELQUOR(y(p), z(p), T);
-            ty(p) = G * (inner(at.dNdy(p), WE, k) + T(1, k));
-            tz(p) = G * (inner(at.dNdz(p), WE, k) + T(2, k));
-            torque += at.detJ(p) * (y(p) * tz(p) - z(p) * ty(p));
+            torque += at.detJ(p) * (at.y(p) * tz(p) - at.z(p) * ty(p));
             along_y += at.detJ(p) * ty(p);
             along_z += at.detJ(p) * tz(p);
         }
         ACC(k, 1) = torque;
         ACC(k, 2) = along_y;
         ACC(k, 3) = along_z;
+    }
+}
+
+void QUADSHEAR(const Samples& at, const Real<3>& MAT, const Real<4, 3>& WE, Real<4, 3>& TY, Real<4, 3>& TZ) {
+    for (int k = 1; k <= 3; ++k) {
+        Real<4> ty, tz;
+        stresses_of_motion(at, MAT(2), WE, k, ty, tz);
         for (int c = 1; c <= 4; ++c) {
             TY(c, k) = extrapolated(c, ty);
             TZ(c, k) = extrapolated(c, tz);
@@ -114,7 +122,8 @@ void QUADSHEAR(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4, 3>& WE, 
 }
 
 double QUADWARPINGCONSTANT(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& WE) {
-    const Samples at = sample(XYE);
+    Samples at;
+    sample_all(XYE, at);
     double sum = 0.0;
     for (int p = 1; p <= 4; ++p) {
         const double w = inner(at.N(p), WE);
@@ -123,13 +132,11 @@ double QUADWARPINGCONSTANT(const Real<4, 2>& XYE, const Real<3>& MAT, const Real
     return sum;
 }
 
-void QUADSHEARSECUNDARY(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& WE, Real<4>& TY, Real<4>& TZ) {
-    const double G = MAT(2);
-    const Samples at = sample(XYE);
+void QUADSHEARSECUNDARY(const Samples& at, const Real<3>& MAT, const Real<4>& WE, Real<4>& TY, Real<4>& TZ) {
     Real<4> ty, tz;
     for (int p = 1; p <= 4; ++p) {
-        ty(p) = G * inner(at.dNdy(p), WE);
-        tz(p) = G * inner(at.dNdz(p), WE);
+        ty(p) = MAT(2) * inner(at.dNdy(p), WE);
+        tz(p) = MAT(2) * inner(at.dNdz(p), WE);
     }
     for (int c = 1; c <= 4; ++c) {
         TY(c) = extrapolated(c, ty);

@@ -4,6 +4,7 @@
 // Arguments of all routines, n = 4:
 //   XYE (n,2)  corners y, z, counter-clockwise
 //   MAT (3)    E, G, not read
+//   at         the element as `sample` gives it, for several routines that need no more of its geometry
 // Nothing is reported: a determinant of 0 gives infinities.
 #pragma once
 
@@ -22,17 +23,26 @@ void QUADKANDRIGHTSIDE(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>&
 // R alone, for the pass that needs nothing else.
 void field_load(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Real<4>& R);
 
-// Stresses of the three unit motions, and the element's share of their resultants.
-//   in   WE (4,3)    warping at the nodes, a column for each motion k
-//   out  ACC (3,3)   (k, 1) torque about the origin, (k, 2) force along y, (k, 3) force along z of motion k
-//        TY, TZ (4,3)  shear stress G (grad W + T(:,k)) along y and z at the corners, extrapolated from the samples
-void QUADSHEAR(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4, 3>& WE, Real<3, 3>& ACC, Real<4, 3>& TY,
-               Real<4, 3>& TZ);
-
 // Int E w^2 of the field with the node values WE (4).
 double QUADWARPINGCONSTANT(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& WE);
 
+// The element at its four quadrature points p. Position and gradients of a
+// point come from two node orders of the square and lie diagonally opposite in the element.
+struct Samples {
+    Block<Real<4>, 4> N, dNdy, dNdz;  // (p)(i)  shape value and gradient of node i
+    Real<4> detJ, y, z;               // (p)
+};
+Samples sample(const Real<4, 2>& XYE);
+
+// Resultants of the three unit motions with the warping WE (4,3) at the nodes, a column for each motion k: ACC (k, 1)
+// the torque about the origin, (k, 2) the force along y, (k, 3) the force along z of motion k.
+void resultants(const Samples& at, const Real<3>& MAT, const Real<4, 3>& WE, Real<3, 3>& ACC);
+
+// Shear stress G (grad W + T(:,k)) of the three motions along y and z, TY and TZ (4,3), at the corners, extrapolated
+// from the samples.
+void QUADSHEAR(const Samples& at, const Real<3>& MAT, const Real<4, 3>& WE, Real<4, 3>& TY, Real<4, 3>& TZ);
+
 // Stress G grad w at the corners of the field with the node values WE (4): TY (4) along y, TZ (4) along z.
-void QUADSHEARSECUNDARY(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& WE, Real<4>& TY, Real<4>& TZ);
+void QUADSHEARSECUNDARY(const Samples& at, const Real<3>& MAT, const Real<4>& WE, Real<4>& TY, Real<4>& TZ);
 
 }  // namespace QUAD_MOD

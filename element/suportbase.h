@@ -52,13 +52,13 @@ void triangle_gradients(const Real<3, 2>& XYE, Real<3>& dNdy, Real<3>& dNdz);
 
 // Sum of N(i) times entry i of X, or of its column k, from the first product on.
 template <int n>
-double inner(const Real<n>& N, const Real<n>& X) {
+[[gnu::always_inline]] inline double inner(const Real<n>& N, const Real<n>& X) {
     double sum = N(1) * X(1);
     for (int i = 2; i <= n; ++i) sum += N(i) * X(i);
     return sum;
 }
 template <int n, int m>
-double inner(const Real<n>& N, const Real<n, m>& X, int k) {
+[[gnu::always_inline]] inline double inner(const Real<n>& N, const Real<n, m>& X, int k) {
     double sum = N(1) * X(1, k);
     for (int i = 2; i <= n; ++i) sum += N(i) * X(i, k);
     return sum;

@@ -42,43 +42,41 @@ void field_load(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& Q, Rea
     R = {{r, r, r}};
 }
 
-void TRIANGLESHEAR(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3, 3>& WE, Real<3, 3>& ACC, Real<3, 3>& TY,
-                   Real<3, 3>& TZ) {
-    const double G = MAT(2);
-    const double A = TRIANGLEAREA(XYE);
-    Real<3> dNdy, dNdz;
-    triangle_gradients(XYE, dNdy, dNdz);
-    double yc, zc;
-    centroid(XYE, yc, zc);
-    Real<2, 3> T;
-    SKEWNESSOVERVELQUOR(yc, zc, T);
-
-    for (int k = 1; k <= 3; ++k) {
-        const double ty = G * (inner(dNdy, WE, k) + T(1, k)), tz = G * (inner(dNdz, WE, k) + T(2, k));
-        ACC(k, 1) = A * (yc * tz - zc * ty);
-        ACC(k, 2) = A * ty;
-        ACC(k, 3) = A * tz;
-        for (int c = 1; c <= 3; ++c) {
-            TY(c, k) = ty;
-            TZ(c, k) = tz;
-        }
-    }
-}
-
 double TRIANGLEWARPINGCONSTANT(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& WE) {
     const double m = (WE(1) + WE(2) + WE(3)) / 3.0;
     return TRIANGLEAREA(XYE) * MAT(1) * m * m;
 }
 
-void TRIANGLESHEARSECUNDARY(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& WE, Real<3>& TY, Real<3>& TZ) {
-    const double G = MAT(2);
-    Real<3> dNdy, dNdz;
-    triangle_gradients(XYE, dNdy, dNdz);
-    const double ty = G * inner(dNdy, WE), tz = G * inner(dNdz, WE);
-    for (int c = 1; c <= 3; ++c) {
-        TY(c) = ty;
-        TZ(c) = tz;
+Samples sample(const Real<3, 2>& XYE) {
+    Samples at;
+    at.A = TRIANGLEAREA(XYE);
+    triangle_gradients(XYE, at.dNdy, at.dNdz);
+    centroid(XYE, at.y, at.z);
+    return at;
+}
+
+void resultants(const Samples& at, const Real<3>& MAT, const Real<3, 3>& WE, Real<3, 3>& ACC) {
+    Real<3> TY, TZ;
+    TRIANGLESHEAR(at, MAT, WE, TY, TZ);
+    for (int k = 1; k <= 3; ++k) {
+        ACC(k, 1) = at.A * (at.y * TZ(k) - at.z * TY(k));
+        ACC(k, 2) = at.A * TY(k);
+        ACC(k, 3) = at.A * TZ(k);
     }
+}
+
+void TRIANGLESHEAR(const Samples& at, const Real<3>& MAT, const Real<3, 3>& WE, Real<3>& TY, Real<3>& TZ) {
+    Real<2, 3> T;
+    SKEWNESSOVERVELQUOR(at.y, at.z, T);
+    for (int k = 1; k <= 3; ++k) {
+        TY(k) = MAT(2) * (inner(at.dNdy, WE, k) + T(1, k));
+        TZ(k) = MAT(2) * (inner(at.dNdz, WE, k) + T(2, k));
+    }
+}
+
+void TRIANGLESHEARSECUNDARY(const Samples& at, const Real<3>& MAT, const Real<3>& WE, double& TY, double& TZ) {
+    TY = MAT(2) * inner(at.dNdy, WE);
+    TZ = MAT(2) * inner(at.dNdz, WE);
 }
 
 }  // namespace TRIANGLE_MOD

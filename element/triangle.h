@@ -5,6 +5,7 @@
 // Arguments of all routines, n = 3:
 //   XYE (n,2)  corners y, z, counter-clockwise
 //   MAT (3)    E, G, not read
+//   at         the element as `sample` gives it, for several routines that need no more of its geometry
 // Nothing is reported: a triangle without area gives infinities and NaN.
 #pragma once
 
@@ -22,17 +23,24 @@ void TRIANGLEKANDRIGHTSIDE(const Real<3, 2>& XYE, const Real<3>& MAT, const Real
 // R alone, for the pass that needs nothing else.
 void field_load(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& Q, Real<3>& R);
 
-// Stresses of the three unit motions, and the element's share of their resultants.
-//   in   WE (3,3)    warping at the nodes, a column for each motion k
-//   out  ACC (3,3)   (k, 1) torque about the origin, (k, 2) force along y, (k, 3) force along z of motion k
-//        TY, TZ (3,3)  shear stress G (grad W + T(:,k)) along y and z, the same at all corners
-void TRIANGLESHEAR(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3, 3>& WE, Real<3, 3>& ACC, Real<3, 3>& TY,
-                   Real<3, 3>& TZ);
-
 // A E w^2, w the mean of the node values WE (3).
 double TRIANGLEWARPINGCONSTANT(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& WE);
 
-// Stress G grad w of the field with the node values WE (3): TY (3) along y, TZ (3) along z, the same at all corners.
-void TRIANGLESHEARSECUNDARY(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3>& WE, Real<3>& TY, Real<3>& TZ);
+// The element at its centroid.
+struct Samples {
+    double A, y, z;
+    Real<3> dNdy, dNdz;
+};
+Samples sample(const Real<3, 2>& XYE);
+
+// Resultants of the three unit motions with the warping WE (3,3) at the nodes, a column for each motion k: ACC (k, 1)
+// the torque about the origin, (k, 2) the force along y, (k, 3) the force along z of motion k.
+void resultants(const Samples& at, const Real<3>& MAT, const Real<3, 3>& WE, Real<3, 3>& ACC);
+
+// Shear stress G (grad W + T(:,k)) of the three motions, TY (3) along y, TZ (3) along z, the same at all corners.
+void TRIANGLESHEAR(const Samples& at, const Real<3>& MAT, const Real<3, 3>& WE, Real<3>& TY, Real<3>& TZ);
+
+// Stress G grad w of the field with the node values WE (3), TY along y, TZ along z, the same at all corners.
+void TRIANGLESHEARSECUNDARY(const Samples& at, const Real<3>& MAT, const Real<3>& WE, double& TY, double& TZ);
 
 }  // namespace TRIANGLE_MOD

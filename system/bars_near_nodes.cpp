@@ -82,17 +82,17 @@ bool reaches_corners(const VARIABLES_T& VARS, const VYZTUZE_INFO& bar) {
 }  // namespace
 
 // The table is walked from its end, so that a node leaves the cells with the bar that counts.
-Table<std::int32_t, 1> bars_near_nodes(const VARIABLES_T& VARS, POINTTABLE POINTS) {
-    Table<std::int32_t, 1> nearby;
-    nearby.allocate(VARS.NNODES);
+void find_bars_near_nodes(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS, POINTTABLE POINTS) {
     Cells cells;
     for (std::int32_t b = VARS.NPOINTS; b >= 1; --b) {
         const VYZTUZE_INFO& bar = POINTS(b);
         if (!reaches_corners(VARS, bar)) continue;
-        if (!cells.first.allocated()) put_into_cells(VARS, cells);
-        reach_nodes(VARS, bar, b, cells, nearby);
+        if (!cells.first.allocated()) {
+            put_into_cells(VARS, cells);
+            SYSVARS.near_bar.allocate(VARS.NNODES);
+        }
+        reach_nodes(VARS, bar, b, cells, SYSVARS.near_bar);
     }
-    return nearby;
 }
 
 }  // namespace VQ_SYSTEM_MOD

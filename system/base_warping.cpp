@@ -52,8 +52,12 @@ void SOLVEBASEWARPING(LOGICAL& OK, const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& 
     Table<double, 2> L;
     L.allocate(bordered.N, 3);
     for (int k = 1; k <= 3; ++k) std::copy_n(SYSVARS.RIGHTSIDE.column(k), VARS.NNODES, L.column(k));
+    SYSVARS.RIGHTSIDE.release();  // comes back from L: the solver needs the room
     OK = solve_bordered(bordered, L, VARS.NNODES, SYSVARS.NODEFIELD) ? VQ_DATA_MOD::LOGICAL_TRUE
                                                                      : VQ_DATA_MOD::LOGICAL_FALSE;
+    if (!VQ_DATA_MOD::is_true(OK)) return;
+    SYSVARS.RIGHTSIDE.allocate_uncleared(VARS.NNODES, 3);
+    for (int k = 1; k <= 3; ++k) std::copy_n(L.column(k), VARS.NNODES, SYSVARS.RIGHTSIDE.column(k));
 }
 
 }  // namespace VQ_SYSTEM_MOD

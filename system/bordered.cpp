@@ -20,9 +20,9 @@ void border(SYSTEM_VARIABLES_T& SYSVARS, int columns, std::int32_t further, cons
 
     bordered.N = static_cast<std::int32_t>(N);
     bordered.memory = &SYSVARS.memory;
-    bordered.IA.allocate(N + 1);
-    bordered.JA.allocate(NNZ);
-    bordered.A.allocate(NNZ);
+    bordered.IA.allocate_uncleared(N + 1);
+    bordered.JA.allocate_uncleared(NNZ);
+    bordered.A.allocate_uncleared(NNZ);
     std::int32_t q = 1;  // next free position
     for (std::int32_t i = 1; i <= NNODES; ++i) {
         bordered.IA(i) = q;
@@ -39,19 +39,20 @@ void border(SYSTEM_VARIABLES_T& SYSVARS, int columns, std::int32_t further, cons
     for (std::int32_t i = NNODES + 1; i <= bordered.N; ++i, ++q) {
         bordered.IA(i) = q;
         bordered.JA(q) = i;
+        bordered.A(q) = 0.0;
     }
     bordered.IA(bordered.N + 1) = q;
 }
 
 bool solve_bordered(SPARSEMATRIX& bordered, const Table<double, 2>& L, std::int32_t NNODES, Table<double, 2>& FIELD) {
     Table<double, 2> X;
-    X.allocate(L.extent(1), L.extent(2));
+    X.allocate_uncleared(L.extent(1), L.extent(2));
     Integer<2> ERR;
     SPARSEMATRIX_FCN::SOLVESYSTEMEQUATIONSYM_NPD(ERR, bordered, L, X);
     if (ERR(1) == OD_OUT_OF_MEMORY) throw std::bad_alloc();
     if (ERR(1) != 0 || ERR(2) != 0) return false;
     RELEASESPARSEMATRIX(bordered);
-    FIELD.allocate(NNODES, L.extent(2));
+    FIELD.allocate_uncleared(NNODES, L.extent(2));
     for (std::int32_t k = 1; k <= L.extent(2); ++k) std::copy_n(X.column(k), NNODES, FIELD.column(k));
     return true;
 }

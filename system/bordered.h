@@ -12,9 +12,9 @@ using SPARSEMATRIX_MOD::SPARSEMATRIX;
 using SYSTEM_VARIABLES::SYSTEM_VARIABLES_T;
 
 // KG bordered with the first `columns` columns of CONSTRAINT, then with `further` empty unknowns. Each node row has
-// `reserve` entries free at its end (none where the table is not allocated), each further row its own zero diagonal.
-// Its solution takes turns in the memory of SYSVARS. Throws std::bad_alloc, also where order or entries outnumber 32
-// bits.
+// `reserve` entries for the caller to fill at its end (none where the table is not allocated), each further row its own
+// zero diagonal. Its solution takes turns in the memory of SYSVARS. Throws std::bad_alloc, also where order or entries
+// outnumber 32 bits.
 void border(SYSTEM_VARIABLES_T& SYSVARS, int columns, std::int32_t further, const Table<std::int32_t, 1>& reserve,
             SPARSEMATRIX& bordered);
 

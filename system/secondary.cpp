@@ -16,6 +16,7 @@ void SOLVESECUNDRYSHEARANDIWT(LOGICAL& OK, const VARIABLES_T& VARS, VELQUOR_CHAR
     SOLVEWARPINGFROMSECUNDARYANDTOCENTER(OK, VARS, SYSVARS);
     if (!VQ_DATA_MOD::is_true(OK)) return;
     SECUNDARYSHEAROVERELEMENT(VARS, SYSVARS, POINTS);
+    CHAR.WT = 1.0 / SYSVARS.largest_torsional_shear;
     SOLVEWARPINGCONSTANT(VQ_DATA_MOD::LOGICAL_TRUE, VARS, CHAR, SYSVARS, POINTS);
     for (std::int32_t i = 1; i <= VARS.NNODES; ++i) SYSVARS.NODEFIELD(i, 1) *= CHAR.IW;
 }
@@ -25,11 +26,15 @@ void SOLVESECUNDRYSHEARANDIWT(LOGICAL& OK, const VARIABLES_T& VARS, VELQUOR_CHAR
 void SOLVEWARPINGFROMSECUNDARYANDTOCENTER(LOGICAL& OK, const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS) {
     SPARSEMATRIX bordered;
     border(SYSVARS, 1, 0, {}, bordered);
-    RELEASESPARSEMATRIX(SYSVARS.KG);  // nothing reads it any more, and the solver needs the room
     Table<double, 2> L;
     L.allocate(bordered.N, 2);
     std::copy_n(SYSVARS.RIGHTSIDEQ.column(1), VARS.NNODES, L.column(1));
     std::copy_n(SYSVARS.RIGHTSIDE.column(1), VARS.NNODES, L.column(2));
+    // Nothing reads the system any more, and the solver needs the room.
+    RELEASESPARSEMATRIX(SYSVARS.KG);
+    SYSVARS.RIGHTSIDE.release();
+    SYSVARS.RIGHTSIDEQ.release();
+    SYSVARS.CONSTRAINT.release();
     OK = solve_bordered(bordered, L, VARS.NNODES, SYSVARS.SECFIELD) ? VQ_DATA_MOD::LOGICAL_TRUE
                                                                     : VQ_DATA_MOD::LOGICAL_FALSE;
 }

@@ -1,7 +1,6 @@
-// Shear centre, torsional and shear stiffnesses, and the corner stresses of unit torque and unit shear forces, all from
-// the three base fields: k = 1 unit twist about the origin of XY, 2 unit shear strain along y, 3 along z.
-#include <algorithm>
-#include <cmath>
+// Shear centre, torsional and shear stiffnesses from the three base fields: k = 1 unit twist about the origin of XY,
+// 2 unit shear strain along y, 3 along z.
+#include <utility>
 
 #include "element/quad.h"
 #include "element/suportbase.h"
@@ -14,31 +13,17 @@ using SUPORTBASE::INVMAT;
 
 namespace {
 
-void element_shear(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4, 3>& WE, Real<3, 3>& ACC, Real<4, 3>& TY,
-                   Real<4, 3>& TZ) {
-    QUAD_MOD::QUADSHEAR(XYE, MAT, WE, ACC, TY, TZ);
-}
-void element_shear(const Real<3, 2>& XYE, const Real<3>& MAT, const Real<3, 3>& WE, Real<3, 3>& ACC, Real<3, 3>& TY,
-                   Real<3, 3>& TZ) {
-    TRIANGLE_MOD::TRIANGLESHEAR(XYE, MAT, WE, ACC, TY, TZ);
-}
+using QUAD_MOD::resultants, QUAD_MOD::sample;
+using TRIANGLE_MOD::resultants, TRIANGLE_MOD::sample;
 
-// Corner stresses of element e in the three motions, and its share of the section matrix K.
+// The element's share of the section matrix K.
 template <int n>
-void add_element(const VARIABLES_T& VARS, std::int32_t e, SYSTEM_VARIABLES_T& SYSVARS, Real<3, 3>& K) {
+void add_element(const VARIABLES_T& VARS, std::int32_t e, const SYSTEM_VARIABLES_T& SYSVARS, Real<3, 3>& K) {
     const Integer<n> node = nodes_of<n>(VARS, e);
-    Real<n, 3> WE, TY, TZ;
-    for (int i = 1; i <= n; ++i)
-        for (int k = 1; k <= 3; ++k) WE(i, k) = SYSVARS.NODEFIELD(node(i), k);
     Real<3, 3> ACC;
-    element_shear(coordinates_of(VARS, node), material_of(VARS, e), WE, ACC, TY, TZ);
-    for (int k = 1; k <= 3; ++k) {
-        for (int c = 1; c <= 4; ++c) {
-            SYSVARS.TAUY(e, c, k) = TY(std::min(c, n), k);
-            SYSVARS.TAUZ(e, c, k) = TZ(std::min(c, n), k);
-        }
+    resultants(sample(coordinates_of(VARS, node)), material_of(VARS, e), motions_at(SYSVARS.NODEFIELD, node), ACC);
+    for (int k = 1; k <= 3; ++k)
         for (int j = 1; j <= 3; ++j) K(k, j) += ACC(k, j);
-    }
 }
 
 // The bar's node value itself stands in both stress components, not a gradient.
@@ -86,36 +71,6 @@ Real<3, 3> motions_of_unit_loads(const Real<3, 3>& R, double s1, double s2) {
     return M;
 }
 
-// Stresses of the motions become those of the unit loads, the two forces then along the principal axes. Only the load
-// turns; the components stay those along y and z.
-void combine(const Real<3, 3>& M, const Real<2, 2>& TRANS, Table<double, 3>& TAU) {
-    const std::int32_t NELEMS = static_cast<std::int32_t>(TAU.extent(1));
-    for (int c = 1; c <= 4; ++c) {
-        for (std::int32_t e = 1; e <= NELEMS; ++e) {
-            const double t1 = TAU(e, c, 1), t2 = TAU(e, c, 2), t3 = TAU(e, c, 3);
-            const double torque = M(1, 1) * t1 + M(2, 1) * t2 + M(3, 1) * t3;
-            const double along_y = M(1, 2) * t1 + M(2, 2) * t2 + M(3, 2) * t3;
-            const double along_z = M(1, 3) * t1 + M(2, 3) * t2 + M(3, 3) * t3;
-            TAU(e, c, 1) = torque;
-            TAU(e, c, 2) = TRANS(1, 1) * along_y + TRANS(1, 2) * along_z;
-            TAU(e, c, 3) = TRANS(2, 1) * along_y + TRANS(2, 2) * along_z;
-        }
-    }
-}
-
-double largest_torsional_shear(const SYSTEM_VARIABLES_T& SYSVARS) {
-    const std::int32_t NELEMS = static_cast<std::int32_t>(SYSVARS.TAUY.extent(1));
-    double tmax = 0.0;
-    for (int c = 1; c <= 4; ++c) {
-        for (std::int32_t e = 1; e <= NELEMS; ++e) {
-            const double ty = SYSVARS.TAUY(e, c, 1), tz = SYSVARS.TAUZ(e, c, 1);
-            const double t = std::sqrt(ty * ty + tz * tz);
-            if (t > tmax || std::isnan(t)) tmax = t;  // no number stays none
-        }
-    }
-    return tmax;
-}
-
 void set_slots(const Real<3, 3>& R, double s1, double s2, const Real<2, 2>& TRANS, VELQUOR_CHAR& CHAR) {
     const double T11 = TRANS(1, 1), T12 = TRANS(1, 2), T21 = TRANS(2, 1), T22 = TRANS(2, 2);
     CHAR.SCY = s2 + CHAR.YC;
@@ -155,8 +110,6 @@ void turn(const Real<2, 2>& TRANS, double& y, double& z) {
 
 void SHEARCENTERANDELEMENT(VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, SYSTEM_VARIABLES_T& SYSVARS, const Real<2, 2>& TRANS,
                            POINTTABLE POINTS) {
-    SYSVARS.TAUY.allocate(VARS.NELEMS, 4, 4);
-    SYSVARS.TAUZ.allocate(VARS.NELEMS, 4, 4);
     // K(k, j): resultant j of motion k; 1 torque about the origin of XY, 2 force along y, 3 force along z.
     Real<3, 3> K{};
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
@@ -171,10 +124,8 @@ void SHEARCENTERANDELEMENT(VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, SYSTEM_VARIABL
     double s1, s2;
     uncoupled_twist(K, s1, s2);
     const Real<3, 3> R = about_shear_centre(K, s1, s2);
-    const Real<3, 3> M = motions_of_unit_loads(R, s1, s2);
-    combine(M, TRANS, SYSVARS.TAUY);
-    combine(M, TRANS, SYSVARS.TAUZ);
-    CHAR.WT = 1.0 / largest_torsional_shear(SYSVARS);
+    SYSVARS.motions = motions_of_unit_loads(R, s1, s2);
+    SYSVARS.axes = TRANS;
     set_slots(R, s1, s2, TRANS, CHAR);
 
     for (std::int32_t g = 1; g <= VARS.NGROUPS; ++g) {
@@ -182,9 +133,15 @@ void SHEARCENTERANDELEMENT(VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, SYSTEM_VARIABL
         turn(TRANS, VARS.GROUPDY(g), VARS.GROUPDZ(g));
     }
     // The twist moves to the shear centre, still of unit size; the shears turn to u and v.
+    SYSVARS.base_field = std::move(SYSVARS.NODEFIELD);
+    SYSVARS.NODEFIELD.allocate_uncleared(VARS.NNODES, 3);
     for (std::int32_t i = 1; i <= VARS.NNODES; ++i) {
-        SYSVARS.NODEFIELD(i, 1) = SYSVARS.NODEFIELD(i, 1) - s1 * SYSVARS.NODEFIELD(i, 2) - s2 * SYSVARS.NODEFIELD(i, 3);
-        turn(TRANS, SYSVARS.NODEFIELD(i, 2), SYSVARS.NODEFIELD(i, 3));
+        const double w1 = SYSVARS.base_field(i, 1);
+        double w2 = SYSVARS.base_field(i, 2), w3 = SYSVARS.base_field(i, 3);
+        SYSVARS.NODEFIELD(i, 1) = w1 - s1 * w2 - s2 * w3;
+        turn(TRANS, w2, w3);
+        SYSVARS.NODEFIELD(i, 2) = w2;
+        SYSVARS.NODEFIELD(i, 3) = w3;
     }
 }
 

@@ -46,7 +46,7 @@ void CREATESTRUCTUTREOFSYSTEM(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVA
         M += count;
     }
     Table<std::int32_t, 1> JA0, filled;
-    JA0.allocate(M);
+    JA0.allocate_uncleared(M);
     filled.allocate(N);
     for (std::int32_t i = 1; i <= N; ++i) JA0(IA0(i) + filled(i)++) = i;
     for (std::int32_t e = 1; e <= VARS.NELEMS; ++e) {
@@ -67,8 +67,8 @@ void CREATESTRUCTUTREOFSYSTEM(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVA
 
     SPARSEMATRIX& KG = SYSVARS.KG;
     KG.N = N;
-    KG.IA.allocate(std::int64_t{N} + 1);
-    KG.JA.allocate(NNZ);
+    KG.IA.allocate_uncleared(std::int64_t{N} + 1);
+    KG.JA.allocate_uncleared(NNZ);
     KG.A.allocate(NNZ);
     KG.IA(1) = 1;
     for (std::int32_t i = 1; i <= N; ++i) {

@@ -53,12 +53,13 @@ void PLOCHA3(const Real<3>& y, const Real<3>& z, double& area);
 void PLOCHA4(const Real<4>& y, const Real<4>& z, double& area);
 
 // Solves KG bordered with the three constraints and a multiplier for each bar, for the three load columns. OK true:
-// NODEFIELD is allocated and filled. OK false: the solver failed, NODEFIELD stays unallocated.
+// NODEFIELD is allocated and filled. OK false: the solver failed, NODEFIELD stays unallocated and RIGHTSIDE is
+// released.
 void SOLVEBASEWARPING(LOGICAL& OK, const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS, POINTTABLE POINTS);
 
-// Shear centre, stiffnesses, corner stresses of cases 1 to 3, and NODEFIELD and the group arrays in their final form.
-//   fills CHAR     SCY, SCZ, SCU, SCV, GJ, GAY, GAZ, GAU, GAV, GAUV, WT; turns COUP1, COUP2; divides the skew sums
-//         SYSVARS  TAUY, TAUZ (case 4 zero); NODEFIELD: twist about the shear centre, shear along u, along v
+// Shear centre, stiffnesses, and NODEFIELD and the group arrays in their final form.
+//   fills CHAR     SCY, SCZ, SCU, SCV, GJ, GAY, GAZ, GAU, GAV, GAUV; turns COUP1, COUP2; divides the skew sums
+//         SYSVARS  NODEFIELD: twist about the shear centre, shear along u, along v; base_field, motions, axes
 //         VARS     GROUPYC, GROUPZC and GROUPDY, GROUPDZ turned to u and v
 // A singular matrix gives infinities and no report.
 void SHEARCENTERANDELEMENT(VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, SYSTEM_VARIABLES_T& SYSVARS, const Real<2, 2>& TRANS,
@@ -68,22 +69,23 @@ void SHEARCENTERANDELEMENT(VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, SYSTEM_VARIABL
 void SOLVEWARPINGCONSTANT(LOGICAL FLAG, const VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, const SYSTEM_VARIABLES_T& SYSVARS,
                           POINTTABLE POINTS);
 
-// The second system: secondary warping, case 4 of TAUY and TAUZ, and IWS. OK false: the solver failed, and
-// NODEFIELD(:,1) stays divided by IW; true: that column is back at its value, up to rounding.
+// Fills near_bar: for each node the bar whose modulus the corners there take in the axial stresses, 0 for none; of the
+// bars that are nearer than their RADIUS the last in the table, also where it takes no part otherwise.
+void find_bars_near_nodes(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS, POINTTABLE POINTS);
+
+// The second system: secondary warping, then TAUY, TAUZ and WT, and IWS. Nothing can fail once it is solved. OK false:
+// the solver failed, and NODEFIELD(:,1) stays divided by IW; true: that column is back at its value, up to rounding.
 void SOLVESECUNDRYSHEARANDIWT(LOGICAL& OK, const VARIABLES_T& VARS, VELQUOR_CHAR& CHAR, SYSTEM_VARIABLES_T& SYSVARS,
                               POINTTABLE POINTS);
 
 // Solves KG bordered with CONSTRAINT(:,1), as the second pass of the assembly leaves it, for RIGHTSIDEQ and
-// RIGHTSIDE(:,1). OK true: SECFIELD is allocated and filled. OK false: the solver failed. KG, of no further use, is
-// released before the solution.
+// RIGHTSIDE(:,1). OK true: SECFIELD is allocated and filled. OK false: the solver failed. KG, RIGHTSIDE, RIGHTSIDEQ
+// and CONSTRAINT, of no further use, are released before the solution.
 void SOLVEWARPINGFROMSECUNDARYANDTOCENTER(LOGICAL& OK, const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS);
 
-// Case 4 of TAUY and TAUZ at all corners: G times the gradient of SECFIELD(:,1). POINTS is not read.
+// TAUY and TAUZ at all corners: cases 1 to 3 from base_field, motions and axes, case 4, G times the gradient of
+// SECFIELD(:,1); and largest_torsional_shear. POINTS is not read. Cannot fail.
 void SECUNDARYSHEAROVERELEMENT(const VARIABLES_T& VARS, SYSTEM_VARIABLES_T& SYSVARS, POINTTABLE POINTS);
-
-// For each node (NNODES) the bar whose modulus the corners there take in the axial stresses, 0 for none: of the bars
-// that are nearer than their RADIUS the last in the table, also where it takes no part otherwise.
-Table<std::int32_t, 1> bars_near_nodes(const VARIABLES_T& VARS, POINTTABLE POINTS);
 
 // SIGMA at all corners, those near a bar with its modulus, and STRESS of the bars that take part.
 void SOLVEAXIALSTRESS(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, SYSTEM_VARIABLES_T& SYSVARS,
@@ -109,6 +111,13 @@ Real<n> values_at(const Table<double, 2>& field, int column, const Integer<n>& n
     Real<n> w;
     for (int i = 1; i <= n; ++i) w(i) = field(node(i), column);
     return w;
+}
+template <int n>
+Real<n, 3> motions_at(const Table<double, 2>& field, const Integer<n>& node) {
+    Real<n, 3> WE;
+    for (int i = 1; i <= n; ++i)
+        for (int k = 1; k <= 3; ++k) WE(i, k) = field(node(i), k);
+    return WE;
 }
 inline Real<3> material_of(const VARIABLES_T& VARS, std::int32_t e) {
     return {{VARS.ELEMPROP(e, 1), VARS.ELEMPROP(e, 2), VARS.ELEMPROP(e, 3)}};

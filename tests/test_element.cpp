@@ -39,8 +39,10 @@ Arrays<4> arrays(const Real<4, 2>& XYE, const Real<4>& W, const Real<4, 3>& WE =
     Arrays<4> a;
     QUAD_MOD::QUADKANDRIGHTSIDE(XYE, MAT, W, a.K, a.F, a.R, a.S);
     QUAD_MOD::field_load(XYE, MAT, W, a.load);
-    QUAD_MOD::QUADSHEAR(XYE, MAT, WE, a.ACC, a.TY, a.TZ);
-    QUAD_MOD::QUADSHEARSECUNDARY(XYE, MAT, W, a.ty, a.tz);
+    const QUAD_MOD::Samples at = QUAD_MOD::sample(XYE);
+    QUAD_MOD::resultants(at, MAT, WE, a.ACC);
+    QUAD_MOD::QUADSHEAR(at, MAT, WE, a.TY, a.TZ);
+    QUAD_MOD::QUADSHEARSECUNDARY(at, MAT, W, a.ty, a.tz);
     a.I = QUAD_MOD::QUADWARPINGCONSTANT(XYE, MAT, W);
     return a;
 }
@@ -48,8 +50,16 @@ Arrays<3> arrays(const Real<3, 2>& XYE, const Real<3>& W, const Real<3, 3>& WE =
     Arrays<3> a;
     TRIANGLE_MOD::TRIANGLEKANDRIGHTSIDE(XYE, MAT, W, a.K, a.F, a.R, a.S);
     TRIANGLE_MOD::field_load(XYE, MAT, W, a.load);
-    TRIANGLE_MOD::TRIANGLESHEAR(XYE, MAT, WE, a.ACC, a.TY, a.TZ);
-    TRIANGLE_MOD::TRIANGLESHEARSECUNDARY(XYE, MAT, W, a.ty, a.tz);
+    const TRIANGLE_MOD::Samples at = TRIANGLE_MOD::sample(XYE);
+    Real<3> TY, TZ;
+    double ty, tz;
+    TRIANGLE_MOD::resultants(at, MAT, WE, a.ACC);
+    TRIANGLE_MOD::TRIANGLESHEAR(at, MAT, WE, TY, TZ);
+    TRIANGLE_MOD::TRIANGLESHEARSECUNDARY(at, MAT, W, ty, tz);
+    for (int i = 1; i <= 3; ++i) {  // the same at all corners
+        for (int k = 1; k <= 3; ++k) a.TY(i, k) = TY(k), a.TZ(i, k) = TZ(k);
+        a.ty(i) = ty, a.tz(i) = tz;
+    }
     a.I = TRIANGLE_MOD::TRIANGLEWARPINGCONSTANT(XYE, MAT, W);
     return a;
 }
