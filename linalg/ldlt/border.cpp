@@ -136,7 +136,10 @@ void orthogonalise(const System& system, Border& border) {
             R[entry(y, y)] = 1;
             if (border.dependent[y]) continue;
             double whole = product[y];
-            for (std::size_t k = 0; k < y; ++k) whole += std::pow(R[entry(k, y)] * border.length[k], 2);
+            for (std::size_t k = 0; k < y; ++k) {
+                const double part = R[entry(k, y)] * border.length[k];
+                whole += part * part;
+            }
             whole = std::sqrt(whole);
             border.length[y] = std::sqrt(product[y]);
             if (border.length[y] <= DEPENDENT * whole) {

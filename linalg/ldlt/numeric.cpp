@@ -140,8 +140,8 @@ Factor factorise(const Classes& c, const Symbolic& S, double* Y, std::int64_t bl
         const std::int32_t* below = S.rows.get() + S.rows_start[s];
         for (std::int32_t j = 0; j < f.r; ++j)
             for (std::int32_t i = j; i < f.r; ++i) {
-                const double left = f.update[static_cast<std::ptrdiff_t>(j) * padded(f.r) + i];
-                F.remainder.push_back({below[i] - S.pivots, below[j] - S.pivots, left});
+                const double value = f.update[static_cast<std::ptrdiff_t>(j) * padded(f.r) + i];
+                F.remainder.push_back({below[i] - S.pivots, below[j] - S.pivots, value});
             }
     }
     return F;
