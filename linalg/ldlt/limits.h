@@ -32,7 +32,8 @@ constexpr double NULLPIVOT = 1e-14;
 // A negative pivot, and what remains of a grounded diagonal, up to this share of the original diagonal is rounding:
 // that of a whole component, 1e-14 on 3,000 nodes, 3e-13 on 10^6.
 constexpr double ROUNDING = 1e-11;
-// Attempts, each with the null pivots of the one before in the border: those at the limit may come out null in the next.
+// Attempts, each with the null pivots of the one before in the border: those at the limit may come out null in the
+// next.
 constexpr int MAXATTEMPTS = 3;
 
 // border ------------------------------------------------------------------------------------------------------------
