@@ -42,10 +42,11 @@ extern "C" {
 /* Status of a run, in STATUS on return. Any other value than VQ_DONE: RESULT, NODEOUT and ELEMOUT are as the host gave
  * them. */
 enum {
-    VQ_DONE = 0,       /* all results are in the host's tables */
-    VQ_REFUSED = 1,    /* the tables or the mesh were refused; the bars too are as the host gave them */
-    VQ_NOT_SOLVED = 2, /* an equation system could not be solved, as with a triangle without area or numbers beyond all
-                          reals; output fields of bars may have been written */
+    VQ_DONE = 0,         /* all results are in the host's tables */
+    VQ_REFUSED = 1,      /* the tables or the mesh were refused; the bars too are as the host gave them */
+    VQ_NOT_SOLVED = 2,   /* an equation system could not be solved, as with a triangle without area, a GMOD other than 0
+                            some 1e-25 of the others' or below, or numbers beyond all reals; output fields of bars may
+                            have been written */
     VQ_OUT_OF_MEMORY = 3 /* memory could not be had, or the run found itself inconsistent (a line on the error stream
                             says so); bars as the host gave them */
 };
@@ -118,7 +119,8 @@ enum {
 
     /* Plastic neutral axes. A direction 1 or -1 measures the line along Y (or u), 2 or -2 along Z (or v). PLAXIS is the
      * line's position, in the host's system, then from the centroid along u or v; PLMOD the plastic section modulus;
-     * PLMOM the plastic moment. A line measured along Z answers bending about Y. Mind the two orders of directions. */
+     * PLMOM the plastic moment. A line measured along Z answers bending about Y. Mind the two orders of directions, and
+     * what PLAXIS and PLMOD need of VQ_FNEG and VQ_FPOS, above. */
     VQ_PLAXIS_Y = 29, /* host's axes: directions 1, 2, -1, -2 */
     VQ_PLAXIS_Z = 30,
     VQ_PLAXIS_Y_NEG = 31,
@@ -194,10 +196,10 @@ typedef struct VYZTUZE_INFO {
  *                  unit shear force along u, along v, unit warping shear), then the axial stress in four load cases
  *                  (unit normal force, unit moment about the two principal axes, unit bimoment)
  *
- * With VQ_DONE, axial stiffness, centroid, second moments and plastic slots are right whatever the mesh. What rests on the
- * warping may be infinite, no number, or, where rounding hides that, of any size: in a section that has no stiffness in
- * shear or falls in pieces, and in a mesh that cannot warp, such as one triangle, two in a rectangle or four squares in
- * a square, whose VQ_IW is 0 up to rounding.
+ * With VQ_DONE, axial stiffness, centroid, second moments and plastic slots are right whatever the mesh. What rests on
+ * the warping may be infinite, no number, or, where rounding hides that, of any size: in a section that has no
+ * stiffness in shear or falls in pieces, and in a mesh that cannot warp, such as one triangle, two in a rectangle or
+ * four squares in a square, whose VQ_IW is 0 up to rounding.
  *
  * Refused, with VQ_REFUSED: a null table or a negative count; a node number outside 1 to NNODES; no element with
  * MATFLAG 1.0, or an EREF not above 0; a group outside 1 to NGROUPS; an element that is clockwise, names a node twice,

@@ -52,8 +52,8 @@ class Refused(Error):
 
 class NotSolved(Error):
     status = 2
-    meaning = ("an equation system could not be solved: a triangle without area, or coordinates beyond what its products "
-               "can hold")
+    meaning = ("an equation system could not be solved: a triangle without area, a GMOD other than 0 that vanishes beside "
+               "the others, or coordinates beyond what its products can hold")
 
 
 class OutOfMemory(Error):
