@@ -26,8 +26,8 @@ void field_load(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& Q, Rea
 // Int E w^2 of the field with the node values WE (4).
 double QUADWARPINGCONSTANT(const Real<4, 2>& XYE, const Real<3>& MAT, const Real<4>& WE);
 
-// The element at its four quadrature points p. Position and gradients of a
-// point come from two node orders of the square and lie diagonally opposite in the element.
+// The element at its four quadrature points p. Position and gradients of a point come from two node orders of the
+// square and lie diagonally opposite in the element.
 struct Samples {
     Block<Real<4>, 4> N, dNdy, dNdz;  // (p)(i)  shape value and gradient of node i
     Real<4> detJ, y, z;               // (p)

@@ -104,11 +104,11 @@ Pair angle_in_first_quadrant(double y, double x) {
     for (int n = 0; n < 3; ++n) t /= 1.0 + std::sqrt(1.0 + t * t);
     double series = 0.0;
     for (int n = 15; n > 0; n -= 2) series = 1.0 / n - t * t * series;
-    const double near = x < y ? HALFPI.hi - 8.0 * t * series : 8.0 * t * series;
+    const double guess = x < y ? HALFPI.hi - 8.0 * t * series : 8.0 * t * series;
     Pair s, c;
-    sine_and_cosine(near, s, c);
+    sine_and_cosine(guess, s, c);
     const Pair excess = Pair{y, 0.0} * c - Pair{x, 0.0} * s;
-    return ordered_sum(near, excess.hi / (x * c.hi + y * s.hi));
+    return ordered_sum(guess, excess.hi / (x * c.hi + y * s.hi));
 }
 
 }  // namespace

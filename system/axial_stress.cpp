@@ -17,8 +17,8 @@ void SOLVEAXIALSTRESS(const VARIABLES_T& VARS, const VELQUOR_CHAR& CHAR, SYSTEM_
             const std::int32_t node = VARS.ELEMNODES(e, c);
             const double y = VARS.XY(node, 1), z = VARS.XY(node, 2);
             const double u = TRANS(1, 1) * y + TRANS(1, 2) * z, v = TRANS(2, 1) * y + TRANS(2, 2) * z;
-            const bool near = near_bar.allocated() && near_bar(node) > 0;
-            const double E = near ? POINTS(near_bar(node)).EMODUL : VARS.ELEMPROP(e, VQ_EMOD);
+            const bool at_bar = near_bar.allocated() && near_bar(node) > 0;
+            const double E = at_bar ? POINTS(near_bar(node)).EMODUL : VARS.ELEMPROP(e, VQ_EMOD);
             SYSVARS.SIGMA(e, c, 1) = E / CHAR.EA;
             SYSVARS.SIGMA(e, c, 2) = ((v - vg) * E) / CHAR.I1 + (coupling * dv * E) / CHAR.I1;
             SYSVARS.SIGMA(e, c, 3) = -(((u - ug) * E) / CHAR.I2 + (coupling * du * E) / CHAR.I2);
