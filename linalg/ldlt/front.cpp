@@ -97,10 +97,11 @@ bool try_pivot(OpenFront& f, std::size_t j, double share) {
     const std::size_t i = largest_beside(f, j, j, f.candidates);
     if (i == j) return false;
     const double s = magnitude(f, i, j), a = f.F[j * f.n + j] / s, b = f.F[i * f.n + i] / s;
+    if (!(std::fabs(a * b - 1) >= share)) return false;  // its determinant is a difference that rounding could make
     const double u = size_beside(f, j, i), v = size_beside(f, i, j), t = s * std::fabs(a * b - 1);
     const bool stable = (std::fabs(b) * u + v) * share <= t && (std::fabs(a) * v + u) * share <= t;
-    if (stable && t > 0) take_pair(f, i, j);
-    return stable && t > 0;
+    if (stable) take_pair(f, i, j);
+    return stable;
 }
 
 // The pivot at column j if what it takes from other rows is no larger than what stands there (Bunch and Kaufman),

@@ -9,16 +9,23 @@
 namespace LDLT {
 namespace {
 
-// Rows with a diagonal are brought near 1 by what they have in common alone: a constraint, of which any multiple says
-// the same, must not set the scale of weak material.
+// Rows of the mesh, which have a diagonal and touch others that have one, are brought near 1 by these entries alone: a
+// constraint, of which any multiple says the same, must not set the scale of weak material. A bar's spring is no measure
+// of its node, which the tie holds.
 std::vector<double> scales_of(const Matrix& A) {
-    const auto has_diagonal = [&](std::size_t i) { return A.a[A.ia[i] - 1] != 0; };
+    const auto has_diagonal = [&](std::int32_t i) { return A.a[A.ia[i] - 1] != 0; };
+    std::vector<std::int8_t> mesh(A.n);
+    for_each_entry(A, [&](std::int32_t i, std::int32_t j, double) {
+        if (has_diagonal(i) && has_diagonal(j)) mesh[i] = mesh[j] = 1;
+    });
     const auto entries = [&](const auto& visit) {
         for (std::int32_t i = 0; i < A.n; ++i)
             for (std::int32_t at = A.ia[i] - 1; at < A.ia[i + 1] - 1; ++at) visit(i, A.ja[at] - 1, A.a[at]);
     };
     std::vector<double> scale(A.n, 1);
-    equilibrate(scale, entries, [&](std::size_t i, std::size_t j) { return has_diagonal(j) || !has_diagonal(i); });
+    equilibrate(scale, entries, [&](std::size_t i, std::size_t j) {
+        return !mesh[i] || has_diagonal(static_cast<std::int32_t>(j));
+    });
     return scale;
 }
 
