@@ -330,27 +330,29 @@ void factorise_border(const Matrix& A, System& system) {
     f.null = NULLBORDER;
     f.F = dense_matrix(system, rest, size);
     for (std::size_t p = 0; p < size; ++p) f.rows.push_back(static_cast<std::int32_t>(p));
-    // The core has given the primaries their scale.
+    // The core has given the primaries their scale, unless what they hold of a second is larger than that.
     std::vector<std::int8_t> scaled(size);
     border.scale.assign(size, 1);
     for (std::size_t z = 0; z < primaries; ++z) {
         scaled[border.place[grounded + z]] = border.length[z] > 0 ? 1 : 0;
         border.scale[border.place[grounded + z]] = scale_of(border, z);
     }
+    const auto dead = [](std::int32_t place) { return place < 0; };
+    const auto seconds = border.place.begin() + static_cast<std::ptrdiff_t>(grounded + primaries);
+    const std::size_t first_second = size - static_cast<std::size_t>(border.place.end() - seconds -
+                                                                     std::count_if(seconds, border.place.end(), dead));
     const auto entries = [&](const auto& visit) {
         for (std::size_t j = 0; j < size; ++j)
             for (std::size_t i = j; i < size; ++i) visit(i, j, f.F[j * size + i]);
     };
-    equilibrate(border.scale, entries, [&](std::size_t i, std::size_t) { return scaled[i] == 0; });
+    equilibrate(border.scale, entries,
+                [&](std::size_t i, std::size_t j) { return scaled[i] == 0 || i == j || j >= first_second; });
     for (std::size_t j = 0; j < size; ++j)
         for (std::size_t i = 0; i < size; ++i) f.F[j * size + i] *= border.scale[i] * border.scale[j];
 
     // Seconds last: grounded nodes and primaries by themselves hold the mesh. A second that took a primary away from
     // them, as the node of a bar could in the secondary system, would force a multiplier to 0 and leave the mesh loose.
-    const auto dead = [](std::int32_t place) { return place < 0; };
-    const auto seconds = border.place.begin() + static_cast<std::ptrdiff_t>(grounded + primaries);
-    f.candidates = f.judged = size - static_cast<std::size_t>(border.place.end() - seconds -
-                                                              std::count_if(seconds, border.place.end(), dead));
+    f.candidates = f.judged = first_second;
     pivot_front(f, false);
     f.candidates = f.judged = size;
     pivot_front(f, true);

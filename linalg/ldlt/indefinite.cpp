@@ -10,8 +10,8 @@ namespace LDLT {
 namespace {
 
 // Rows of the mesh, which have a diagonal and touch others that have one, are brought near 1 by these entries alone: a
-// constraint, of which any multiple says the same, must not set the scale of weak material. A bar's spring is no measure
-// of its node, which the tie holds.
+// constraint, of which any multiple says the same, must not set the scale of weak material. A bar's spring is no
+// measure of its node, which the tie holds.
 std::vector<double> scales_of(const Matrix& A) {
     const auto has_diagonal = [&](std::int32_t i) { return A.a[A.ia[i] - 1] != 0; };
     std::vector<std::int8_t> mesh(A.n);
@@ -23,9 +23,8 @@ std::vector<double> scales_of(const Matrix& A) {
             for (std::int32_t at = A.ia[i] - 1; at < A.ia[i + 1] - 1; ++at) visit(i, A.ja[at] - 1, A.a[at]);
     };
     std::vector<double> scale(A.n, 1);
-    equilibrate(scale, entries, [&](std::size_t i, std::size_t j) {
-        return !mesh[i] || has_diagonal(static_cast<std::int32_t>(j));
-    });
+    equilibrate(scale, entries,
+                [&](std::size_t i, std::size_t j) { return !mesh[i] || has_diagonal(static_cast<std::int32_t>(j)); });
     return scale;
 }
 
