@@ -68,23 +68,25 @@ bool solve_symmetric(const Matrix& A, bool definite, std::int32_t nrhs, const do
         bool given[LANES] = {};
         for (std::int32_t q = 0; q < lanes; ++q) given[q] = finite(b + (column + q) * n, n);
         gather(b + column * n, n, lanes, given, B.get());
-        double error[LANES];
-        solve_refined(A, system, B.get(), X.get(), error, kernel);
-        const bool converged = std::all_of(error, error + lanes, [](double e) { return e <= CONVERGED; });
+        Quality quality = solve_refined(A, system, B.get(), X.get(), kernel);
+        const auto worst = [](const Quality& of, std::int32_t q) {
+            return std::isnan(of.error[q]) ? INFINITY : std::max(of.error[q], of.doubt[q]);
+        };
+        bool converged = true;
+        for (std::int32_t q = 0; q < lanes; ++q) converged = converged && worst(quality, q) <= CONVERGED;
         if (!converged && !system.general && !definite) {
             if (!fallback.general) factorise_indefinite(A, fallback);
             if (!other) other = LINALG::buffer<double>(memory, size);
-            double second[LANES];
-            solve_refined(A, fallback, B.get(), other.get(), second, kernel);
+            const Quality second = solve_refined(A, fallback, B.get(), other.get(), kernel);
             for (std::int32_t q = 0; q < lanes; ++q) {
-                if (error[q] <= CONVERGED || !(second[q] < error[q] || std::isnan(error[q]))) continue;
-                error[q] = second[q];
+                if (worst(quality, q) <= CONVERGED || !(worst(second, q) < worst(quality, q))) continue;
+                quality.error[q] = second.error[q];
                 for (std::int64_t i = q; i < size; i += LANES) X[i] = other[i];
             }
         }
         for (std::int32_t q = 0; q < lanes; ++q) {
             double* solution = x + (column + q) * n;
-            if (!(error[q] <= ACCEPTED)) return false;
+            if (!(quality.error[q] <= ACCEPTED)) return false;
             for (std::int64_t i = 0; i < n; ++i) solution[i] = given[q] ? X[i * LANES + q] : NAN;
             if (given[q] && !finite(solution, n)) return false;
         }

@@ -41,9 +41,6 @@ constexpr int MAXATTEMPTS = 3;
 // A constraint of which no more than this share is left beside those before it depends on them, rounding being some
 // 1e-15. Of a wall of 400 : 1 at 45 degrees 2e-5 is left, of one of 2000 : 1 8e-7.
 constexpr double DEPENDENT = 1e-12;
-// A column that keeps less than this share of its length beside those before it is taken out of them once more:
-// rounding leaves 1e-16 over the share.
-constexpr double WEAKENED = 0.01;
 // Size of a row of the equilibrated border at which it is null: well above its rounding, the 3e-13 above. A constraint
 // that is held by less is dropped and, if it is then not met, left to the general path.
 constexpr double NULLBORDER = 1e-10;

@@ -278,8 +278,13 @@ void factorise_indefinite(const Matrix& A, System& system);
 void solve(const System& system, const double* B, double* X, double* work, const Kernel& kernel);
 void solve_indefinite(const System& system, const double* B, double* X, double* work);
 
-// Solves A X = B with refinement, (n, LANES). error is the backward error of each lane as in refine.cpp.
-void solve_refined(const Matrix& A, const System& system, const double* B, double* X, double (&error)[LANES],
-                   const Kernel& kernel);
+// How well a solution meets the equations, by lanes: its backward error, and that of rows which it passed over although
+// they could be met.
+struct Quality {
+    double error[LANES] = {}, doubt[LANES] = {};
+};
+
+// Solves A X = B with refinement, (n, LANES).
+Quality solve_refined(const Matrix& A, const System& system, const double* B, double* X, const Kernel& kernel);
 
 }  // namespace LDLT
