@@ -85,6 +85,23 @@ TEST(Hostile, WeakFiller) {
     }
 }
 
+// Shear moduli below 0 lead to the general path, and a bar to a secondary system that is singular.
+TEST(Hostile, BarAmongShearModuliBelowZero) {
+    for (const double G : {-0.1, -0.3}) {
+        Section s;
+        add_rectangle(s, 0, 0, 2, 3, 2, 3, {2.6, G});
+        s.materials[0].GMOD = 1;
+        add_bar(s, 1.1, 0.2, 2, 0.01, 4);
+        const Results upright = run(s, VQ_ELASTIC);
+        EXPECT_EQ(upright.status, VQ_DONE);
+        for (const double degrees : {30, 45, 101}) {
+            const Results turned = run(moved(s, 0, 0, degrees * M_PI / 180), VQ_ELASTIC);
+            EXPECT_EQ(turned.status, VQ_DONE);
+            for (const int slot : {VQ_GJ, VQ_IW}) EXPECT_NEAR(turned.slots[slot] / upright.slots[slot], 1, 1e-9);
+        }
+    }
+}
+
 // In the coupled form the mesh is not moved to its centroid, so the columns of the constraints are nearly parallel.
 TEST(Hostile, CoupledSlabFarFromTheOrigin) {
     const double G = 81000;

@@ -358,6 +358,24 @@ TEST(Solver, ValuesThatAreNotFinite) {
     EXPECT_NE(solve(system_of(2, {{{1, 2}, 1e-300}}, {{1e300, 1}})).error, 0);
 }
 
+// More border rows than a block of lanes, which touch each other too.
+TEST(Solver, ManyConstraintsThatTouchEachOther) {
+    const System base = base_system(make_mesh({Shape::angle, 60, 0, true, true}));
+    Entries entries = entries_of(base);
+    Random random{11};
+    const std::int32_t n = base.M.N, more = 6;
+    for (std::int32_t k = 1; k <= more; ++k) {
+        for (std::int32_t i = 1; i <= n - 3; ++i) entries[{i, n + k}] = uniform(random, -1, 1);
+        for (std::int32_t l = k % 3; l < k; ++l) entries[{n - 2 + l, n + k}] = uniform(random, -1, 1);
+    }
+    System s = system_of(n + more, entries, {});
+    s.B.allocate(n + more, 1);
+    for (std::int32_t i = 1; i <= n + more; ++i) s.B(i, 1) = uniform(random, -1, 1);
+    const Answer answer = solve(s);
+    ASSERT_EQ(answer.error, 0);
+    EXPECT_LE(error(s, answer.X), 8);
+}
+
 // A constraint that contradicts another is dropped by the elimination, and found unmet: no solution is one.
 TEST(Solver, ConstraintsThatContradictEachOther) {
     System s = base_system(make_mesh({Shape::square, 100, 0}));
