@@ -10,9 +10,10 @@ namespace LINALG {
 namespace {
 
 constexpr std::size_t LARGE_PAGE = std::size_t{1} << 21;
-// Below the one size the C library keeps what is freed by itself; from the other on pages are large, few, and worth
-// more to the rest of the run.
-constexpr std::size_t KEPT = std::size_t{1} << 15, LARGE = 4 * LARGE_PAGE;
+// Pieces are kept from the one size on, below which the C library keeps what is freed by itself, up to the other: on the
+// large meshes that need more, the rest of a run needs the room.
+constexpr std::size_t LEAST_KEPT = std::size_t{1} << 15, MOST_KEPT = std::size_t{1} << 22;
+constexpr std::size_t LARGE = 4 * LARGE_PAGE;  // from which pages of 2 MB are worth their rounding
 
 void* allocate(std::size_t bytes) {
     void* start = nullptr;
@@ -32,7 +33,7 @@ void* allocate(std::size_t bytes) {
 
 // The smallest piece that is large enough and no more than twice as large, or a new one.
 void* take(Memory& memory, std::size_t bytes) {
-    if (bytes < KEPT || bytes >= LARGE) return allocate(bytes);
+    if (bytes < LEAST_KEPT || bytes >= MOST_KEPT) return allocate(bytes);
     Memory::Piece* best = nullptr;
     for (Memory::Piece& piece : memory.pieces)
         if (!piece.taken && piece.bytes >= bytes && piece.bytes / 2 <= bytes &&
