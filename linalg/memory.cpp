@@ -10,8 +10,8 @@ namespace LINALG {
 namespace {
 
 constexpr std::size_t LARGE_PAGE = std::size_t{1} << 21;
-// Pieces are kept from the one size on, below which the C library keeps what is freed by itself, up to the other: on the
-// large meshes that need more, the rest of a run needs the room.
+// Pieces are kept from the one size on, below which the C library keeps what is freed by itself, up to the other: on
+// the large meshes that need more, the rest of a run needs the room.
 constexpr std::size_t LEAST_KEPT = std::size_t{1} << 15, MOST_KEPT = std::size_t{1} << 22;
 constexpr std::size_t LARGE = 4 * LARGE_PAGE;  // from which pages of 2 MB are worth their rounding
 

@@ -33,6 +33,7 @@ Equations equations_of(const Matrix& A, const std::vector<std::int8_t>& dead) {
             of_i = std::max(of_i, a);
             of_j = std::max(of_j, a);
         }
+    if (std::find(dead.begin(), dead.end(), 1) == dead.end()) return e;
     std::vector<std::int8_t> touched(A.n);  // by dead rows: 0, 1, 2 and more
     for_each_entry(A, [&](std::int32_t i, std::int32_t j, double) {
         if (dead[i]) touched[i] = std::min<std::int8_t>(touched[i] + 1, 2);
