@@ -6,8 +6,7 @@
 #include <cstring>
 #include <vector>
 
-#include "api/velquor.h"
-#include "bench/meshes.h"
+#include "section_builder.h"
 
 namespace {
 
@@ -20,39 +19,15 @@ std::uint64_t fingerprint(const std::vector<T>& table, std::uint64_t hash) {
     return hash;
 }
 
-struct Section {
-    std::vector<double> nodes;           // (NNODES, 2)
-    std::vector<std::int32_t> elements;  // (NELEMS, 4)
-    std::vector<VYZTUZE_INFO> bars;
-};
-
 void print_fingerprint(const char* kind, int number, Section section, int mode) {
-    const std::size_t NNODES = section.nodes.size() / 2, NELEMS = section.elements.size() / 4;
-    std::vector<double> props(NELEMS * VQ_NCOLUMNS);
-    for (std::size_t e = 0; e < NELEMS; ++e) {
-        const bool soft = e % 3 == 1;
-        const double row[] = {
-            soft ? 0.7 : 2.6, soft ? 0.4 : 1.0, 0, 1, soft ? 2.0 : 1.0, soft ? 0.0 : 1.0, 2.35, 2.75, 7.85, 0};
-        for (std::size_t k = 0; k < VQ_NCOLUMNS; ++k) props[k * NELEMS + e] = row[k];
-    }
-    std::vector<double> result(VQ_NSLOTS), nodeout(3 * NNODES), elemout(48 * NELEMS);
-    result[VQ_MODE_SLOT] = mode;
-    std::int32_t status = 2;
-    vq_velquor(&status, section.nodes.data(), static_cast<std::int32_t>(NNODES), section.elements.data(),
-               static_cast<std::int32_t>(NELEMS), props.data(), static_cast<std::int32_t>(section.bars.size()),
-               section.bars.data(), result.data(), nodeout.data(), elemout.data());
-    std::uint64_t hash = fingerprint(result, 0xcbf29ce484222325u);
-    hash = fingerprint(nodeout, hash);
-    hash = fingerprint(elemout, hash);
-    hash = fingerprint(section.bars, hash);
-    std::printf("%s %3d  status %d  %016" PRIx64 "\n", kind, number, status, hash);
-}
-
-Section meshed(const meshes::Plan& plan) {
-    const meshes::Mesh mesh = meshes::make_mesh(plan);
-    return {{mesh.XY.memory(), mesh.XY.memory() + 2L * mesh.NNODES},
-            {mesh.ELEMNODES.memory(), mesh.ELEMNODES.memory() + 4L * mesh.NELEMS},
-            meshes::records_of(mesh.bars, 0.05)};
+    section.groups = 2;
+    for (std::size_t e = 0; e < section.materials.size(); ++e)
+        section.materials[e] = e % 3 == 1 ? Material{0.7, 0.4, 0, 1, 2, 0, 2.35, 2.75, 7.85}
+                                          : Material{2.6, 1, 0, 1, 1, 1, 2.35, 2.75, 7.85};
+    const Results r = run(section, mode);
+    std::uint64_t hash = fingerprint(r.slots, 0xcbf29ce484222325u);
+    for (const auto* table : {&r.nodeout, &r.elemout}) hash = fingerprint(*table, hash);
+    std::printf("%s %3d  status %d  %016" PRIx64 "\n", kind, number, r.status, fingerprint(r.bars, hash));
 }
 
 // A tee, an angle of unequal legs or an unsymmetric shape, cells of one lattice, in quadrilaterals or triangles. It is
@@ -64,30 +39,16 @@ Section turned(int shape, bool triangles, double turn) {
         if (shape == 1) return i == 0 || j == 0;
         return i == 2 || (j == 0 && i > 2) || (j > 6 && i < 5);
     };
-    const double square = turn * turn, c = (1 - square) / (1 + square), s = 2 * turn / (1 + square);
-    std::vector<double> y, z;
-    std::vector<std::vector<std::int32_t>> corners;
-    for (int j = 0; j <= height; ++j) {
-        for (int i = 0; i <= width; ++i) {
-            y.push_back(c * (0.3 * i) - s * (0.4 * j));
-            z.push_back(s * (0.3 * i) + c * (0.4 * j));
-            const auto n = static_cast<std::int32_t>(y.size());
-            if (i == width || j == height || !inside(i, j)) continue;
-            const std::int32_t right = n + 1, above = n + width + 1, beyond = above + 1;
-            if (triangles) {
-                corners.push_back({n, right, beyond, beyond});
-                corners.push_back({n, beyond, above, above});
-            } else {
-                corners.push_back({n, right, beyond, above});
-            }
-        }
+    Section s;
+    for (int j = 0; j < height; ++j)
+        for (int i = 0; i < width; ++i)
+            if (inside(i, j)) add_rectangle(s, 0.3 * i, 0.4 * j, 0.3 * (i + 1), 0.4 * (j + 1), 1, 1);
+    const double square = turn * turn, cosine = (1 - square) / (1 + square), sine = 2 * turn / (1 + square);
+    for (std::size_t i = 0; i < s.y.size(); ++i) {
+        const double y = s.y[i], z = s.z[i];
+        s.y[i] = cosine * y - sine * z, s.z[i] = sine * y + cosine * z;
     }
-    Section section;
-    section.nodes = y;
-    section.nodes.insert(section.nodes.end(), z.begin(), z.end());
-    for (std::size_t k = 0; k < 4; ++k)
-        for (const auto& element : corners) section.elements.push_back(element[k]);
-    return section;
+    return triangles ? as_triangles(s) : s;
 }
 
 // What the C library makes of its own atan2, cos and sin, which it chooses by the processor.
@@ -118,13 +79,13 @@ int main(int argc, char** argv) {
                 plan.shuffled = nodes == 700;
                 plan.bars = nodes == 700 ? 25 : 0;
                 plan.seed = static_cast<std::uint64_t>(++number);
-                print_fingerprint("section", number, meshed(plan), VQ_PLASTIC);
+                print_fingerprint("section", number, section_of(make_mesh(plan), 0.05), VQ_PLASTIC);
             }
     for (const int pieces : {2, 5}) {
         meshes::Plan plan;
         plan.nodes = 400;
         plan.pieces = pieces;
-        print_fingerprint("section", ++number, meshed(plan), VQ_PLASTIC_TWO);
+        print_fingerprint("section", ++number, section_of(make_mesh(plan)), VQ_PLASTIC_TWO);
     }
     for (int n = 1; n <= 400; ++n) print_fingerprint("turned", n, turned(n % 3, n % 2 == 0, n / 401.0), VQ_PLASTIC);
     return 0;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "api/velquor.h"
+#include "bench/meshes.h"
 #include "data/vq_data_mod.h"
 
 // Properties of one element, in the order of the host's columns.
@@ -38,6 +39,9 @@ std::int32_t node_at(Section& section, double y, double z);
 VYZTUZE_INFO& add_bar(Section& section, double y, double z, std::int32_t host, double AREA, double EMODUL,
                       double GMODUL = 0);
 
+// A generated mesh, its bars with one RADIUS.
+Section section_of(const meshes::Mesh& mesh, double RADIUS = 0);
+
 // The same section: quadrilaterals split in two triangles; nodes numbered anew; turned by `angle`, then moved; scaled.
 Section as_triangles(const Section& section);
 Section renumbered(const Section& section);
@@ -67,8 +71,7 @@ void call(Host& host, int missing = 0);
 bool same_tables(const Host& a, const Host& b);
 bool guards_intact(const Host& host);
 
-// A call on copies of the tables that also expects the guards untouched. Outputs hold `before` where nothing was
-// written.
+// A call on copies of the tables; throws where a guard was touched. Outputs hold `before` where nothing was written.
 Results run(const Section& section, double mode = VQ_PLASTIC);
 
 // The records as they stand before SOLVEBASICCHAR: properties, mesh, bar nodes, EREF.

@@ -24,7 +24,6 @@
 #include <immintrin.h>
 #endif
 
-#include "bench/meshes.h"
 #include "section_builder.h"
 #include "tests/memory_limit.h"
 
@@ -78,25 +77,10 @@ Section faint() {
 
 // A section of about so many nodes, numbered at random, of quadrilaterals and triangles with bars.
 Section large(std::int32_t nodes, double GMOD = 1) {
-    meshes::Plan plan;
-    plan.shape = meshes::Shape::angle;
-    plan.nodes = nodes;
-    plan.bars = 20;
-    plan.shuffled = true;
-    const meshes::Mesh mesh = make_mesh(plan);
-    Section s;
+    Section s = section_of(meshes::make_mesh({meshes::Shape::angle, nodes, 20, false, true}));
     s.groups = 2;
-    for (std::int32_t i = 1; i <= mesh.NNODES; ++i) s.y.push_back(mesh.XY(i, 1)), s.z.push_back(mesh.XY(i, 2));
-    for (std::int32_t e = 1; e <= mesh.NELEMS; ++e) {
-        s.elements.push_back({mesh.ELEMNODES(e, 1), mesh.ELEMNODES(e, 2), mesh.ELEMNODES(e, 3), mesh.ELEMNODES(e, 4)});
-        s.materials.push_back({2.6, e % 7 == 3 ? GMOD : 1, 0, 1, 1.0 + e % 2, 1, 1.2, 1.5, 3});
-    }
-    for (const meshes::Bar& from : mesh.bars) {
-        VYZTUZE_INFO bar{};
-        bar.NODE = from.NODE, bar.ELEMENT = from.ELEMENT, bar.AREA = from.AREA;
-        bar.EMODUL = from.EMODUL, bar.GMODUL = from.GMODUL;
-        s.bars.push_back(bar);
-    }
+    for (std::size_t e = 0; e < s.materials.size(); ++e)
+        s.materials[e] = {2.6, e % 7 == 2 ? GMOD : 1, 0, 1, 2.0 - e % 2, 1, 1.2, 1.5, 3};
     cut_in_triangles(s);
     return s;
 }
