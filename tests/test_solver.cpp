@@ -9,7 +9,6 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "linalg/ldlt/steps.h"
@@ -46,20 +45,6 @@ Answer solve(const System& s, bool definite = false) { return solve(s.M, s.B, de
 long double residual(const System& s, const Columns& X, std::int32_t n = 0) {
     const std::vector<long double> each = residuals(s, X);
     return *std::max_element(each.begin() + n + 1, each.end());
-}
-
-TEST(Solver, SmallSystemsByHand) {
-    const Answer exchange = solve(system_of(2, {{{1, 2}, 1}}, {{3, 4}}));
-    EXPECT_EQ(exchange.error, 0);
-    EXPECT_EQ(exchange.X(1, 1), 4);
-    EXPECT_EQ(exchange.X(2, 1), 3);
-
-    const Answer tiny = solve(system_of(2, {{{1, 1}, 1e-20}, {{1, 2}, 1}, {{2, 2}, 1}}, {{1, 2}, {1, 0}}));
-    EXPECT_EQ(tiny.error, 0);
-    const double expected[] = {1, 1, -1, 1};
-    for (int i = 0; i < 4; ++i) EXPECT_NEAR(tiny.X.memory()[i], expected[i], 1e-15);
-
-    EXPECT_EQ(solve(system_of(1, {{{1, 1}, -4}}, {{2}})).X(1, 1), -0.5);
 }
 
 // The example that linalg/ldlt/steps.h gives.
@@ -238,45 +223,39 @@ TEST(Solver, UnconnectedPieces) {
         }
 }
 
-// Part of the section without shear modulus, with bars in it: nothing determines its nodes, all other rows hold.
+// Half of the section without shear modulus, with bars in it: nothing determines its nodes, all other rows hold. For
+// one element of negative modulus or for the number of bars the general path has to take it: such nodes cannot be
+// pivots anywhere there, and must not pile up in the fronts up to the root.
 TEST(Solver, RegionWithoutShearModulus) {
-    for (const bool shuffled : {false, true})
-        for (const double E : {0.0, 2.6}) {
-            Mesh mesh = make_mesh({Shape::square, 400, 30, false, shuffled});
-            for (std::int32_t e = mesh.NELEMS / 2; e <= mesh.NELEMS * 3 / 4; ++e) {
-                mesh.EMOD(e) = E;
-                mesh.GMOD(e) = 0;
-            }
-            const System s = base_system(mesh);
-            const Answer answer = solve(s);
-            ASSERT_EQ(answer.error, 0);
-            const std::vector<long double> each = residuals(s, answer.X);
-            for (std::int32_t i = 1; i <= s.M.N; ++i) EXPECT_TRUE(s.M.A(s.M.IA(i)) == 0 || each[i] <= 1e-13L);
-            EXPECT_LT(residual(s, answer.X), INFINITY);
-        }
-}
-
-// The same where the general path has to take it, for one element of negative modulus or for the number of bars. The
-// nodes without stiffness cannot be pivots anywhere, and must not pile up in the fronts up to the root.
-TEST(Solver, RegionWithoutShearModulusOnTheGeneralPath) {
-    for (const std::int32_t bars : {0, 40, 2000}) {
-        Mesh mesh = make_mesh({Shape::square, 3000, bars, false, true});
-        for (std::int32_t e = 1; e <= mesh.NELEMS / 2; ++e) mesh.GMOD(e) = 0;
-        if (bars < 1000) mesh.GMOD(mesh.NELEMS) = -0.5;
+    struct {
+        std::int32_t nodes, bars;
+        bool general, shuffled;
+        double E, G;  // in the region, of the last element
+    } const cases[] = {{400, 30, false, false, 0, 1},
+                       {400, 30, false, true, 2.6, 1},
+                       {3000, 0, true, true, 2.6, -0.5},
+                       {3000, 40, true, true, 2.6, -0.5},
+                       {3000, 2000, true, true, 2.6, 1}};
+    for (const auto& c : cases) {
+        Mesh mesh = make_mesh({Shape::square, c.nodes, c.bars, false, c.shuffled});
+        for (std::int32_t e = 1; e <= mesh.NELEMS / 2; ++e) mesh.EMOD(e) = c.E, mesh.GMOD(e) = 0;
+        mesh.GMOD(mesh.NELEMS) = c.G;
         const System s = base_system(mesh);
-        SCOPED_TRACE(std::to_string(bars) + " bars");
-        LINALG::Memory memory;
-        LDLT::System system;
-        system.memory = &memory;
-        LDLT::factorise_indefinite({s.M.N, s.M.A.memory(), s.M.IA.memory(), s.M.JA.memory()}, system);
-        for (const LDLT::IndefiniteFront& front : system.fronts) EXPECT_LT(front.rows.size(), 500u);
+        SCOPED_TRACE(std::to_string(c.nodes) + " nodes, " + std::to_string(c.bars) + " bars");
         const Answer answer = solve(s);
         ASSERT_EQ(answer.error, 0);
         const std::vector<long double> each = residuals(s, answer.X);
         // A row in which a null pivot ended gathers the rounding of all others.
         for (std::int32_t i = 1; i <= s.M.N; ++i)
-            EXPECT_TRUE(s.M.A(s.M.IA(i)) == 0 || each[i] <= 1e-12L) << "row " << i;
+            EXPECT_TRUE(s.M.A(s.M.IA(i)) == 0 || each[i] <= (c.general ? 1e-12L : 1e-13L)) << "row " << i;
+        EXPECT_LT(residual(s, answer.X), INFINITY);
+        if (!c.general) continue;
         EXPECT_LT(residual(s, answer.X, mesh.NNODES), 1e-13L);  // constraints and bars
+        LINALG::Memory memory;
+        LDLT::System system;
+        system.memory = &memory;
+        LDLT::factorise_indefinite({s.M.N, s.M.A.memory(), s.M.IA.memory(), s.M.JA.memory()}, system);
+        for (const LDLT::IndefiniteFront& front : system.fronts) EXPECT_LT(front.rows.size(), 500u);
     }
 }
 
@@ -311,7 +290,7 @@ System random_system(std::int32_t n, double degree, Diagonal diagonal, double de
 TEST(Solver, RandomIndefiniteMatrices) {
     for (const Diagonal diagonal : {Diagonal::mixed, Diagonal::some_zero, Diagonal::some_tiny}) {
         for (const double decades : {0.0, 3.0})
-            for (std::int32_t n = 2; n <= 40; ++n)
+            for (std::int32_t n = 1; n <= 40; ++n)
                 for (std::uint64_t seed = 1; seed <= 3; ++seed) {
                     SCOPED_TRACE("order " + std::to_string(n) + " seed " + std::to_string(seed));
                     const System s = random_system(n, 3, diagonal, decades, seed);
@@ -525,26 +504,6 @@ TEST(Solver, KernelsOfAllInstructionSetsAgree) {
     }
 }
 
-TEST(Solver, ThreadsDoNotDisturbEachOther) {
-    const std::vector<System> systems = various_systems();
-    std::vector<Answer> alone;
-    for (const System& s : systems) alone.push_back(solve(s));
-    int wrong[2] = {};
-    const auto work = [&](int thread) {
-        for (std::size_t turn = 0; turn < 2000; ++turn) {
-            const std::size_t k = (turn * (thread == 0 ? 3 : 5)) % systems.size();
-            const Answer answer = solve(systems[k]);
-            const Columns& X = alone[k].X;
-            if (!same_bits(answer.X.memory(), X.memory(), X.extent(1) * X.extent(2))) ++wrong[thread];
-        }
-    };
-    std::thread other(work, 1);
-    work(0);
-    other.join();
-    EXPECT_EQ(wrong[0], 0);
-    EXPECT_EQ(wrong[1], 0);
-}
-
 // Every allocation fails once, first of all the first. Leaks are for the address sanitizer to find.
 TEST(Solver, TooLittleMemory) {
     for (const System& s : various_systems()) {
@@ -560,18 +519,6 @@ TEST(Solver, TooLittleMemory) {
         EXPECT_EQ(ERR(1), 0);
         EXPECT_GT(allocations, 20);
     }
-}
-
-TEST(SparseMatrix, RowStartsFromCounts) {
-    Table<std::int32_t, 1> IA;
-    IA.allocate(5);
-    for (int i = 1; i <= 5; ++i) IA(i) = i < 5 ? 5 - i : 77;
-    SPARSEMATRIX_FCN::SUMIASPARS(IA);
-    const std::int32_t starts[] = {1, 5, 8, 10, 11};
-    for (int i = 1; i <= 5; ++i) EXPECT_EQ(IA(i), starts[i - 1]);
-    IA.allocate(1);
-    SPARSEMATRIX_FCN::SUMIASPARS(IA);
-    EXPECT_EQ(IA(1), 1);
 }
 
 }  // namespace
