@@ -200,19 +200,3 @@ TEST(Usedlapack, WrittenOutInverseHasLapacksBits) {
     }
     EXPECT_TRUE(singular2 > 1000 && singular3 > 1000) << singular2 << " " << singular3;
 }
-
-TEST(Quad, FiguresOfSquareOblongAndTrapezoid) {
-    const Arrays<4> square = arrays(SQUARE, {{1, 1, 1, 1}}), oblong = arrays(OBLONG, {{-1, 1, 1, -1}});
-    expect_figures(square.K, {4 / 3.0, -1 / 3.0, -2 / 3.0, -1 / 3.0});
-    expect_figures(square.F, {0, 1, 0, -1, 1, -1, -1, 1, 1, 1, -1, -1});
-    expect_figures(square.S, {0.75, 0.75, 0.75, 0.75, 0.25, 0.5, 0.5, 0.25, 0.25, 0.25, 0.5, 0.5});
-    expect_figures(square.R, {-0.75, -0.75, -0.75, -0.75});
-    EXPECT_NEAR(square.I, 3, 1e-14);
-    // The first column would have the other sign, were position and gradient those of one point.
-    expect_figures(oblong.F, {0.5, -0.5, 0.5, -0.5, 1, -1, -1, 1, 2, 2, -2, -2});
-    EXPECT_NEAR(oblong.I, 2, 1e-14);
-    const Arrays<4> trapezoid = arrays(TRAPEZOID, {{1, 0, 0, 0}});
-    EXPECT_NEAR(trapezoid.I, 3 * 5 / 36.0, 1e-14);  // not 7/36
-    expect_figures(trapezoid.ty, {-14 / 13.0, -14 / 13.0, -2 / 13.0, -2 / 13.0});
-    expect_figures(trapezoid.tz, {-2, -14 / 13.0, -2 / 13.0, -2});
-}

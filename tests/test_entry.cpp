@@ -295,27 +295,3 @@ TEST(CheckTables, NamesTheElementThatTheLibraryRefuses) {
     EXPECT_LT(refused, 1400);
     EXPECT_GT(bad_rows, 1000);
 }
-
-// Just inside and just outside of each limit of shape: sines of the corners 1 and 3, ratios of edges, sizes, sense.
-TEST(CheckTables, DrawsTheLimitsWhereTheLibraryDoes) {
-    const double right = std::acos(0), blunt = std::asin(0.0801), sharp = std::asin(0.0799);
-    const struct {
-        double width, height, angle;
-        bool quadrilateral, triangle;  // taken; a triangle may be as sharp as its edges allow
-    } cases[] = {{1, 1, blunt, true, true},          {1, 1, 2 * right - blunt, true, true},
-                 {1, 1, sharp, false, true},         {1, 1, 2 * right - sharp, false, true},
-                 {1, 1.001e-5, right, true, true},   {1.001e-8, 1.001e-8, right, true, true},
-                 {1, 0.999e-5, right, false, false}, {0.7e-8, 0.7e-8, right, false, false},
-                 {1, 1, -right, false, false}};
-    for (const auto& c : cases)
-        for (const bool triangle : {false, true}) {
-            Section s;
-            add_rectangle(s, 10, 0, 11, 1, 1, 1);
-            const double dy = c.height * std::cos(c.angle), dz = c.height * std::sin(c.angle);
-            s.y.insert(s.y.end(), {0, c.width, c.width + dy, dy});
-            s.z.insert(s.z.end(), {0, 0, dz, dz});
-            s.elements.push_back({5, 6, triangle ? 8 : 7, 8});
-            s.materials.push_back({});
-            EXPECT_EQ(is_refused(s), !(triangle ? c.triangle : c.quadrilateral)) << &c - cases;
-        }
-}

@@ -49,18 +49,7 @@ long double residual(const System& s, const Columns& X, std::int32_t n = 0) {
 
 // The example that linalg/ldlt/steps.h gives.
 TEST(Solver, StepsOfTheExample) {
-    Mesh mesh;
-    mesh.NNODES = 10, mesh.NELEMS = 4;
-    mesh.XY.allocate(10, 2), mesh.ELEMNODES.allocate(4, 4), mesh.EMOD.allocate(4), mesh.GMOD.allocate(4);
-    for (int i = 0; i < 9; ++i) mesh.XY(i + 1, 1) = i % 3 - 1, mesh.XY(i + 1, 2) = i / 3 - 1;
-    mesh.XY(10, 1) = mesh.XY(10, 2) = -0.5;
-    for (int e = 0; e < 4; ++e) {
-        const int a = 1 + e % 2 + 3 * (e / 2), node[] = {a, a + 1, a + 4, a + 3};
-        for (int i = 1; i <= 4; ++i) mesh.ELEMNODES(e + 1, i) = node[i - 1];
-        mesh.EMOD(e + 1) = mesh.GMOD(e + 1) = 1;
-    }
-    mesh.bars.push_back({10, 1, 0.01, 20, 8, {{0.25, 0.25, 0.25, 0.25}}});
-    const System s = base_system(mesh);
+    const System s = base_system(make_mesh({Shape::square, 9, 1, false, false, 0}));
     LINALG::Memory memory;
     LDLT::Classes c = LDLT::classify({s.M.N, s.M.A.memory(), s.M.IA.memory(), s.M.JA.memory()}, memory);
     LDLT::ground(c, false);

@@ -299,36 +299,6 @@ TEST(Shear, UnsymmetricSectionMatrixOfABar) {
     EXPECT_NEAR(s.SYSVARS.largest_torsional_shear, tmax, 1e-14 * tmax);
 }
 
-// Without bars the loads sum to zero, the multiplier vanishes, and KG alone holds; the constant is out of both fields.
-TEST(Secondary, FieldsSolveTheirSystem) {
-    Section section = reinforced();
-    section.bars.clear();
-    Stages s = solved(section), system = solved(section);  // the latter before its solution, which releases it
-    SHEARCENTERANDELEMENT(s.VARS, s.CHAR, s.SYSVARS, {{1, 0, 0, 1}}, s.POINTS());
-    SOLVEWARPINGCONSTANT(LOGICAL_FALSE, s.VARS, s.CHAR, s.SYSVARS, s.POINTS());
-    std::vector<double> w(s.SYSVARS.NODEFIELD.column(1), s.SYSVARS.NODEFIELD.column(1) + s.VARS.NNODES);
-    SOLVESECUNDRYSHEARANDIWT(s.OK, s.VARS, s.CHAR, s.SYSVARS, s.POINTS());
-    ASSERT_EQ(s.OK, LOGICAL_TRUE);
-    for (std::int32_t i = 1; i <= s.VARS.NNODES; ++i) system.SYSVARS.NODEFIELD(i, 1) = w[i - 1] / s.CHAR.IW;
-    FILLMATRIXANDRIGHTSIDE(LOGICAL_TRUE, system.VARS, system.SYSVARS, system.POINTS());
-    const Table<double, 2>& x = s.SYSVARS.SECFIELD;
-    double work = 0;
-    for (int k = 1; k <= 2; ++k) {
-        const Table<double, 2>& load = k == 1 ? system.SYSVARS.RIGHTSIDEQ : system.SYSVARS.RIGHTSIDE;
-        double constraint = 0;
-        for (std::int32_t i = 1; i <= s.VARS.NNODES - 3; ++i) {  // the last three are the bars' nodes
-            EXPECT_NEAR(times_KG(system, i, x, k), load(i, 1), 1e-12 * largest(load, 1));
-            EXPECT_NEAR(s.SYSVARS.NODEFIELD(i, 1), w[i - 1], 1e-15 * largest(s.SYSVARS.NODEFIELD, 1));
-            constraint += system.SYSVARS.CONSTRAINT(i, 1) * x(i, k);
-            if (k == 1) work += load(i, 1) * w[i - 1];
-        }
-        EXPECT_NEAR(constraint, 0, 1e-12 * largest(x, k));
-    }
-    EXPECT_NEAR(work, -1, 1e-13);  // the load is - int E N w / IW
-    EXPECT_NE(s.SYSVARS.TAUY(1, 1, 4), 0);
-    EXPECT_FALSE(s.SYSVARS.KG.A.allocated() || s.SYSVARS.RIGHTSIDE.allocated() || s.SYSVARS.CONSTRAINT.allocated());
-}
-
 TEST(Solves, FailureLeavesNoFields) {
     Stages s = solved(reinforced());
     s.CHAR.IW = 1;
