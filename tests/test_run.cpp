@@ -210,28 +210,21 @@ TEST(Run, WarpingSumsOverElementsAndBars) {
     }
 }
 
-// A bar below the limit changes nothing. One of hardly any area changes hardly anything, so that the second system,
-// which a bar leaves without hold for the constant, is solved as smoothly as without. A corner at a bar has its stress.
-TEST(Run, PassiveTinyAndLargeBars) {
-    Section s = angle_section(), with = s;
+// A bar of hardly any area changes hardly anything, so that the second system, which a bar leaves without hold for the
+// constant, is solved as smoothly as without. A corner at a bar has its stress.
+TEST(Run, TinyAndLargeBars) {
+    Section s = angle_section();
     const std::int32_t corner = s.elements[6][2];
-    add_bar(s, s.y[corner - 1], s.z[corner - 1], 7, 3, 0);
-    add_bar(with, s.y[corner - 1], s.z[corner - 1], 7, 3, 1.99, 10).STRESS[2] = 77;
-    const Results r = run(s), passive = run(with);
-    with.bars[0].EMODUL = 2.0, with.bars[0].AREA = 1e-7;
-    const Results tiny = run(with);
-    with.bars[0].EMODUL = 200, with.bars[0].AREA = 0.2, with.bars[0].RADIUS = 1e-6;
-    const Results large = run(with);
-    EXPECT_EQ(passive.bars[0].STRESS[2], 77);
-    EXPECT_EQ(passive.bars[0].NELNODES, 0);
-    EXPECT_EQ(passive.nodeout[s.y.size() - 1], 0);
+    VYZTUZE_INFO& bar = add_bar(s, s.y[corner - 1], s.z[corner - 1], 7, 1e-7, 0);
+    const Results r = run(s);
+    bar.EMODUL = 2.0, bar.GMODUL = 10;
+    const Results tiny = run(s);
+    bar.EMODUL = 200, bar.AREA = 0.2, bar.RADIUS = 1e-6;
+    const Results large = run(s);
     EXPECT_NEAR(tiny.bars[0].STRESS[0], 2 / tiny.slots[VQ_EA], 1e-15);
-    for (int slot = 0; slot < VQ_NSLOTS; ++slot) {
-        EXPECT_NEAR(passive.slots[slot], r.slots[slot], 1e-11 * std::fabs(r.slots[slot])) << slot;
+    for (int slot = 0; slot < VQ_NSLOTS; ++slot)
         EXPECT_NEAR(tiny.slots[slot], r.slots[slot], 1e-6 * (1 + std::fabs(r.slots[slot]))) << slot;
-    }
     for (std::size_t k = 0; k < r.elemout.size(); ++k) {
-        EXPECT_NEAR(passive.elemout[k], r.elemout[k], 1e-12);
         EXPECT_NEAR(tiny.elemout[k], r.elemout[k], 1e-6);
         if (k % 12 >= 8 && s.elements[k / 48][k / 12 % 4] == corner) {
             EXPECT_NEAR(large.elemout[k], large.bars[0].STRESS[k % 12 - 8], 1e-14);

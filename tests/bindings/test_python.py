@@ -118,18 +118,14 @@ class Tables(unittest.TestCase):
         with self.assertRaisesRegex(ValueError, r"NODE: 4294967297 at index \(0,\)"):
             velquor.bar_table([2**32 + 1], [1], AREA=1, EMODUL=2, GMODUL=1)
 
-    def test_no_bars_are_an_empty_table(self):
-        none = velquor.bar_table([], [], AREA=1, EMODUL=2, GMODUL=1)
-        self.assertEqual(bits(velquor.calculate(NODES, ELEMENTS, PROPS, bars=none)),
-                         bits(velquor.calculate(NODES, ELEMENTS, PROPS)))
-
     def test_modes_choose_the_plastic_slots(self):
         by_mode = {mode: velquor.calculate(NODES, ELEMENTS, PROPS, mode=mode) for mode in velquor.MODES}
         self.assertEqual(by_mode[velquor.ELASTIC].PLMOD_Z, 0)
         self.assertGreater(by_mode[velquor.PLASTIC_TWO].PLMOD_Z, 0)
         self.assertEqual(by_mode[velquor.PLASTIC_TWO].PLMOD_Z_NEG, 0)
         self.assertGreater(by_mode[velquor.PLASTIC].PLMOD_Z_NEG, 0)
-        self.assertEqual(bits(velquor.calculate(NODES, ELEMENTS, PROPS)), bits(by_mode[velquor.PLASTIC]))
+        none = velquor.bar_table([], [], AREA=1, EMODUL=2, GMODUL=1)
+        self.assertEqual(bits(velquor.calculate(NODES, ELEMENTS, PROPS, bars=none)), bits(by_mode[velquor.PLASTIC]))
         without_strengths = velquor.property_table(4, EMOD=200, GMOD=80)
         self.assertEqual(velquor.calculate(NODES, ELEMENTS, without_strengths).PLMOD_Z, 0)
 
@@ -189,21 +185,15 @@ class Example(unittest.TestCase):
         b, h, t = 80.0, 200.0, 10.0
         iy = (b * h**3 - (b - t) * (h - 2 * t)**3) / 12
         area = 2 * b * t + (h - 2 * t) * t
-        for name, expected in [
-            ("A", area), ("YC", (2 * b * t * b / 2 + (h - 2 * t) * t * t / 2) / area), ("Iy", iy),
-            ("Wpl,y", (b * h**2 - (b - t) * (h - 2 * t)**2) / 4), ("mass", area * 7.85e-3),
-            ("sigma", 10e6 * h / 2 / iy),
-        ]:
-            self.assertTrue(math.isclose(value[name], expected, rel_tol=1e-4), (name, value[name], expected))
         self.assertIn("at Z 100", run.stdout)
-        # Thin walls by their centre lines.
-        c, d = b - t / 2, h - t
-        e = 3 * c**2 / (6 * c + d)
-        for name, expected in [
-            ("SCY", t / 2 - e), ("It", (2 * c + d) * t**3 / 3),
-            ("Iw", t * c**3 * d**2 / 12 * (3 * c + 2 * d) / (6 * c + d)),
+        c, d = b - t / 2, h - t  # thin walls by their centre lines
+        for name, expected, tolerance in [
+            ("A", area, 1e-4), ("YC", (2 * b * t * b / 2 + (h - 2 * t) * t * t / 2) / area, 1e-4), ("Iy", iy, 1e-4),
+            ("Wpl,y", (b * h**2 - (b - t) * (h - 2 * t)**2) / 4, 1e-4), ("mass", area * 7.85e-3, 1e-4),
+            ("sigma", 10e6 * h / 2 / iy, 1e-4), ("SCY", t / 2 - 3 * c**2 / (6 * c + d), 0.03),
+            ("It", (2 * c + d) * t**3 / 3, 0.03), ("Iw", t * c**3 * d**2 / 12 * (3 * c + 2 * d) / (6 * c + d), 0.03),
         ]:
-            self.assertTrue(math.isclose(value[name], expected, rel_tol=0.03), (name, value[name], expected))
+            self.assertTrue(math.isclose(value[name], expected, rel_tol=tolerance), (name, value[name], expected))
 
 
 if __name__ == "__main__":
