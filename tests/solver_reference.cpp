@@ -20,48 +20,6 @@ void for_entries(const System& s, Use use) {
         }
 }
 
-using Rows = std::vector<std::vector<long double>>;
-
-// Rows [x | inverse], counted from 0, by Gauss-Jordan elimination with complete pivoting, x then refined by the
-// inverse: it is accurate in its small unknowns as well.
-Rows solution_and_inverse(const System& s) {
-    const std::size_t n = s.M.N, columns = s.B.extent(2);
-    Rows W(n, std::vector<long double>(n + columns + n, 0)), X(n, std::vector<long double>(columns + n, 0));
-    for_entries(s, [&](std::int32_t i, std::int32_t j, long double a) { W[i - 1][j - 1] = a; });
-    for (std::size_t i = 0; i < n; ++i) {
-        for (std::size_t k = 0; k < columns; ++k) W[i][n + k] = s.B(i + 1, k + 1);
-        W[i][n + columns + i] = 1;
-    }
-    std::vector<std::size_t> row_of(n, n);
-    std::vector<bool> used(n, false);
-    for (std::size_t step = 0; step < n; ++step) {
-        std::size_t p = 0, q = 0;
-        long double pivot = 0;
-        for (std::size_t i = 0; i < n; ++i)
-            for (std::size_t j = 0; j < n && !used[i]; ++j)
-                if (row_of[j] == n && std::fabs(W[i][j]) > std::fabs(pivot)) pivot = W[p = i][q = j];
-        if (pivot == 0) break;
-        used[p] = true;
-        row_of[q] = p;
-        for (long double& w : W[p]) w /= pivot;
-        for (std::size_t i = 0; i < n; ++i) {
-            const long double f = i == p ? 0 : W[i][q];
-            for (std::size_t j = 0; f != 0 && j < W[i].size(); ++j) W[i][j] -= f * W[p][j];
-        }
-    }
-    for (std::size_t j = 0; j < n; ++j)
-        if (row_of[j] < n)
-            std::copy_n(W[row_of[j]].begin() + static_cast<std::ptrdiff_t>(n), columns + n, X[j].begin());
-    for (std::size_t k = 0; k < 3 * columns; ++k) {  // three steps for each column
-        std::vector<long double> r(n);
-        for (std::size_t i = 0; i < n; ++i) r[i] = s.B(i + 1, k % columns + 1);
-        for_entries(s, [&](std::int32_t i, std::int32_t j, long double a) { r[i - 1] -= a * X[j - 1][k % columns]; });
-        for (std::size_t i = 0; i < n; ++i)
-            for (std::size_t j = 0; j < n; ++j) X[i][k % columns] += X[i][columns + j] * r[j];
-    }
-    return X;
-}
-
 }  // namespace
 
 System system_of(std::int32_t n, Entries entries, const std::vector<std::vector<double>>& columns) {
@@ -109,25 +67,6 @@ std::vector<long double> residuals(const System& s, const Columns& X) {
         for (std::int32_t i = 1; i <= s.M.N; ++i) {
             const long double relative = r[i] == 0 ? 0 : std::fabs(r[i]) / scale[i];
             worst[i] = std::isnan(relative) ? INFINITY : std::max(worst[i], relative);
-        }
-    }
-    return worst;
-}
-
-long double error(const System& s, const Columns& X) {
-    const Rows found = solution_and_inverse(s);
-    const std::size_t n = s.M.N, columns = s.B.extent(2);
-    long double worst = 0;
-    for (std::size_t k = 0; k < columns; ++k) {
-        std::vector<long double> size(n, 0);
-        for (std::size_t i = 0; i < n; ++i) size[i] = std::fabs(s.B(i + 1, k + 1));
-        for_entries(
-            s, [&](std::int32_t i, std::int32_t j, long double a) { size[i - 1] += std::fabs(a * found[j - 1][k]); });
-        for (std::size_t i = 0; i < n; ++i) {
-            long double allowed = 0;
-            for (std::size_t j = 0; j < n; ++j) allowed += std::fabs(found[i][columns + j]) * size[j] * 0x1p-52L;
-            const long double off = std::fabs(X(i + 1, k + 1) - found[i][k]);
-            worst = std::isnan(off) ? INFINITY : std::max(worst, off == 0 ? 0 : off / allowed);
         }
     }
     return worst;

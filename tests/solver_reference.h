@@ -1,7 +1,6 @@
-// What the solver's answers are held against: residuals, and an elimination of the full matrix in long double.
+// Systems of given entries, and what the solver's answers are held against: residuals in long double.
 #pragma once
 
-#include <functional>
 #include <map>
 #include <utility>
 #include <vector>
@@ -21,10 +20,5 @@ Entries entries_of(const meshes::System& s);
 // sum |a_ij| max |x_j| + max |b_i|, the maxima over the columns; an unknown below 1e-13 of the largest is rounding and
 // counts with that. Infinite where x is not finite.
 std::vector<long double> residuals(const meshes::System& s, const Columns& X);
-
-// The largest error of an unknown, relative to what the rounding of A and b to 64-bit reals may change in it:
-// |inverse(A)| (|A| |x| + |b|) 2^-52. Scaling of rows and columns does not loosen this measure. x and inverse(A) come
-// from elimination with complete pivoting; rows of zeros are left out, and their unknowns have to be 0.
-long double error(const meshes::System& s, const Columns& X);
 
 }  // namespace reference

@@ -1,5 +1,5 @@
 // The sparse solver: what comes out of the systems of a run, of what may go wrong in them, and of any other symmetric
-// matrix. References are eliminations in long double and properties of the solution, never the solver itself.
+// matrix. It is held to residuals in long double, row by row, and to properties of the solution, never to itself.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -103,7 +103,7 @@ TEST(Solver, BaseSystems) {
 
 // Slivers down to the least angle that a mesh may have, moduli of 1e-6 beside 1e6, any units, unconnected pieces that
 // the constraints still hold: as accurate as the data allow.
-TEST(Solver, BaseSystemsAgainstLongDouble) {
+TEST(Solver, BaseSystemsOfPoorElements) {
     for (const double unit : {1e-3, 1.0, 1e11})
         for (const bool shuffled : {false, true})
             for (const double aspect : {1.0, 11.0})
@@ -123,7 +123,7 @@ TEST(Solver, BaseSystemsAgainstLongDouble) {
                             const System s = base_system(mesh);
                             const Answer answer = solve(s);
                             ASSERT_EQ(answer.error, 0);
-                            EXPECT_LE(error(s, answer.X), 8) << mesh.NNODES << " nodes, unit " << unit;
+                            EXPECT_LE(residual(s, answer.X), 1e-14) << mesh.NNODES << " nodes, unit " << unit;
                         }
 }
 
@@ -143,7 +143,7 @@ TEST(Solver, SecondSystemLeavesTheBarsOut) {
         for (Bar& bar : mesh.bars) bar.AREA = c.AREA;
         SCOPED_TRACE(std::to_string(mesh.NNODES) + " nodes, " + std::to_string(mesh.bars.size()) + " bars");
         const Answer base = solve(base_system(mesh));
-        System s = second_system(mesh, base.X.column(1));
+        const System s = second_system(mesh, base.X.column(1));
         const Answer answer = solve(s);
         ASSERT_EQ(answer.error, 0);
         std::vector<bool> bar(static_cast<std::size_t>(s.M.N) + 1, false);
@@ -163,11 +163,6 @@ TEST(Solver, SecondSystemLeavesTheBarsOut) {
         }
         EXPECT_GT(std::fabs(load / weight), 1e-9);
         EXPECT_NEAR(answer.X(s.M.N, 1) / (load / weight), 1, 1e-9);
-
-        if (mesh.NNODES > 200) continue;
-        for (std::int32_t i = 1; i <= mesh.NNODES; ++i)
-            if (bar[i]) s.M.A(s.M.IA(i + 1) - 1) = 0;  // the same system without the bars
-        EXPECT_LE(error(s, answer.X), 8);
     }
 }
 
@@ -285,7 +280,7 @@ TEST(Solver, RandomIndefiniteMatrices) {
                     const System s = random_system(n, 3, diagonal, decades, seed);
                     const Answer answer = solve(s);
                     ASSERT_EQ(answer.error, 0);
-                    EXPECT_LE(error(s, answer.X), 8);
+                    EXPECT_LE(residual(s, answer.X), 4e-16);  // two roundings
                 }
         for (const std::int32_t n : {300, 3000}) {
             const System s = random_system(n, n == 300 ? 6 : 2.2, diagonal, 0, 1);
