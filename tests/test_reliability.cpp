@@ -35,26 +35,15 @@ constexpr bool sanitized = true;
 constexpr bool sanitized = false;
 #endif
 
-// Every other quadrilateral cut in two; the first half keeps its number, and the bars with it.
-void cut_in_triangles(Section& s) {
-    const std::size_t n = s.elements.size();
-    for (std::size_t e = 0; e < n; e += 2) {
-        const std::vector<std::int32_t> nodes = s.elements[e];
-        s.elements.push_back({nodes[0], nodes[2], nodes[3], nodes[3]});
-        s.materials.push_back(Material(s.materials[e]));
-        s.elements[e] = {nodes[0], nodes[1], nodes[2], nodes[2]};
-    }
-}
-
 // Quadrilaterals, triangles and two bars, of two materials in two groups.
 Section sample(double COUPLING = 1, double GMOD = 45) {
     Section s;
     s.groups = 2;
     add_rectangle(s, 0, 0, 6, 2, 3, 1, {200, 80, 0, 1, 1, 1, 1.2, 1.5, 3});
+    s = as_triangles(s);
     add_rectangle(s, 0, 2, 2, 9, 1, 4, {100, GMOD, 0, COUPLING, 2, 1, 1.4, 1.1, 5});
     add_bar(s, 0.9, 0.6, 1, 0.11, 2000, 700).RADIUS = 0.8;
-    add_bar(s, 0.4, 2.9, 4, 0.07, 1500, 600).BARWEIGHT = 9;
-    cut_in_triangles(s);
+    add_bar(s, 0.4, 2.9, 7, 0.07, 1500, 600).BARWEIGHT = 9;
     return s;
 }
 
@@ -75,13 +64,12 @@ Section faint() {
     return s;
 }
 
-// A section of about so many nodes, numbered at random, of quadrilaterals and triangles with bars.
+// A section of about so many nodes, numbered at random, of quadrilaterals with bars.
 Section large(std::int32_t nodes, double GMOD = 1) {
     Section s = section_of(meshes::make_mesh({meshes::Shape::angle, nodes, 20, false, true}));
     s.groups = 2;
     for (std::size_t e = 0; e < s.materials.size(); ++e)
         s.materials[e] = {2.6, e % 7 == 2 ? GMOD : 1, 0, 1, 2.0 - e % 2, 1, 1.2, 1.5, 3};
-    cut_in_triangles(s);
     return s;
 }
 

@@ -164,12 +164,10 @@ TEST(Assembly, NaturalCoordinatesOfAPoint) {
 TEST(Assembly, BarsInterpolateFromTheirHosts) {
     Section section = reinforced();
     for (VYZTUZE_INFO& bar : section.bars) bar.ELNODES[3] = -5;
-    add_bar(section, 1, 1, 1, 9, 1.9).SHAPE[2] = 77;  // takes no part
     const Stages s = assembled(section);
-    for (int b = 0; b < 3; ++b) {
-        const VYZTUZE_INFO& bar = s.bars[b];
+    for (const VYZTUZE_INFO& bar : s.bars) {
         double y = -section.y[bar.NODE - 1], z = -section.z[bar.NODE - 1], sum = -1;
-        ASSERT_EQ(bar.NELNODES, b == 0 ? 3 : 4);
+        ASSERT_EQ(bar.NELNODES, &bar == &s.bars[0] ? 3 : 4);
         for (int i = 0; i < bar.NELNODES; ++i) {
             EXPECT_EQ(bar.ELNODES[i], section.elements[bar.ELEMENT - 1][i]);
             sum += bar.SHAPE[i];
@@ -178,13 +176,9 @@ TEST(Assembly, BarsInterpolateFromTheirHosts) {
         }
         for (const double difference : {sum, y, z}) EXPECT_NEAR(difference, 0, 1e-13);
     }
-    const VYZTUZE_INFO &first = s.bars[0], &passive = s.bars[3];  // the first in a triangle
-    EXPECT_EQ(first.ELNODES[3], -5);
-    EXPECT_EQ(first.SHAPE[3], 0);
-    EXPECT_EQ(first.RS[0], first.SHAPE[1]);
-    EXPECT_EQ(first.RS[1], first.SHAPE[2]);
-    EXPECT_EQ(passive.SHAPE[2], 77);
-    EXPECT_EQ(s.SYSVARS.CONSTRAINT(passive.NODE, 1), 0);
+    const VYZTUZE_INFO& first = s.bars[0];  // in a triangle
+    EXPECT_TRUE(first.ELNODES[3] == -5 && first.SHAPE[3] == 0);
+    EXPECT_TRUE(first.RS[0] == first.SHAPE[1] && first.RS[1] == first.SHAPE[2]);
 }
 
 // In the second pass the rows of the bars are assigned anew and meet element rows that are normalised already.
