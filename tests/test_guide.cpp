@@ -58,14 +58,13 @@ TEST(Pieces, AreFoundAndWhatTheyDoToTheResults) {
 }
 
 // The energy of the shear stresses of unit forces is the inverse of the shear stiffness about u and v, and that about Y
-// and Z is the same matrix turned. Warping about the centroid follows from that about the shear centre. Legs of 10 by
-// 100 and 50 by 10 of two materials, squares of 2.5: in triangles the stresses are constant, in quadrilaterals the
-// parallel-axis rule holds nearly.
+// and Z is the same matrix turned. Legs of 10 by 100 and 50 by 10 of two materials, in triangles of half a square of
+// 2.5, whose stresses are constant.
 TEST(Guide, RelationsOfTheSectionValues) {
-    Section squares;
-    add_rectangle(squares, 0, 0, 10, 100, 4, 40, {210, 81});
-    add_rectangle(squares, 10, 0, 60, 10, 20, 4, {70, 30});
-    const Section s = as_triangles(squares);
+    Section s;
+    add_rectangle(s, 0, 0, 10, 100, 4, 40, {210, 81});
+    add_rectangle(s, 10, 0, 60, 10, 20, 4, {70, 30});
+    s = as_triangles(s);
     const Results r = run(s);
     const auto& slot = r.slots;
     const double co = std::cos(slot[VQ_ALPHA]), si = std::sin(slot[VQ_ALPHA]);
@@ -84,9 +83,4 @@ TEST(Guide, RelationsOfTheSectionValues) {
     EXPECT_NEAR(energy[2], GAU / det, near(GAU / det));
     EXPECT_NEAR(slot[VQ_GAY], co * co * GAU - 2 * co * si * GAUV + si * si * GAV, near(GAU));
     EXPECT_NEAR(slot[VQ_GAZ], si * si * GAU + 2 * co * si * GAUV + co * co * GAV, near(GAU));
-
-    const auto about = run(squares).slots;
-    const double ys = about[VQ_SCY] - about[VQ_YC], zs = about[VQ_SCZ] - about[VQ_ZC];
-    const double IWS = about[VQ_IW] + zs * zs * about[VQ_IYY] + ys * ys * about[VQ_IZZ] - 2 * ys * zs * about[VQ_DYZ];
-    EXPECT_NEAR(about[VQ_IWS], IWS, 2e-3 * IWS);
 }

@@ -227,43 +227,11 @@ TEST(Reliability, ThreadsDoNotDisturbEachOther) {
     }
 }
 
-TEST(Reliability, LeavesTheProcessAsItWas) {
-    const std::string locale = std::setlocale(LC_ALL, nullptr);
-    std::setlocale(LC_ALL, "C.UTF-8");
-    std::set<std::int32_t> ends;
-    for (const Host& host : various_hosts()) {
-        for (const bool enough : {true, false}) {
-            Host called = host;
-            std::srand(7);
-            const int first = std::rand(), second = std::rand();
-            std::srand(7);
-            const std::string process = process_state();
-            EXPECT_EQ(std::rand(), first);
-            std::feclearexcept(FE_ALL_EXCEPT);
-            const std::vector<int> state = floating_point_state();
-            const long live = live_blocks();
-            errno = 77;
-            limit_allocations(enough ? -1 : 30);
-            call(called);
-            limit_allocations(-1);
-            const int error = errno;
-            EXPECT_EQ(live_blocks(), live);
-            EXPECT_EQ(error, 77);
-            EXPECT_EQ(floating_point_state(), state);
-            EXPECT_EQ(std::rand(), second);
-            EXPECT_EQ(process_state(), process);
-            if (called.STATUS == VQ_NOT_SOLVED) called.POINTS = host.POINTS;  // these alone may have been written
-            EXPECT_TRUE(called.STATUS == VQ_DONE || same_tables(called, host));
-            ends.insert(called.STATUS);
-        }
-    }
-    EXPECT_EQ(ends, (std::set<std::int32_t>{VQ_DONE, VQ_REFUSED, VQ_NOT_SOLVED, VQ_OUT_OF_MEMORY}));
-    std::setlocale(LC_ALL, locale.c_str());
-}
-
-// Any rounding, denormal numbers flushed, exceptions that trap: the same bits, and the host's modes and flags after it.
-TEST(Reliability, TheHostsFloatingPointModesHaveNoPart) {
+// Any rounding, denormal numbers flushed, exceptions that trap: the same bits, and process, thread, modes and flags as
+// they were.
+TEST(Reliability, LeavesProcessAndModesAsTheyWere) {
     void (*const modes[])() = {
+        [] {},
         [] { std::fesetround(FE_UPWARD); },
         [] { std::fesetround(FE_DOWNWARD), std::feraiseexcept(FE_OVERFLOW); },
         [] { std::fesetround(FE_TOWARDZERO); },
@@ -273,25 +241,46 @@ TEST(Reliability, TheHostsFloatingPointModesHaveNoPart) {
         [] { _mm_setcsr(_MM_FLUSH_ZERO_ON | _MM_ROUND_UP | 0x40); },                          // and everything traps
 #endif
     };
+    const std::string locale = std::setlocale(LC_ALL, nullptr);
+    std::setlocale(LC_ALL, "C.UTF-8");
+    std::set<std::int32_t> ends;
     for (const Host& host : various_hosts()) {
         const Host right = after_call(host);
         for (const bool enough : {true, false}) {
             for (const auto& enter : modes) {
+                SCOPED_TRACE(&enter - modes);
                 Host called = host;
                 std::vector<int> entered(4), left(4);
+                std::srand(7);
+                const int first = std::rand(), second = std::rand();
+                std::srand(7);
+                const std::string process = process_state();
+                const long live = live_blocks();
+                EXPECT_EQ(std::rand(), first);
                 std::fesetenv(FE_DFL_ENV);
                 enter();
                 entered = floating_point_state();
+                errno = 77;
                 limit_allocations(enough ? -1 : 30);
                 call(called);
                 limit_allocations(-1);
+                const int error = errno;
                 left = floating_point_state();
                 std::fesetenv(FE_DFL_ENV);
-                EXPECT_EQ(left, entered) << &enter - modes;
-                EXPECT_TRUE(enough ? same_answer(called, right) : same_tables(called, host)) << &enter - modes;
+                EXPECT_EQ(live_blocks(), live);
+                EXPECT_EQ(error, 77);
+                EXPECT_EQ(left, entered);
+                EXPECT_EQ(std::rand(), second);
+                EXPECT_EQ(process_state(), process);
+                EXPECT_TRUE(enough ? same_answer(called, right) : same_tables(called, host));
+                if (called.STATUS == VQ_NOT_SOLVED) called.POINTS = host.POINTS;  // these alone may have been written
+                EXPECT_TRUE(called.STATUS == VQ_DONE || same_tables(called, host));
+                ends.insert(called.STATUS);
             }
         }
     }
+    EXPECT_EQ(ends, (std::set<std::int32_t>{VQ_DONE, VQ_REFUSED, VQ_NOT_SOLVED, VQ_OUT_OF_MEMORY}));
+    std::setlocale(LC_ALL, locale.c_str());
 }
 
 // Meshes of any size in a small thread, on both paths of the solver and where memory ends in the midst of a run.

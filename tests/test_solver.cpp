@@ -83,10 +83,7 @@ TEST(Solver, BaseSystems) {
     };
     for (const auto& c : cases) {
         Mesh mesh = make_mesh(c.plan);
-        for (Bar& bar : mesh.bars) {
-            bar.AREA = c.AREA;
-            bar.GMODUL = c.GMODUL;
-        }
+        for (Bar& bar : mesh.bars) bar.AREA = c.AREA, bar.GMODUL = c.GMODUL;
         for (int e = 1; e <= mesh.NELEMS; ++e) {  // steel and timber, in N and m
             mesh.EMOD(e) = e % 3 == 0 ? 2.1e11 : 1.1e10;
             mesh.GMOD(e) = e % 3 == 0 ? 8.1e10 : 6.9e8;
@@ -116,10 +113,7 @@ TEST(Solver, BaseSystemsOfPoorElements) {
                                 mesh.EMOD(e) = 2.6 * unit;
                                 mesh.GMOD(e) = unit * (e % 3 == 0 ? contrast : e % 3 == 1 ? 1 : 1 / contrast);
                             }
-                            for (Bar& bar : mesh.bars) {
-                                bar.EMODUL *= unit;
-                                bar.GMODUL *= unit;
-                            }
+                            for (Bar& bar : mesh.bars) bar.EMODUL *= unit, bar.GMODUL *= unit;
                             const System s = base_system(mesh);
                             const Answer answer = solve(s);
                             ASSERT_EQ(answer.error, 0);
