@@ -72,21 +72,16 @@ int main(int argc, char** argv) {
     for (const meshes::Shape shape : {meshes::Shape::square, meshes::Shape::angle, meshes::Shape::hollow})
         for (const bool triangles : {false, true})
             for (const int nodes : {40, 700, 9000}) {
-                meshes::Plan plan;
-                plan.shape = shape;
-                plan.triangles = triangles;
-                plan.nodes = nodes;
-                plan.shuffled = nodes == 700;
-                plan.bars = nodes == 700 ? 25 : 0;
-                plan.seed = static_cast<std::uint64_t>(++number);
-                print_fingerprint("section", number, section_of(make_mesh(plan), 0.05), VQ_PLASTIC);
+                const bool shuffled = nodes == 700;
+                const std::uint64_t seed = static_cast<std::uint64_t>(++number);
+                const meshes::Mesh mesh =
+                    meshes::make_mesh({shape, nodes, shuffled ? 25 : 0, triangles, shuffled, 0.15, 1, 1, seed});
+                print_fingerprint("section", number, section_of(mesh, 0.05), VQ_PLASTIC);
             }
-    for (const int pieces : {2, 5}) {
-        meshes::Plan plan;
-        plan.nodes = 400;
-        plan.pieces = pieces;
-        print_fingerprint("section", ++number, section_of(make_mesh(plan)), VQ_PLASTIC_TWO);
-    }
+    for (const int pieces : {2, 5})
+        print_fingerprint("section", ++number,
+                          section_of(meshes::make_mesh({meshes::Shape::square, 400, 0, false, false, 0.15, 1, pieces})),
+                          VQ_PLASTIC_TWO);
     for (int n = 1; n <= 400; ++n) print_fingerprint("turned", n, turned(n % 3, n % 2 == 0, n / 401.0), VQ_PLASTIC);
     return 0;
 }

@@ -18,6 +18,7 @@ std::int32_t node_at(Section& section, double y, double z) {
 
 void add_rectangle(Section& section, double y0, double z0, double y1, double z1, int ny, int nz,
                    const Material& material) {
+    section.groups = std::max(section.groups, static_cast<std::int32_t>(std::fabs(material.GROUP)));
     const auto at = [&](int i, int j) { return node_at(section, y0 + (y1 - y0) * i / ny, z0 + (z1 - z0) * j / nz); };
     for (int j = 0; j < nz; ++j) {
         for (int i = 0; i < ny; ++i) {
@@ -29,16 +30,11 @@ void add_rectangle(Section& section, double y0, double z0, double y1, double z1,
 
 VYZTUZE_INFO& add_bar(Section& section, double y, double z, std::int32_t host, double AREA, double EMODUL,
                       double GMODUL) {
-    section.y.push_back(y);
-    section.z.push_back(z);
-    VYZTUZE_INFO bar{};
-    bar.NODE = static_cast<std::int32_t>(section.y.size());
-    bar.ELEMENT = host;
-    bar.AREA = AREA;
-    bar.EMODUL = EMODUL;
-    bar.GMODUL = GMODUL;
-    section.bars.push_back(bar);
-    return section.bars.back();
+    section.y.push_back(y), section.z.push_back(z);
+    VYZTUZE_INFO& bar = section.bars.emplace_back();
+    bar.NODE = static_cast<std::int32_t>(section.y.size()), bar.ELEMENT = host;
+    bar.AREA = AREA, bar.EMODUL = EMODUL, bar.GMODUL = GMODUL;
+    return bar;
 }
 
 Section section_of(const meshes::Mesh& mesh, double RADIUS) {

@@ -28,7 +28,8 @@ struct Results {
     std::vector<VYZTUZE_INFO> bars;
 };
 
-// Adds the rectangle (y0, z0) to (y1, z1) as ny x nz quadrilaterals. Nodes are shared with what stands there already.
+// Adds the rectangle (y0, z0) to (y1, z1) as ny x nz quadrilaterals. Nodes are shared with what stands there already;
+// the section has as many groups as the material asks for.
 void add_rectangle(Section& section, double y0, double z0, double y1, double z1, int ny, int nz,
                    const Material& material = {});
 

@@ -128,16 +128,13 @@ TEST(Element, ArraysStressesAndConstantsBelongTogether) {
 TEST(Suportbase, TheTwoNodeOrdersLieOpposite) {
     const double r = 0.3, s = -0.8;
     for (const auto& XYE : QUADS) {
-        Real<4> Nr, Ns, N, dNdy, dNdz;
+        Real<4> N[4], dNdy, dNdz;  // N half before and after along r, then along s
         Real<2, 2> INVJ;
         double detJ;
         BILINGEOM(XYE, r, s, dNdy, dNdz, detJ, INVJ);
-        GETBASEN(-r - 0.5, -s, Nr);
-        GETBASEN(-r + 0.5, -s, N);
-        for (int i = 1; i <= 4; ++i) Nr(i) -= N(i);
-        GETBASEN(-r, -s - 0.5, Ns);
-        GETBASEN(-r, -s + 0.5, N);
-        for (int i = 1; i <= 4; ++i) Ns(i) -= N(i);
+        for (int k = 0; k < 4; ++k) GETBASEN(k < 2 ? k - 0.5 - r : -r, k < 2 ? -s : k - 2.5 - s, N[k]);
+        Real<4>&Nr = N[0], &Ns = N[2];
+        for (int i = 1; i <= 4; ++i) Nr(i) -= N[1](i), Ns(i) -= N[3](i);
         const double yr = inner(Nr, XYE, 1), zr = inner(Nr, XYE, 2), ys = inner(Ns, XYE, 1), zs = inner(Ns, XYE, 2);
         const double J = yr * zs - ys * zr;
         EXPECT_NEAR(detJ, J, 1e-13);

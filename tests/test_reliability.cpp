@@ -38,7 +38,6 @@ constexpr bool sanitized = false;
 // Quadrilaterals, triangles and two bars, of two materials in two groups.
 Section sample(double COUPLING = 1, double GMOD = 45) {
     Section s;
-    s.groups = 2;
     add_rectangle(s, 0, 0, 6, 2, 3, 1, {200, 80, 0, 1, 1, 1, 1.2, 1.5, 3});
     s = as_triangles(s);
     add_rectangle(s, 0, 2, 2, 9, 1, 4, {100, GMOD, 0, COUPLING, 2, 1, 1.4, 1.1, 5});

@@ -42,7 +42,6 @@ Moments moments(const Section& s, std::size_t e) {
 // Three materials, the first of them the reference, in groups 1, 3 and 4; of the bars only the second and third count.
 Section composed() {
     Section s;
-    s.groups = 4;
     add_rectangle(s, 100, -40, 104, -39, 2, 1, {210, 80, 0, 1, 1.9, 1, 1, 1, 3});
     add_rectangle(s, 102, -39, 104, -34, 1, 3, {70, 30, 0, 1, -3.2, 1, 1, 1, 11});
     add_rectangle(s, 104, -35, 107, -34, 2, 1, {140, 50, 0, 1, 4, 1, 1, 1, 5});
@@ -150,7 +149,6 @@ TEST(BasicChar, SumsOfElementsAndBars) {
 // A factor weights the common centre element by element, but a group's distance only with its last element's.
 TEST(BasicChar, CoupledGroupsBendAboutTheirOwnCentres) {
     Section s;
-    s.groups = 3;
     add_rectangle(s, 0, 0, 2, 4, 1, 1, {2, 1, 0, 1, -1});
     add_rectangle(s, 4, 0, 6, 2, 2, 1, {6, 1, 0, 0.5, 3});
     s.materials[2].COUPLING = 0.25;

@@ -141,9 +141,7 @@ TEST(Assembly, NaturalCoordinatesOfAPoint) {
     expect(2, 4, y, z, {{1, 1, 0}}, {{-3 / 19.0, -9 / 19.0, 0}});    // affine in the half with node 1
     expect(2, 4, y, z, {{3.5, 1.25, 0}}, {{1, 0, 0}});               // and in the half with node 3
     expect(2, 4, y, z, {{1, 1.7, 0}}, {{-1 / 95.0, -3 / 95.0, 0}});  // close to the diagonal
-    expect(2, 4, y, z, {{0, 0, 0}}, {{-1, -1, 0}});
-    expect(2, 4, y, z, {{4, 2, 0}}, {{1, 1, 0}});
-    expect(2, 4, y, z, {{10, 10, 0}}, {{1, 1, 0}});  // outside: onto the boundary
+    expect(2, 4, y, z, {{10, 10, 0}}, {{1, 1, 0}});                  // outside: onto the boundary
     expect(2, 4, y, z, {{-5, 1, 0}}, {{-1, 3 / 19.0, 0}});
     expect(2, 4, y, z, {{-2, 3, 0}}, {{-1, 13 / 17.0, 0}});
     expect(2, 4, y, z, {{-0.5, 3.75, 0}}, {{-10 / 19.0, 1, 0}});
