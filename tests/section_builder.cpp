@@ -91,28 +91,6 @@ Section scaled(const Section& section, double factor) {
     return other;
 }
 
-std::vector<double> node_table(const Section& section) {
-    std::vector<double> table = section.y;
-    table.insert(table.end(), section.z.begin(), section.z.end());
-    return table;
-}
-
-std::vector<std::int32_t> element_table(const Section& section) {
-    std::vector<std::int32_t> table;
-    for (std::size_t k = 0; k < 4; ++k)
-        for (const auto& nodes : section.elements) table.push_back(nodes[k]);
-    return table;
-}
-
-std::vector<double> property_table(const Section& section) {
-    std::vector<double> table;
-    for (double Material::*column :
-         {&Material::EMOD, &Material::GMOD, &Material::third, &Material::COUPLING, &Material::GROUP, &Material::MATFLAG,
-          &Material::FNEG, &Material::FPOS, &Material::UNITWEIGHT, &Material::tenth})
-        for (const Material& material : section.materials) table.push_back(material.*column);
-    return table;
-}
-
 namespace {
 
 VYZTUZE_INFO guard_record() {
@@ -146,13 +124,20 @@ Host host_of(const Section& section, double mode) {
               static_cast<std::int32_t>(nnodes),
               static_cast<std::int32_t>(nelems),
               static_cast<std::int32_t>(section.bars.size()),
-              node_table(section),
-              property_table(section),
+              section.y,
+              {},
               std::vector<double>(VQ_NSLOTS + 2 * GUARD, before),
               std::vector<double>(3 * nnodes + 2 * GUARD, before),
               std::vector<double>(48 * nelems + 2 * GUARD, before),
-              element_table(section),
+              {},
               guarded(section.bars, guard_record())};
+    host.NODES.insert(host.NODES.end(), section.z.begin(), section.z.end());
+    for (std::size_t k = 0; k < 4; ++k)
+        for (const auto& nodes : section.elements) host.ELEMENTS.push_back(nodes[k]);
+    for (double Material::*column :
+         {&Material::EMOD, &Material::GMOD, &Material::third, &Material::COUPLING, &Material::GROUP, &Material::MATFLAG,
+          &Material::FNEG, &Material::FPOS, &Material::UNITWEIGHT, &Material::tenth})
+        for (const Material& material : section.materials) host.PROPS.push_back(material.*column);
     host.RESULT[GUARD + VQ_MODE_SLOT] = mode;
     return host;
 }
@@ -186,23 +171,18 @@ Results run(const Section& section, double mode) {
 }
 
 void fill_records(const Section& section, VARIABLES_T& VARS, VELQUOR_CHAR& CHAR) {
-    const std::vector<double> nodes = node_table(section), props = property_table(section);
-    const std::vector<std::int32_t> elements = element_table(section);
-    const std::ptrdiff_t nnodes = section.y.size(), nelems = section.elements.size();
+    const Host host = host_of(section);
     INIT_VQCHAR(CHAR);
     VARS.NGROUPS = section.groups;
-    VARS.NPOINTS = static_cast<std::int32_t>(section.bars.size());
+    VARS.NPOINTS = host.NPOINTS;
     for (auto* table : {&VARS.GROUPAREA, &VARS.GROUPZC, &VARS.GROUPYC, &VARS.GROUPDZ, &VARS.GROUPDY})
         table->allocate(section.groups);
-    VARS.ELEMPROP.allocate(nelems, 10);
-    std::copy(props.begin(), props.end(), VARS.ELEMPROP.memory());
-    if (nelems > 0) {
-        CHAR.EREF = section.materials[0].EMOD;
-        CHAR.GREF = section.materials[0].GMOD;
-    }
+    VARS.ELEMPROP.allocate(host.NELEMS, 10);
+    std::copy(host.PROPS.begin(), host.PROPS.end(), VARS.ELEMPROP.memory());
+    if (host.NELEMS > 0) CHAR.EREF = section.materials[0].EMOD, CHAR.GREF = section.materials[0].GMOD;
     std::int32_t status;
-    DEFINEMESH(status, View<const double, 2>(nodes.data(), nnodes, 2),
-               View<const std::int32_t, 2>(elements.data(), nelems, 4), VARS, CHAR);
+    DEFINEMESH(status, View<const double, 2>(host.NODES.data(), host.NNODES, 2),
+               View<const std::int32_t, 2>(host.ELEMENTS.data(), host.NELEMS, 4), VARS, CHAR);
     for (const VYZTUZE_INFO& bar : section.bars) {
         if (bar.NODE < 1) continue;
         VARS.NODEUSED(bar.NODE) = LOGICAL_TRUE;

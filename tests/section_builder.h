@@ -49,12 +49,8 @@ Section renumbered(const Section& section);
 Section moved(const Section& section, double dy, double dz, double angle = 0);
 Section scaled(const Section& section, double factor);
 
-// The host's tables, column after column.
-std::vector<double> node_table(const Section& section);
-std::vector<std::int32_t> element_table(const Section& section);
-std::vector<double> property_table(const Section& section);
-
-// The host's tables for one call. All that a run may write stands between GUARD entries on both sides.
+// The host's tables for one call, column after column. All that a run may write stands between GUARD entries on both
+// sides.
 constexpr std::size_t GUARD = 8;
 constexpr double before = -77.5;  // what outputs and guards hold before the call
 struct Host {

@@ -11,9 +11,9 @@
 namespace {
 
 int pieces_of(const Section& s, std::vector<std::int32_t>& piece) {
+    const Host host = host_of(s);
     piece.assign(s.y.size(), -1);
-    return find_pieces(static_cast<std::int32_t>(s.y.size()), element_table(s).data(),
-                       static_cast<std::int32_t>(s.elements.size()), property_table(s).data(), piece.data());
+    return find_pieces(host.NNODES, host.ELEMENTS.data(), host.NELEMS, host.PROPS.data(), piece.data());
 }
 
 double near(double x) { return 1e-9 * std::fabs(x); }

@@ -287,11 +287,6 @@ TEST(Solves, FailureLeavesNoFields) {
     EXPECT_EQ(s.OK, LOGICAL_FALSE);
     EXPECT_FALSE(s.SYSVARS.SECFIELD.allocated());
     EXPECT_EQ(s.CHAR.IWS, 0);
-    s = assembled(reinforced());
-    s.SYSVARS.KG.A(1) = std::nan("");
-    SOLVEBASEWARPING(s.OK, s.VARS, s.SYSVARS, s.POINTS());
-    EXPECT_EQ(s.OK, LOGICAL_FALSE);
-    EXPECT_FALSE(s.SYSVARS.NODEFIELD.allocated());
 }
 
 // Corners nearer to a bar than its radius, not at it, take its modulus, the last of the table wins, passive bars count
