@@ -6,9 +6,9 @@
 #include <cmath>
 #include <cstring>
 #include <iterator>
-#include <limits>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "linalg/ldlt/steps.h"
@@ -289,27 +289,23 @@ TEST(Solver, RandomIndefiniteMatrices) {
 TEST(Solver, ValuesThatAreNotFinite) {
     System s = base_system(make_mesh({Shape::square, 100, 4, false, true}));
     const Answer right = solve(s);
-    for (const double wrong : {std::numeric_limits<double>::quiet_NaN(), -std::numeric_limits<double>::infinity()}) {
-        for (double* value : {&s.M.A(1), &s.M.A(2), &s.M.A(s.M.IA(51)), &s.M.A(s.M.IA(s.M.N + 1) - 1)}) {
-            const double was = *value;
-            *value = wrong;
-            EXPECT_EQ(solve(s).error, -4);
-            EXPECT_EQ(solve(s, true).error, -4);
-            *value = was;
+    const auto spoiled = [](double& value, auto check) {
+        for (const double wrong : {std::nan(""), -HUGE_VAL}) {
+            const double was = std::exchange(value, wrong);
+            check();
+            value = was;
         }
-        // A load that is not finite has no solution, and the others do not notice.
-        for (double* value : {&s.B(1, 2), &s.B(60, 2), &s.B(s.M.N, 2)}) {
-            const double was = *value;
-            *value = wrong;
+    };
+    for (double* value : {&s.M.A(1), &s.M.A(2), &s.M.A(s.M.IA(51)), &s.M.A(s.M.IA(s.M.N + 1) - 1)})
+        spoiled(*value, [&] { EXPECT_TRUE(solve(s).error == -4 && solve(s, true).error == -4); });
+    for (double* value : {&s.B(1, 2), &s.B(60, 2), &s.B(s.M.N, 2)})
+        spoiled(*value, [&] {  // has no solution, and the others do not notice
             const Answer answer = solve(s);
             EXPECT_EQ(answer.error, 0);
-            for (std::int32_t i = 1; i <= s.M.N; ++i) {
-                EXPECT_TRUE(std::isnan(answer.X(i, 2)));
-                EXPECT_TRUE(answer.X(i, 1) == right.X(i, 1) && answer.X(i, 3) == right.X(i, 3));
-            }
-            *value = was;
-        }
-    }
+            for (std::int32_t i = 1; i <= s.M.N; ++i)
+                EXPECT_TRUE(std::isnan(answer.X(i, 2)) && answer.X(i, 1) == right.X(i, 1) &&
+                            answer.X(i, 3) == right.X(i, 3));
+        });
     EXPECT_NE(solve(system_of(2, {{{1, 1}, 1e-300}, {{2, 2}, 1}}, {{1e300, 1}})).error, 0);  // X is beyond all reals
     EXPECT_NE(solve(system_of(2, {{{1, 2}, 1e-300}}, {{1e300, 1}})).error, 0);
 }
