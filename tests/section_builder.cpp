@@ -120,17 +120,13 @@ bool same_bytes(const std::vector<T>& a, const std::vector<T>& b) {
 
 Host host_of(const Section& section, double mode) {
     const std::size_t nnodes = section.y.size(), nelems = section.elements.size();
-    Host host{section.groups,
-              static_cast<std::int32_t>(nnodes),
-              static_cast<std::int32_t>(nelems),
-              static_cast<std::int32_t>(section.bars.size()),
-              section.y,
-              {},
-              std::vector<double>(VQ_NSLOTS + 2 * GUARD, before),
-              std::vector<double>(3 * nnodes + 2 * GUARD, before),
-              std::vector<double>(48 * nelems + 2 * GUARD, before),
-              {},
-              guarded(section.bars, guard_record())};
+    Host host{section.groups, static_cast<std::int32_t>(nnodes), static_cast<std::int32_t>(nelems),
+              static_cast<std::int32_t>(section.bars.size())};
+    host.RESULT.assign(VQ_NSLOTS + 2 * GUARD, before);
+    host.NODEOUT.assign(3 * nnodes + 2 * GUARD, before);
+    host.ELEMOUT.assign(48 * nelems + 2 * GUARD, before);
+    host.POINTS = guarded(section.bars, guard_record());
+    host.NODES = section.y;
     host.NODES.insert(host.NODES.end(), section.z.begin(), section.z.end());
     for (std::size_t k = 0; k < 4; ++k)
         for (const auto& nodes : section.elements) host.ELEMENTS.push_back(nodes[k]);

@@ -55,9 +55,9 @@ constexpr std::size_t GUARD = 8;
 constexpr double before = -77.5;  // what outputs and guards hold before the call
 struct Host {
     std::int32_t STATUS, NNODES, NELEMS, NPOINTS;
-    std::vector<double> NODES, PROPS, RESULT, NODEOUT, ELEMOUT;
-    std::vector<std::int32_t> ELEMENTS;
-    std::vector<VYZTUZE_INFO> POINTS;
+    std::vector<double> NODES{}, PROPS{}, RESULT{}, NODEOUT{}, ELEMOUT{};
+    std::vector<std::int32_t> ELEMENTS{};
+    std::vector<VYZTUZE_INFO> POINTS{};
 };
 Host host_of(const Section& section, double mode = VQ_PLASTIC);
 

@@ -251,28 +251,21 @@ TEST(Run, ScalingLaws) {
     const auto expect_scaled = [](double x, double y, int length, int E, int G, double rounding = 1e-13) {
         EXPECT_NEAR(y, x * std::pow(4, length) * std::pow(3, E) * std::pow(5, G), 1e-9 * std::fabs(y) + rounding);
     };
-    const struct {
-        int length, E, G;
-        std::vector<int> slots;
-    } laws[] = {
-        {0, 0, 0, {VQ_ALPHA, VQ_WR1, VQ_WR2}},
-        {0, 1, 0, {VQ_EREF}},
-        {0, 0, 1, {VQ_GREF}},
-        {1, 0, 0, {VQ_YC, VQ_SCY, VQ_SCU, VQ_RU, VQ_RV, VQ_RY, VQ_RZ, VQ_COUP1, VQ_PLAXIS_Z, VQ_PLAXIS_U_NEG}},
-        {2, 0, 0, {VQ_ANET, VQ_WEIGHT}},
-        {2, 1, 0, {VQ_EA}},
-        {2, 0, 1, {VQ_GAY, VQ_GAZ, VQ_GAUV}},
-        {3, 0, 0, {VQ_WT, VQ_PLMOD_Z, VQ_PLMOD_V_NEG, VQ_PLMOM_Y_NEG, VQ_PLMOM_U}},
-        {4, 1, 0, {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}},
-        {4, 0, 1, {VQ_GJ}},
-        {6, 1, 0, {VQ_IW, VQ_IWS}},
-    };
-    for (const auto& law : laws)
-        for (const int slot : law.slots) {
-            const bool searched = slot >= VQ_PLAXIS_Y && slot <= VQ_PLMOM_U_NEG;  // lines are found to some 1e-9
-            EXPECT_NE(a.slots[slot], 0) << slot;
-            expect_scaled(a.slots[slot], b.slots[slot], law.length, law.E, law.G, searched ? 1e-8 : 1e-13);
-        }
+    const int laws[][4] = {
+        {VQ_ALPHA, 0, 0, 0},       {VQ_WR1, 0, 0, 0},      {VQ_WR2, 0, 0, 0},          {VQ_EREF, 0, 1, 0},
+        {VQ_GREF, 0, 0, 1},        {VQ_YC, 1, 0, 0},       {VQ_SCY, 1, 0, 0},          {VQ_SCU, 1, 0, 0},
+        {VQ_RU, 1, 0, 0},          {VQ_RV, 1, 0, 0},       {VQ_RY, 1, 0, 0},           {VQ_RZ, 1, 0, 0},
+        {VQ_COUP1, 1, 0, 0},       {VQ_PLAXIS_Z, 1, 0, 0}, {VQ_PLAXIS_U_NEG, 1, 0, 0}, {VQ_ANET, 2, 0, 0},
+        {VQ_WEIGHT, 2, 0, 0},      {VQ_EA, 2, 1, 0},       {VQ_GAY, 2, 0, 1},          {VQ_GAZ, 2, 0, 1},
+        {VQ_GAUV, 2, 0, 1},        {VQ_WT, 3, 0, 0},       {VQ_PLMOD_Z, 3, 0, 0},      {VQ_PLMOD_V_NEG, 3, 0, 0},
+        {VQ_PLMOM_Y_NEG, 3, 0, 0}, {VQ_PLMOM_U, 3, 0, 0},  {VQ_IYY, 4, 1, 0},          {VQ_IZZ, 4, 1, 0},
+        {VQ_DYZ, 4, 1, 0},         {VQ_I1, 4, 1, 0},       {VQ_I2, 4, 1, 0},           {VQ_GJ, 4, 0, 1},
+        {VQ_IW, 6, 1, 0},          {VQ_IWS, 6, 1, 0}};
+    for (const auto& [slot, length, E, G] : laws) {
+        const bool searched = slot >= VQ_PLAXIS_Y && slot <= VQ_PLMOM_U_NEG;  // lines are found to some 1e-9
+        EXPECT_NE(a.slots[slot], 0) << slot;
+        expect_scaled(a.slots[slot], b.slots[slot], length, E, G, searched ? 1e-8 : 1e-13);
+    }
     const int lengths[] = {-3, -3, -2, -2, -2, -2, -3, -3, -2, -3, -3, -4};  // cases of TAU in pairs, then of SIGMA
     for (std::size_t k = 0; k < a.elemout.size(); ++k) expect_scaled(a.elemout[k], b.elemout[k], lengths[k % 12], 0, 0);
     for (std::size_t i = 0; i < a.nodeout.size(); ++i)

@@ -173,15 +173,13 @@ TEST(BasicChar, CoupledGroupsBendAboutTheirOwnCentres) {
     expect_near({b.CHAR.IYY}, {2 * (8.0 / 3 + 4)});
 }
 
-// Exact values by MPFR, rounded to nearest. Of the random arguments the C library rounds the first two wrongly where it
-// uses fused multiply-add, the second two where it does not; the exact value of the fifth lies next to a midpoint.
+// Exact values by MPFR, rounded to nearest. Of the random arguments the C library rounds the first wrongly where it
+// uses fused multiply-add, the second where it does not; the exact value of the third lies next to a midpoint.
 TEST(Angle, RoundedToNearest) {
     struct {
         double y, x, angle;
     } const angles[] = {{-0x1.74637df6f462p-5, 0x1.24b2e108c91e2p-1, -0x1.4503b4a5fe3f7p-4},
-                        {-0x1.2d4ca4b6c8afp-1, 0x1.5cb7d5b61fbd8p-4, -0x1.6d57c659a87bap+0},
                         {0x1.8b73386561ap-6, 0x1.8b6f9ce6b689cp-2, 0x1.ff5a6283216e9p-5},
-                        {-0x1.383709099dbd2p-1, 0x1.0e11f86379ce2p-1, -0x1.b71df4f170977p-1},
                         {0x1.65907d632d43p-3, 0x1.b80d6ed785f76p-2, 0x1.8b2a65021838fp-2},
                         {3, -4, 0x1.3fc176b7a856p+1},
                         {-1, 1e-8, -0x1.921fb5194fb3cp+0},
@@ -196,9 +194,7 @@ TEST(Angle, RoundedToNearest) {
     struct {
         double angle, cosine, sine;
     } const directions[] = {{0x1.6ab2738b34a3cp+0, 0x1.3a2b3991c21dfp-3, 0x1.f9f0994e8745ep-1},
-                            {-0x1.a70f00a2d6411p-1, 0x1.5aefe6020c033p-1, -0x1.7888f93f1f15fp-1},
                             {0x1.61c856bae7fbcp+0, 0x1.806fa0e687215p-3, 0x1.f6e60e4a86eb3p-1},
-                            {0x1.b5ff0724fdd63p-1, 0x1.4fce3c6c9d483p-1, 0x1.827ec9ebc998p-1},
                             {-0x1.26d323ad4661ap-2, 0x1.eaecd263c1638p-1, -0x1.22c4b39e4b7a4p-2},
                             {0x1.921fb54442d18p-1, 0x1.6a09e667f3bcdp-1, 0x1.6a09e667f3bccp-1},
                             {0x1.921fb54442d18p+0, 0x1.1a62633145c07p-54, 1},
@@ -239,12 +235,12 @@ TEST(PrincipalAxes, BranchOnTheProductMoment) {
         return CHAR;
     };
     for (const double DYZ : {0.0, 0.00018, -std::nextafter(0.0002, 0.0)}) {  // 0.0001 of the sum is not reached
-        VELQUOR_CHAR a = axes(0.5, 1.5, DYZ);
-        EXPECT_TRUE(a.I1 == 1.5 && a.I2 == 0.5 && a.ALPHA == 0);
-        EXPECT_TRUE(T(1, 1) == 1 && T(2, 1) == 0 && T(1, 2) == 0 && T(2, 2) == 1);
-        a = axes(1.5, 0.5, DYZ);
-        EXPECT_TRUE(a.I1 == 1.5 && a.I2 == 0.5 && a.ALPHA == 1.5707963267948966);
-        EXPECT_TRUE(T(1, 1) == 0 && T(2, 1) == -1 && T(1, 2) == 1 && T(2, 2) == 0);
+        for (const bool upright : {true, false}) {
+            const VELQUOR_CHAR a = upright ? axes(0.5, 1.5, DYZ) : axes(1.5, 0.5, DYZ);
+            const double c = upright ? 1 : 0, s = 1 - c;
+            EXPECT_TRUE(a.I1 == 1.5 && a.I2 == 0.5 && a.ALPHA == (upright ? 0 : 1.5707963267948966));
+            EXPECT_TRUE(T(1, 1) == c && T(2, 1) == -s && T(1, 2) == s && T(2, 2) == c);
+        }
     }
     EXPECT_NE(axes(1, 0.9999998807907104, 1e-16).ALPHA, 0);
     EXPECT_EQ(axes(1, std::nextafter(0.9999998807907104, 1), 1e-16).ALPHA, 0);

@@ -68,18 +68,16 @@ TEST(Solver, BaseSystems) {
     struct {
         Plan plan;
         double AREA, GMODUL;
-    } const cases[] = {
-        {Plan{Shape::square, 4, 1}, 0.01, 8},
-        {Plan{Shape::square, 25, 60}, 0.01, 8},
-        {Plan{Shape::square, 25, 60, true, true}, 0.01, 0},
-        {Plan{Shape::angle, 300, 12, false, true}, 0, 8},
-        {Plan{Shape::hollow, 300, 40, true}, 0.01, 8},
-        {Plan{Shape::hollow, 2500, 30, false, true}, 0.01, 0},
-        {Plan{Shape::square, 3000, 2000}, 0.01, 8},
-        {Plan{Shape::square, 3000, 2000, true, true}, 0.01, 8},
-        {Plan{Shape::square, 3000, 4000, false, true}, 0.01, 8},
-        {Plan{Shape::angle, 5000, 0, true, true}, 0, 0},
-    };
+    } const cases[] = {{{Shape::square, 4, 1}, 0.01, 8},
+                       {{Shape::square, 25, 60}, 0.01, 8},
+                       {{Shape::square, 25, 60, true, true}, 0.01, 0},
+                       {{Shape::angle, 300, 12, false, true}, 0, 8},
+                       {{Shape::hollow, 300, 40, true}, 0.01, 8},
+                       {{Shape::hollow, 2500, 30, false, true}, 0.01, 0},
+                       {{Shape::square, 3000, 2000}, 0.01, 8},
+                       {{Shape::square, 3000, 2000, true, true}, 0.01, 8},
+                       {{Shape::square, 3000, 4000, false, true}, 0.01, 8},
+                       {{Shape::angle, 5000, 0, true, true}, 0, 0}};
     for (const auto& c : cases) {
         Mesh mesh = make_mesh(c.plan);
         for (Bar& bar : mesh.bars) bar.AREA = c.AREA, bar.GMODUL = c.GMODUL;
