@@ -204,15 +204,12 @@ TEST(Solver, UnconnectedPieces) {
 TEST(Solver, RegionWithoutShearModulus) {
     struct {
         std::int32_t nodes, bars;
-        bool general, shuffled;
         double E, G;  // in the region, of the last element
-    } const cases[] = {{400, 30, false, false, 0, 1},
-                       {400, 30, false, true, 2.6, 1},
-                       {3000, 0, true, true, 2.6, -0.5},
-                       {3000, 40, true, true, 2.6, -0.5},
-                       {3000, 2000, true, true, 2.6, 1}};
+    } const cases[] = {
+        {400, 30, 0, 1}, {400, 30, 2.6, 1}, {3000, 0, 2.6, -0.5}, {3000, 40, 2.6, -0.5}, {3000, 2000, 2.6, 1}};
     for (const auto& c : cases) {
-        Mesh mesh = make_mesh({Shape::square, c.nodes, c.bars, false, c.shuffled});
+        const bool general = c.nodes > 1000;
+        Mesh mesh = make_mesh({Shape::square, c.nodes, c.bars, false, c.E > 0});
         for (std::int32_t e = 1; e <= mesh.NELEMS / 2; ++e) mesh.EMOD(e) = c.E, mesh.GMOD(e) = 0;
         mesh.GMOD(mesh.NELEMS) = c.G;
         const System s = base_system(mesh);
@@ -222,9 +219,9 @@ TEST(Solver, RegionWithoutShearModulus) {
         const std::vector<long double> each = residuals(s, answer.X);
         // A row in which a null pivot ended gathers the rounding of all others.
         for (std::int32_t i = 1; i <= s.M.N; ++i)
-            EXPECT_TRUE(s.M.A(s.M.IA(i)) == 0 || each[i] <= (c.general ? 1e-12L : 1e-13L)) << "row " << i;
+            EXPECT_TRUE(s.M.A(s.M.IA(i)) == 0 || each[i] <= (general ? 1e-12L : 1e-13L)) << "row " << i;
         EXPECT_LT(residual(s, answer.X), INFINITY);
-        if (!c.general) continue;
+        if (!general) continue;
         EXPECT_LT(residual(s, answer.X, mesh.NNODES), 1e-13L);  // constraints and bars
         LINALG::Memory memory;
         LDLT::System system;
