@@ -124,29 +124,6 @@ TEST(Element, ArraysStressesAndConstantsBelongTogether) {
     for (const auto& XYE : TRIANGLES) expect_consistent_arrays(XYE);
 }
 
-// BILINGEOM at (r, s) takes the geometry that GETBASEN has at (-r, -s), here by differences, exact for a bilinear map.
-TEST(Suportbase, TheTwoNodeOrdersLieOpposite) {
-    const double r = 0.3, s = -0.8;
-    for (const auto& XYE : QUADS) {
-        Real<4> N[4], dNdy, dNdz;  // N half before and after along r, then along s
-        Real<2, 2> INVJ;
-        double detJ;
-        BILINGEOM(XYE, r, s, dNdy, dNdz, detJ, INVJ);
-        for (int k = 0; k < 4; ++k) GETBASEN(k < 2 ? k - 0.5 - r : -r, k < 2 ? -s : k - 2.5 - s, N[k]);
-        Real<4>&Nr = N[0], &Ns = N[2];
-        for (int i = 1; i <= 4; ++i) Nr(i) -= N[1](i), Ns(i) -= N[3](i);
-        const double yr = inner(Nr, XYE, 1), zr = inner(Nr, XYE, 2), ys = inner(Ns, XYE, 1), zs = inner(Ns, XYE, 2);
-        const double J = yr * zs - ys * zr;
-        EXPECT_NEAR(detJ, J, 1e-13);
-        expect_figures(INVJ, {zs / J, -ys / J, -zr / J, yr / J});
-        for (int i = 1; i <= 4; ++i) EXPECT_NEAR(dNdy(i), (zs * Nr(i) - zr * Ns(i)) / J, 1e-13);
-        for (int i = 1; i <= 4; ++i) EXPECT_NEAR(dNdz(i), (yr * Ns(i) - ys * Nr(i)) / J, 1e-13);
-    }
-    Real<4> N;
-    GETBASEN(1, -1, N);
-    expect_figures(N, {0, 1, 0, 0});
-}
-
 TEST(Usedlapack, InverseOfAnyStridesAndInfinityWhereSingular) {
     const Real<16> A{{4, 1, -2, 3, 0, 5, 2, 7, -1, 6, 8, 2, 9, -3, 1, 11}};
     Real<5> INVERSE{{0, 0, 0, 0, 77}};

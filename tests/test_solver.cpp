@@ -46,20 +46,6 @@ long double residual(const System& s, const Columns& X, std::int32_t n = 0) {
     return *std::max_element(each.begin() + n + 1, each.end());
 }
 
-// The example that linalg/ldlt/steps.h gives.
-TEST(Solver, StepsOfTheExample) {
-    const System s = base_system(make_mesh({Shape::square, 9, 1, false, false, 0}));
-    LINALG::Memory memory;
-    LDLT::Classes c = LDLT::classify({s.M.N, s.M.A.memory(), s.M.IA.memory(), s.M.JA.memory()}, memory);
-    LDLT::ground(c, false);
-    using LDLT::Kind;
-    std::vector<Kind> kind(9, Kind::core);
-    kind.insert(kind.end(), {Kind::hung, Kind::primary, Kind::primary, Kind::primary, Kind::tie});
-    EXPECT_EQ(c.kind, kind);
-    EXPECT_EQ(c.place, (std::vector<std::int32_t>{0, 1, 2, 3, 4, 5, 6, 7, 8, 0, 0, 1, 2, 0}));
-    EXPECT_EQ(LDLT::analyse(c.graph, c.grounded).position, (std::vector<std::int32_t>{5, 6, 0, 7, 8, 4, 1, 3, 2}));
-}
-
 // The systems of a run ----------------------------------------------------------------------
 
 // Bars without stiffness (GMODUL or AREA 0), several in one element, more than nodes: the constraints hold in all of
@@ -154,31 +140,6 @@ TEST(Solver, SecondSystemLeavesTheBarsOut) {
         }
         EXPECT_GT(std::fabs(load / weight), 1e-9);
         EXPECT_NEAR(answer.X(s.M.N, 1) / (load / weight), 1, 1e-9);
-    }
-}
-
-// Rows and columns of stored zeros in front, between and behind, with or without a load.
-TEST(Solver, RowsOfZerosAreLeftOut) {
-    const System s = base_system(make_mesh({Shape::angle, 200, 9, true, true}));
-    const auto moved = [](std::int32_t i) { return i + i / 5 + 2; };
-    const std::int32_t n = moved(s.M.N) + 2;
-    std::vector<bool> used(static_cast<std::size_t>(n) + 1, false);
-    Entries entries;
-    for (const auto& [place, value] : entries_of(s)) entries[{moved(place.first), moved(place.second)}] = value;
-    for (std::int32_t i = 1; i <= s.M.N; ++i) used[moved(i)] = true;
-    for (std::int32_t i = 1; i <= n; ++i)
-        if (!used[i]) entries[{std::min(i, moved(40)), std::max(i, moved(40))}] = 0;
-    System wide = system_of(n, entries, {});
-    wide.B.allocate(n, 3);
-    for (int k = 1; k <= 3; ++k) {
-        for (std::int32_t i = 1; i <= n; ++i) wide.B(i, k) = k - 1;
-        for (std::int32_t i = 1; i <= s.M.N; ++i) wide.B(moved(i), k) = s.B(i, k);
-    }
-    const Answer answer = solve(s), answer_wide = solve(wide);
-    ASSERT_EQ(answer_wide.error, 0);
-    for (int k = 1; k <= 3; ++k) {
-        for (std::int32_t i = 1; i <= s.M.N; ++i) EXPECT_NEAR(answer_wide.X(moved(i), k), answer.X(i, k), 1e-14);
-        for (std::int32_t i = 1; i <= n; ++i) EXPECT_TRUE(used[i] || answer_wide.X(i, k) == 0);
     }
 }
 

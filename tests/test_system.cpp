@@ -94,26 +94,6 @@ Section reinforced() {
 
 }  // namespace
 
-TEST(Structure, RowsOfUpperTriangle) {
-    Section s;
-    s.y = {0, 1, 2, 0, 1, 2, 9};
-    s.z = {0, 0, 0, 1, 1, 1, 9};
-    s.elements = {{1, 2, 5, 4}, {6, 5, 2, 3}};  // the pair (2, 5) twice; node 7 in no element
-    s.materials.resize(2);
-    const Stages two = structured(s);
-    EXPECT_EQ(list(two.SYSVARS.KG.IA), (Numbers{1, 5, 10, 13, 15, 17, 18, 19}));
-    EXPECT_EQ(list(two.SYSVARS.KG.JA), (Numbers{1, 2, 4, 5, 2, 3, 4, 5, 6, 3, 5, 6, 4, 5, 5, 6, 6, 7}));
-    EXPECT_EQ(list(two.SYSVARS.KG.A), std::vector<double>(18, 0.0));
-    s.elements.clear(), s.materials.clear();
-    EXPECT_EQ(list(structured(s).SYSVARS.KG.IA), (Numbers{1, 2, 3, 4, 5, 6, 7, 8}));
-
-    Table<std::int32_t, 1> IA;
-    IA.allocate(5);
-    for (int i = 1; i <= 5; ++i) IA(i) = i < 5 ? 5 - i : -99;
-    SPARSEMATRIX_FCN::SUMIASPARS(IA);
-    EXPECT_EQ(list(IA), (Numbers{1, 5, 8, 10, 11}));
-}
-
 // Of KE(i,j) and KE(j,i) the one whose row is the smaller node number.
 TEST(Assembly, ElementMatrixGoesToUpperTriangle) {
     Section s;
