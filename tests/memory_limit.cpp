@@ -1,5 +1,6 @@
 #include "tests/memory_limit.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 
@@ -13,6 +14,7 @@ bool allowed() {
     if (left > 0) --left;
     if (left != 0) return true;
     if (only_one) left = -1;
+    errno = ENOMEM;  // as the library's own do
     return false;
 }
 

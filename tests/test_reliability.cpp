@@ -175,9 +175,9 @@ std::size_t stack_used(std::function<void()> work) {
 
 TEST(Reliability, EveryAllocationMayFail) {
     // plain, coupled, and on the general path of the solver; larger ones of more steps in one mode
-    for (const Section& section : {sample(), sample(0.5), sample(1, -45), large(100), large(100, -1)}) {
+    for (const Section& section : {sample(), sample(0.5), sample(1, -45), large(40), large(40, -1)}) {
         for (const double mode : {0.0, 1.0, 11.0}) {
-            if (section.y.size() > 50 && mode > 0) continue;
+            if (section.y.size() > 40 && mode > 0) continue;
             const Host host = host_of(section, mode);
             const long n = fail_every_allocation(host, limit_allocations);
             EXPECT_EQ(fail_every_allocation(host, fail_one_allocation), n);
