@@ -105,8 +105,8 @@ bool try_pivot(OpenFront& f, std::size_t j, double share) {
 }
 
 // The pivot at column j if what it takes from other rows is bounded by the largest entry of the row that it is tied to
-// most (Bunch and Kaufman), however long its column of L. A stiff part that hangs in weak material has such a pivot as its last one: small beside
-// its neighbours, which the part's own stiffness has scaled, and no less exact.
+// most (Bunch and Kaufman), however long its column of L. A stiff part that hangs in weak material has such a pivot as
+// its last one: small beside its neighbours, which the part's own stiffness has scaled, and no less exact.
 bool try_small_pivot(OpenFront& f, std::size_t j, double share) {
     const std::size_t i = largest_beside(f, j, j, f.judged);
     const double beside = i == j ? 0 : magnitude(f, i, j), d = magnitude(f, j, j);

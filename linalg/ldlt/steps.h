@@ -240,15 +240,15 @@ struct Border {
     Buffer<double> Y;                 // (blocks of 4 primaries, nodes, LANES)  L^-1 times the primaries' columns; Q of
                                       //                                        their Q R from `orthogonalise` on
     std::vector<double> R;            // (primaries, primaries)  unit upper triangle, column after column
-    std::vector<double> length;       // (primaries)             of each column of Q in D^-1, of a dependent one as it was
+    std::vector<double> length;  // (primaries)             of each column of Q in D^-1, of a dependent one as it was
     std::vector<std::int8_t> dependent;  // (primaries)          1 where a column depends on those before it
     std::vector<double> scale;           // (places)                of the rows of the front
     IndefiniteFront front;               //                         rows: places
     bool unfit = false;  // the core turned out indefinite, or the border too large: nothing else is filled
 };
 
-// Everything that is needed to solve. Where `dead` is set the equation is passed over and the unknown is 0, of a primary
-// that among the combinations of Q.
+// Everything that is needed to solve. Where `dead` is set the equation is passed over and the unknown is 0, of a
+// primary that among the combinations of Q.
 struct System {
     Memory* memory = nullptr;
     bool general = false;  // the fronts below take all of the matrix; else the members before them
