@@ -316,11 +316,12 @@ void factorise_border(const Matrix& A, System& system) {
     f.null = NULLBORDER;
     f.F = dense_matrix(system, rest, size);
     for (std::size_t p = 0; p < size; ++p) f.rows.push_back(static_cast<std::int32_t>(p));
-    // The core has given the primaries their scale, unless what they hold of a second is larger than that.
-    std::vector<std::int8_t> scaled(size);
+    // The core has given the primaries their scale, unless what they hold of a second is larger than that. A dependent
+    // one has nothing but rounding on its diagonal, which must not set it.
+    std::vector<double> core(size);  // what the core takes from a diagonal, or took before its column was dependent
     border.scale.assign(size, 1);
     for (std::size_t z = 0; z < primaries; ++z) {
-        scaled[border.place[grounded + z]] = border.length[z] > 0 ? 1 : 0;
+        core[border.place[grounded + z]] = border.length[z] * border.length[z];
         border.scale[border.place[grounded + z]] = scale_of(border, z);
     }
     const auto dead = [](std::int32_t place) { return place < 0; };
@@ -329,10 +330,11 @@ void factorise_border(const Matrix& A, System& system) {
                                                                      std::count_if(seconds, border.place.end(), dead));
     const auto entries = [&](const auto& visit) {
         for (std::size_t j = 0; j < size; ++j)
-            for (std::size_t i = j; i < size; ++i) visit(i, j, f.F[j * size + i]);
+            for (std::size_t i = j; i < size; ++i)
+                visit(i, j, i == j ? std::max(std::fabs(f.F[j * size + i]), core[i]) : f.F[j * size + i]);
     };
     equilibrate(border.scale, entries,
-                [&](std::size_t i, std::size_t j) { return scaled[i] == 0 || i == j || j >= first_second; });
+                [&](std::size_t i, std::size_t j) { return core[i] == 0 || i == j || j >= first_second; });
     for (std::size_t j = 0; j < size; ++j)
         for (std::size_t i = 0; i < size; ++i) f.F[j * size + i] *= border.scale[i] * border.scale[j];
 
