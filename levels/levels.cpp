@@ -1,5 +1,219 @@
-#include "levels/velquor_levels.h"
-extern "C" void vq_levels(int32_t* STATUS, const double*, int32_t, const int32_t*, int32_t, const double*, int32_t,
-                          VYZTUZE_INFO*, double*, double*, double*, int32_t*, double*, int32_t*, vq_place, void*) {
-    if (STATUS) *STATUS = VQ_REFUSED;
+// The levels from coarse to fine, a call each.
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "levels/boundary.h"
+#include "levels/extrapolate.h"
+#include "levels/mesh.h"
+#include "levels/pieces.h"
+#include "levels/sharp.h"
+
+namespace levels {
+namespace {
+
+// A search for a plastic axis that begins here ends here.
+constexpr double TRAP = 100.0, TRAPPED = 1e-9;
+constexpr double MINMODULUS = 2.0;  // of a bar that takes part
+
+bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >= MINMODULUS; }
+
+// One call on a level of its own.
+struct Call {
+    Slots slots{};
+    std::vector<double> nodeout, elemout;
+};
+
+std::int32_t solve(const Tables& mesh, std::int32_t NGROUPS, double mode, std::vector<VYZTUZE_INFO>& bars, Call& call) {
+    std::int32_t STATUS = NGROUPS;
+    call.slots = {};
+    call.slots[VQ_MODE_SLOT] = mode;
+    call.nodeout.resize(3 * static_cast<std::size_t>(mesh.NNODES));
+    call.elemout.resize(48 * static_cast<std::size_t>(mesh.NELEMS));
+    vq_velquor(&STATUS, mesh.NODES, mesh.NNODES, mesh.ELEMENTS, mesh.NELEMS, mesh.PROPS,
+               static_cast<std::int32_t>(bars.size()), bars.data(), call.slots.data(), call.nodeout.data(),
+               call.elemout.data());
+    return STATUS;
+}
+
+bool has_axis_in_trap(const Slots& slots) {
+    for (const int first : {VQ_PLAXIS_Y, VQ_PLAXIS_U})
+        for (int k = 0; k < 4; ++k)
+            if (std::fabs(slots[static_cast<std::size_t>(first + k)] - TRAP) <= TRAPPED) return true;
+    return false;
+}
+
+// Adds a bar that takes no part, on a node of its own beyond the section: it widens the interval of the plastic
+// searches, which begin in another middle then.
+void widen(const Tables& mesh, Mesh& wider, std::vector<VYZTUZE_INFO>& bars) {
+    const std::size_t nodes = static_cast<std::size_t>(mesh.NNODES), elements = static_cast<std::size_t>(mesh.NELEMS);
+    if (nodes >= INT32_MAX - 1) throw std::bad_alloc();
+    double low[2] = {mesh.y(mesh.node(0, 0)), mesh.z(mesh.node(0, 0))}, high[2] = {low[0], low[1]};
+    for (std::size_t k = 0; k < 4 * elements; ++k)
+        for (std::size_t axis = 0; axis < 2; ++axis) {
+            const double x = mesh.NODES[axis * nodes + static_cast<std::size_t>(mesh.ELEMENTS[k]) - 1];
+            low[axis] = std::min(low[axis], x);
+            high[axis] = std::max(high[axis], x);
+        }
+    Mesh copy;
+    for (std::size_t axis = 0; axis < 2; ++axis) {
+        const double* column = mesh.NODES + axis * nodes;
+        copy.nodes.insert(copy.nodes.end(), column, column + nodes);
+        copy.nodes.push_back(high[axis] + 0.375 * (high[axis] - low[axis]));
+    }
+    copy.elements.assign(mesh.ELEMENTS, mesh.ELEMENTS + 4 * elements);
+    copy.props.assign(mesh.PROPS, mesh.PROPS + VQ_NCOLUMNS * elements);
+    VYZTUZE_INFO bar{};
+    bar.NODE = mesh.NNODES + 1;
+    bars.push_back(bar);
+    wider = std::move(copy);
+}
+
+// What the host's nodes, corners and bars have of a call on a mesh `level` refinements below the host's.
+LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const Tables& mesh, const Call& call,
+                     const std::vector<VYZTUZE_INFO>& bars) {
+    LevelResults results;
+    results.slots = call.slots;
+    for (std::size_t column = 0; column < 3; ++column) {
+        const double* from = call.nodeout.data() + column * static_cast<std::size_t>(mesh.NNODES);
+        results.nodeout.insert(results.nodeout.end(), from, from + host.NNODES);
+    }
+    results.elemout.reserve(48 * static_cast<std::size_t>(host.NELEMS));
+    for (std::size_t e = 0; e < static_cast<std::size_t>(host.NELEMS); ++e)
+        for (int p = 0; p < 4; ++p) {
+            const int corner = std::min(p, host.corners(e) - 1);
+            const double* from = call.elemout.data() + 48 * part_at_corner(e, corner, level) + 12 * corner;
+            results.elemout.insert(results.elemout.end(), from, from + 12);
+        }
+    for (std::int32_t b = 0; b < NPOINTS; ++b)
+        results.stress.insert(results.stress.end(), bars[static_cast<std::size_t>(b)].STRESS,
+                              bars[static_cast<std::size_t>(b)].STRESS + 4);
+    return results;
+}
+
+// Everything that a run makes before it writes to the host's tables.
+struct Run {
+    std::int32_t status = VQ_DONE;     // of the level that did not go well
+    std::vector<LevelResults> levels;  // those that did
+    std::vector<VYZTUZE_INFO> bars;    // as the host's own mesh fills them
+    std::vector<std::int8_t> sharp;    // (NNODES)
+};
+
+// One level's results are added to the run, or its status is set.
+void run_level(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, double mode, int level, Tables& mesh,
+               Mesh& owned, std::vector<VYZTUZE_INFO>& bars, Run& run) {
+    Call call;
+    run.status = solve(mesh, NGROUPS, mode, bars, call);
+    if (run.status == VQ_DONE && has_axis_in_trap(call.slots) && bars.size() == static_cast<std::size_t>(NPOINTS)) {
+        Mesh wider;
+        widen(mesh, wider, bars);
+        owned = std::move(wider);
+        mesh = owned.tables();
+        run.status = solve(mesh, NGROUPS, mode, bars, call);
+    }
+    if (run.status != VQ_DONE) return;
+    if (level == 0) run.bars.assign(bars.begin(), bars.begin() + NPOINTS);
+    std::vector<std::int8_t> sharp = sharp_nodes(host, mesh, level);
+    run.levels.push_back(at_host(host, NPOINTS, level, mesh, call, bars));
+    run.sharp = std::move(sharp);
+}
+
+Run run_levels(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, const VYZTUZE_INFO* POINTS, double mode,
+               int wanted, vq_place place, void* context) {
+    Run run;
+    try {
+        run.levels.reserve(static_cast<std::size_t>(wanted));
+        std::vector<VYZTUZE_INFO> bars(POINTS, POINTS + NPOINTS);
+        std::vector<Arc> arcs;
+        Mesh owned;
+        Tables mesh = host;
+        for (int level = 0; level < wanted; ++level) {
+            if (level == 1 && place) arcs = arcs_of(host);
+            if (level > 0) {
+                Mesh finer = refined(mesh, arcs, place, context);
+                owned = std::move(finer);
+                mesh = owned.tables();
+                for (VYZTUZE_INFO& bar : bars)
+                    if (takes_part(bar)) bar.ELEMENT = part_with(mesh, bar.ELEMENT, mesh.y(bar.NODE), mesh.z(bar.NODE));
+            }
+            run_level(host, NGROUPS, NPOINTS, mode, level, mesh, owned, bars, run);
+            if (run.status != VQ_DONE) break;
+        }
+    } catch (...) {
+        run.status = VQ_OUT_OF_MEMORY;
+    }
+    return run;
+}
+
+// The largest amount of the shear stress of a unit torque at corners that are not sharp, as its reciprocal.
+double largest_elsewhere(const std::vector<double>& elemout, const std::vector<std::int8_t>& sharp_corner) {
+    double largest = 0;
+    for (std::size_t corner = 0; corner < sharp_corner.size(); ++corner) {
+        const double *tau = &elemout[12 * corner], squared = tau[0] * tau[0] + tau[1] * tau[1];
+        if (!sharp_corner[corner]) largest = std::max(largest, squared);
+    }
+    return 1 / std::sqrt(largest);
+}
+
+}  // namespace
+}  // namespace levels
+
+extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_t NNODES, const std::int32_t* ELEMENTS,
+                          std::int32_t NELEMS, const double* PROPS, std::int32_t NPOINTS, VYZTUZE_INFO* POINTS,
+                          double* RESULT, double* NODEOUT, double* ELEMOUT, std::int32_t* LEVELS, double* BOUNDS,
+                          std::int32_t* SHARP, vq_place place, void* context) {
+    using namespace levels;
+    if (!STATUS) return;
+    const std::int32_t NGROUPS = *STATUS, wanted = LEVELS ? *LEVELS : 0;
+    *STATUS = VQ_REFUSED;
+    if (LEVELS) *LEVELS = 0;
+    const bool complete =
+        NODES && ELEMENTS && PROPS && RESULT && NODEOUT && ELEMOUT && BOUNDS && (POINTS || NPOINTS == 0);
+    const bool counted =
+        NNODES >= 0 && NELEMS >= 0 && NPOINTS >= 0 && NNODES < INT32_MAX && NELEMS < INT32_MAX && NPOINTS < INT32_MAX;
+    if (!complete || !counted || wanted < 1 || wanted > VQ_MAXLEVELS) return;
+
+    const Boundary boundary;
+    const Tables host{NODES, NNODES, ELEMENTS, NELEMS, PROPS};
+    Run run = run_levels(host, NGROUPS, NPOINTS, POINTS, RESULT[VQ_MODE_SLOT], wanted, place, context);
+    const std::int32_t good = static_cast<std::int32_t>(run.levels.size());
+    *LEVELS = good;
+    if (good < std::min(wanted, 2)) {
+        *STATUS = run.status;
+        return;
+    }
+    try {
+        Unlimited unlimited;
+        for (std::int32_t b = 0; b < NPOINTS; ++b) {
+            unlimited.shear = unlimited.shear || takes_part(POINTS[b]);
+            unlimited.warping = unlimited.warping || (takes_part(POINTS[b]) && POINTS[b].GMODUL != 0);
+        }
+        unlimited.warping = unlimited.warping || count_pieces(host) > 1;
+        std::vector<std::int8_t> sharp_corner(4 * static_cast<std::size_t>(NELEMS));
+        for (std::size_t k = 0; k < sharp_corner.size(); ++k)
+            sharp_corner[k] = run.sharp[static_cast<std::size_t>(host.node(k / 4, static_cast<int>(k % 4))) - 1];
+        unlimited.stress = std::count(sharp_corner.begin(), sharp_corner.end(), 1) > 0;
+
+        Slots values, bounds;
+        extrapolate_slots(run.levels, unlimited, values, bounds);
+        extrapolate_fields(run.levels, unlimited, sharp_corner);
+        const LevelResults& finest = run.levels.back();
+        if (unlimited.stress && good > 1) values[VQ_WT] = largest_elsewhere(finest.elemout, sharp_corner);
+
+        std::copy(values.begin(), values.end(), RESULT);
+        std::copy(bounds.begin(), bounds.end(), BOUNDS);
+        std::copy(finest.nodeout.begin(), finest.nodeout.end(), NODEOUT);
+        std::copy(finest.elemout.begin(), finest.elemout.end(), ELEMOUT);
+        for (std::size_t b = 0; b < run.bars.size(); ++b) {
+            std::copy_n(&finest.stress[4 * b], 4, run.bars[b].STRESS);
+            POINTS[b] = run.bars[b];
+        }
+        if (SHARP) std::copy(run.sharp.begin(), run.sharp.end(), SHARP);
+        *STATUS = VQ_DONE;
+    } catch (...) {
+        *STATUS = VQ_OUT_OF_MEMORY;
+        *LEVELS = 0;
+    }
 }
