@@ -41,25 +41,6 @@ Direction direction(const Slots& slots) {
 
 double largest(std::initializer_list<double> values) { return std::max(values); }
 
-// A stress converges with the first order and a regular second: Richardson's extrapolation for both.
-double from_corners(double v0, double v1, double v2) { return (8 * v2 - 6 * v1 + v0) / 3; }
-double from_corners(double v0, double v1) { return 2 * v1 - v0; }
-
-// WT from the largest stresses, its reciprocals.
-Estimate estimate_largest(const std::vector<LevelResults>& levels) {
-    const std::size_t n = levels.size();
-    const double WT = levels[n - 1].slots[VQ_WT], v2 = 1 / WT;
-    if (n == 1) return {WT, unknown};
-    const double v1 = 1 / levels[n - 2].slots[VQ_WT], first = from_corners(v1, v2);
-    double e = first, bound = std::fabs(v2 - v1);
-    if (n > 2) {
-        e = from_corners(1 / levels[n - 3].slots[VQ_WT], v1, v2);
-        bound = largest({std::fabs(e - first), DOUBT * std::fabs(e - v2), SOLVED * v2});
-    }
-    if (!(e > bound)) return {WT, std::isfinite(WT) ? std::fabs(WT) : infinity};
-    return {1 / e, bound / (e * (e - bound))};
-}
-
 // The factor by which a field's error falls from level to level, in the mean; 0 where it does not. `each(visit)` visits
 // the field's values on the last three levels.
 template <class Each>
@@ -121,12 +102,12 @@ void extrapolate_slots(const std::vector<LevelResults>& levels, const Unlimited&
     for (int slot : {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}) scalar(slot, EXACT * moment);
     for (int slot : {VQ_YC, VQ_ZC}) scalar(slot, EXACT * away);
     for (int slot : {VQ_SCY, VQ_SCZ, VQ_RY, VQ_RZ}) scalar(slot, SOLVED * away);
-    for (int slot : {VQ_GJ, VQ_IW, VQ_IWS}) scalar(slot, SOLVED * std::fabs(finest[static_cast<std::size_t>(slot)]));
+    for (int slot : {VQ_GJ, VQ_IW, VQ_IWS, VQ_WT})
+        scalar(slot, SOLVED * std::fabs(finest[static_cast<std::size_t>(slot)]));
     for (int slot : {VQ_GAY, VQ_GAZ}) scalar(slot, SOLVED * G);
     for (int slot : {VQ_WR1, VQ_WR2}) scalar(slot, std::isfinite(skew) ? SOLVED * skew : 0);
     for (int slot : {VQ_ANET, VQ_WEIGHT}) scalar(slot, EXACT * std::fabs(finest[static_cast<std::size_t>(slot)]));
     bounds[VQ_EREF] = bounds[VQ_GREF] = count == 1 ? unknown : 0;
-    set(VQ_WT, estimate_largest(levels));
 
     // ALPHA stays the finest level's; directions and tensors are turned to it.
     const auto [c, s] = direction(finest);
@@ -211,7 +192,7 @@ void extrapolate_slots(const std::vector<LevelResults>& levels, const Unlimited&
 }
 
 void extrapolate_fields(std::vector<LevelResults>& levels, const Unlimited& unlimited,
-                        const std::vector<std::int8_t>& sharp) {
+                        const std::vector<std::int8_t>& triangle, const std::vector<std::int8_t>& sharp) {
     const std::size_t n = levels.size();
     if (n == 1) return;
     const auto [c, s] = direction(levels.back().slots);
@@ -253,11 +234,17 @@ void extrapolate_fields(std::vector<LevelResults>& levels, const Unlimited& unli
         correct(&LevelResults::nodeout, column * nodes, (column + 1) * nodes, 1);
     correct(&LevelResults::elemout, 11, last.elemout.size(), 12);
     correct(&LevelResults::stress, 3, last.stress.size(), 4);
+    // Shear stresses at corners are of the first order and, as Richardson's extrapolation wants it, regular in the
+    // second: (8 v2 - 6 v1 + v0) / 3. Those of torsion in quadrilaterals came with the second.
     for (std::size_t corner = 0; corner < last.elemout.size() / 12; ++corner) {
         if (sharp[corner]) continue;
-        for (std::size_t i = 12 * corner; i < 12 * corner + 8; ++i)
-            last.elemout[i] = n > 2 ? from_corners(v0.elemout[i], v1.elemout[i], last.elemout[i])
-                                    : from_corners(v1.elemout[i], last.elemout[i]);
+        for (std::size_t i = 12 * corner; i < 12 * corner + 8; ++i) {
+            const double v2 = last.elemout[i], d2 = v2 - v1.elemout[i];
+            if (i < 12 * corner + 2 && !triangle[corner / 4])
+                last.elemout[i] += d2 / 3;
+            else
+                last.elemout[i] = n > 2 ? v2 + (5 * d2 - v1.elemout[i] + v0.elemout[i]) / 3 : v2 + d2;
+        }
     }
 }
 

@@ -11,7 +11,8 @@ namespace levels {
 
 using Slots = std::array<double, VQ_NSLOTS>;
 
-// What a level gave at the host's nodes, corners and bars.
+// What a level gave at the host's nodes, corners and bars. Where there are several levels, WT and the shear stresses of
+// a unit torque in quadrilaterals are of second order.
 struct LevelResults {
     Slots slots;
     std::vector<double> nodeout;  // (NNODES, 3)
@@ -38,9 +39,10 @@ Estimate estimate(const double* values, int count, double floor);
 void extrapolate_slots(const std::vector<LevelResults>& levels, const Unlimited& unlimited, Slots& values,
                        Slots& bounds);
 
-// The finest level's fields become extrapolated ones, all others turned to its principal axes on the way. Shear
-// stresses at corners with sharp = 1, (4, NELEMS), stay as they are.
+// The finest level's fields become extrapolated ones; all others are turned to its principal axes on the way.
+//   triangle  (NELEMS)     1 where an element of the host is one
+//   sharp     (4, NELEMS)  1 at corners where shear stresses stay as they are
 void extrapolate_fields(std::vector<LevelResults>& levels, const Unlimited& unlimited,
-                        const std::vector<std::int8_t>& sharp);
+                        const std::vector<std::int8_t>& triangle, const std::vector<std::int8_t>& sharp);
 
 }  // namespace levels

@@ -71,11 +71,35 @@ void widen(const Tables& mesh, Mesh& wider, std::vector<VYZTUZE_INFO>& bars) {
     wider = std::move(copy);
 }
 
+// Shear stresses of a unit torque at corner p of a quadrilateral come with the motion of the opposite corner, which
+// makes them first-order ones; with the motion of the corner itself they are of second order.
+void correct_torsion(const Tables& mesh, double GJ, std::size_t e, int p, double* tau) {
+    if (mesh.corners(e) == 3) return;
+    const std::int32_t at = mesh.node(e, p), opposite = mesh.node(e, (p + 2) % 4);
+    const double share = mesh.property(e, VQ_GMOD) / GJ;
+    tau[0] -= share * (mesh.z(at) - mesh.z(opposite));
+    tau[1] += share * (mesh.y(at) - mesh.y(opposite));
+}
+
+// The reciprocal of the largest of them over all corners of a mesh.
+double torsional_modulus(const Tables& mesh, const Call& call) {
+    double largest = 0;
+    for (std::size_t e = 0; e < static_cast<std::size_t>(mesh.NELEMS); ++e)
+        for (int p = 0; p < mesh.corners(e); ++p) {
+            double tau[2] = {call.elemout[48 * e + 12 * p], call.elemout[48 * e + 12 * p + 1]};
+            correct_torsion(mesh, call.slots[VQ_GJ], e, p, tau);
+            largest = std::max(largest, tau[0] * tau[0] + tau[1] * tau[1]);
+        }
+    return 1 / std::sqrt(largest);
+}
+
 // What the host's nodes, corners and bars have of a call on a mesh `level` refinements below the host's.
+// `alone`: as the library gave it, for want of another level.
 LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const Tables& mesh, const Call& call,
-                     const std::vector<VYZTUZE_INFO>& bars) {
+                     const std::vector<VYZTUZE_INFO>& bars, bool alone) {
     LevelResults results;
     results.slots = call.slots;
+    if (!alone) results.slots[VQ_WT] = torsional_modulus(mesh, call);
     for (std::size_t column = 0; column < 3; ++column) {
         const double* from = call.nodeout.data() + column * static_cast<std::size_t>(mesh.NNODES);
         results.nodeout.insert(results.nodeout.end(), from, from + host.NNODES);
@@ -84,8 +108,11 @@ LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const 
     for (std::size_t e = 0; e < static_cast<std::size_t>(host.NELEMS); ++e)
         for (int p = 0; p < 4; ++p) {
             const int corner = std::min(p, host.corners(e) - 1);
-            const double* from = call.elemout.data() + 48 * part_at_corner(e, corner, level) + 12 * corner;
+            const std::size_t part = part_at_corner(e, corner, level);
+            const double* from = call.elemout.data() + 48 * part + 12 * corner;
             results.elemout.insert(results.elemout.end(), from, from + 12);
+            if (!alone)
+                correct_torsion(mesh, call.slots[VQ_GJ], part, corner, &results.elemout[results.elemout.size() - 12]);
         }
     for (std::int32_t b = 0; b < NPOINTS; ++b)
         results.stress.insert(results.stress.end(), bars[static_cast<std::size_t>(b)].STRESS,
@@ -102,8 +129,8 @@ struct Run {
 };
 
 // One level's results are added to the run, or its status is set.
-void run_level(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, double mode, int level, Tables& mesh,
-               Mesh& owned, std::vector<VYZTUZE_INFO>& bars, Run& run) {
+void run_level(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, double mode, int level, bool alone,
+               Tables& mesh, Mesh& owned, std::vector<VYZTUZE_INFO>& bars, Run& run) {
     Call call;
     run.status = solve(mesh, NGROUPS, mode, bars, call);
     if (run.status == VQ_DONE && has_axis_in_trap(call.slots) && bars.size() == static_cast<std::size_t>(NPOINTS)) {
@@ -116,7 +143,7 @@ void run_level(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, d
     if (run.status != VQ_DONE) return;
     if (level == 0) run.bars.assign(bars.begin(), bars.begin() + NPOINTS);
     std::vector<std::int8_t> sharp = sharp_nodes(host, mesh, level);
-    run.levels.push_back(at_host(host, NPOINTS, level, mesh, call, bars));
+    run.levels.push_back(at_host(host, NPOINTS, level, mesh, call, bars, alone));
     run.sharp = std::move(sharp);
 }
 
@@ -138,7 +165,7 @@ Run run_levels(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, c
                 for (VYZTUZE_INFO& bar : bars)
                     if (takes_part(bar)) bar.ELEMENT = part_with(mesh, bar.ELEMENT, mesh.y(bar.NODE), mesh.z(bar.NODE));
             }
-            run_level(host, NGROUPS, NPOINTS, mode, level, mesh, owned, bars, run);
+            run_level(host, NGROUPS, NPOINTS, mode, level, wanted == 1, mesh, owned, bars, run);
             if (run.status != VQ_DONE) break;
         }
     } catch (...) {
@@ -191,14 +218,15 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
             unlimited.warping = unlimited.warping || (takes_part(POINTS[b]) && POINTS[b].GMODUL != 0);
         }
         unlimited.warping = unlimited.warping || count_pieces(host) > 1;
-        std::vector<std::int8_t> sharp_corner(4 * static_cast<std::size_t>(NELEMS));
+        std::vector<std::int8_t> triangle, sharp_corner(4 * static_cast<std::size_t>(NELEMS));
+        for (std::size_t e = 0; e < static_cast<std::size_t>(NELEMS); ++e) triangle.push_back(host.corners(e) == 3);
         for (std::size_t k = 0; k < sharp_corner.size(); ++k)
             sharp_corner[k] = run.sharp[static_cast<std::size_t>(host.node(k / 4, static_cast<int>(k % 4))) - 1];
         unlimited.stress = std::count(sharp_corner.begin(), sharp_corner.end(), 1) > 0;
 
         Slots values, bounds;
         extrapolate_slots(run.levels, unlimited, values, bounds);
-        extrapolate_fields(run.levels, unlimited, sharp_corner);
+        extrapolate_fields(run.levels, unlimited, triangle, sharp_corner);
         const LevelResults& finest = run.levels.back();
         if (unlimited.stress && good > 1) values[VQ_WT] = largest_elsewhere(finest.elemout, sharp_corner);
 
