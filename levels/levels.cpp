@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <limits>
+#include <memory>
 #include <new>
 
 #include "levels/boundary.h"
@@ -23,18 +23,18 @@ bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >=
 // One call on a level of its own.
 struct Call {
     Slots slots{};
-    std::vector<double> nodeout, elemout;
+    std::unique_ptr<double[]> nodeout, elemout;  // uncleared: the library fills all of them
 };
 
 std::int32_t solve(const Tables& mesh, std::int32_t NGROUPS, double mode, std::vector<VYZTUZE_INFO>& bars, Call& call) {
     std::int32_t STATUS = NGROUPS;
     call.slots = {};
     call.slots[VQ_MODE_SLOT] = mode;
-    call.nodeout.resize(3 * static_cast<std::size_t>(mesh.NNODES));
-    call.elemout.resize(48 * static_cast<std::size_t>(mesh.NELEMS));
+    call.nodeout.reset(new double[3 * static_cast<std::size_t>(mesh.NNODES)]);
+    call.elemout.reset(new double[48 * static_cast<std::size_t>(mesh.NELEMS)]);
     vq_velquor(&STATUS, mesh.NODES, mesh.NNODES, mesh.ELEMENTS, mesh.NELEMS, mesh.PROPS,
-               static_cast<std::int32_t>(bars.size()), bars.data(), call.slots.data(), call.nodeout.data(),
-               call.elemout.data());
+               static_cast<std::int32_t>(bars.size()), bars.data(), call.slots.data(), call.nodeout.get(),
+               call.elemout.get());
     return STATUS;
 }
 
@@ -101,7 +101,7 @@ LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const 
     results.slots = call.slots;
     if (!alone) results.slots[VQ_WT] = torsional_modulus(mesh, call);
     for (std::size_t column = 0; column < 3; ++column) {
-        const double* from = call.nodeout.data() + column * static_cast<std::size_t>(mesh.NNODES);
+        const double* from = call.nodeout.get() + column * static_cast<std::size_t>(mesh.NNODES);
         results.nodeout.insert(results.nodeout.end(), from, from + host.NNODES);
     }
     results.elemout.reserve(48 * static_cast<std::size_t>(host.NELEMS));
@@ -109,7 +109,7 @@ LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const 
         for (int p = 0; p < 4; ++p) {
             const int corner = std::min(p, host.corners(e) - 1);
             const std::size_t part = part_at_corner(e, corner, level);
-            const double* from = call.elemout.data() + 48 * part + 12 * corner;
+            const double* from = call.elemout.get() + 48 * part + 12 * corner;
             results.elemout.insert(results.elemout.end(), from, from + 12);
             if (!alone)
                 correct_torsion(mesh, call.slots[VQ_GJ], part, corner, &results.elemout[results.elemout.size() - 12]);
