@@ -1,25 +1,28 @@
-// What a call finds of its thread and leaves as it was.
+// The boundary to the host, on the way in and out.
 #pragma once
 
 #include <cerrno>
 #include <cfenv>
 
-namespace levels {
+namespace velquor {
 
-// Rounding to nearest, no traps, no flags while it lives; then the host's own again, and the host's errno.
-struct Boundary {
+// What arithmetic and the C library may change of the calling thread's state. A host may round in another direction,
+// flush denormal numbers to zero or let exceptions trap; while this record lives, the thread has the default
+// environment. The host's modes, traps, flags and errno come back with its end.
+struct ThreadState {
     std::fenv_t environment;
-    int error = errno;
-    Boundary() {
-        std::feholdexcept(&environment);
+    int error;
+
+    ThreadState() : error(errno) {
+        std::fegetenv(&environment);
         std::fesetenv(FE_DFL_ENV);
     }
-    ~Boundary() {
+    ~ThreadState() {
         std::fesetenv(&environment);
         errno = error;
     }
-    Boundary(const Boundary&) = delete;
-    Boundary& operator=(const Boundary&) = delete;
+    ThreadState(const ThreadState&) = delete;
+    ThreadState& operator=(const ThreadState&) = delete;
 };
 
-}  // namespace levels
+}  // namespace velquor

@@ -202,7 +202,7 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
         NNODES >= 0 && NELEMS >= 0 && NPOINTS >= 0 && NNODES < INT32_MAX && NELEMS < INT32_MAX && NPOINTS < INT32_MAX;
     if (!complete || !counted || wanted < 1 || wanted > VQ_MAXLEVELS) return;
 
-    const Boundary boundary;
+    const velquor::ThreadState state;
     const Tables host{NODES, NNODES, ELEMENTS, NELEMS, PROPS};
     Run run = run_levels(host, NGROUPS, NPOINTS, POINTS, RESULT[VQ_MODE_SLOT], wanted, place, context);
     const std::int32_t good = static_cast<std::int32_t>(run.levels.size());
