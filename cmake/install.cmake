@@ -1,14 +1,14 @@
-# Installation: the library, its header, a CMake package, a pkg-config file, the bindings, examples and licences, all free to
+# Installation: the libraries, their headers, a CMake package, pkg-config files, the bindings, examples and licences, all free to
 # be moved as one tree. The component runtime is what a program needs to run.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/velquor)
-install(TARGETS velquor EXPORT velquor-targets
+install(TARGETS velquor velquor_levels EXPORT velquor-targets
   ARCHIVE COMPONENT development
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(FILES api/velquor.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(FILES api/velquor.h levels/velquor_levels.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(DIRECTORY bindings/ DESTINATION ${CMAKE_INSTALL_DATADIR}/velquor COMPONENT development
   PATTERN __pycache__ EXCLUDE)
 
@@ -26,8 +26,10 @@ list(TRANSFORM interface_libraries PREPEND " -l" OUTPUT_VARIABLE VQ_PC_LIBS)
 list(TRANSFORM interface_definitions PREPEND " -D" OUTPUT_VARIABLE VQ_PC_CFLAGS)
 string(REPLACE ";" "" VQ_PC_LIBS "${VQ_PC_LIBS}")
 string(REPLACE ";" "" VQ_PC_CFLAGS "${VQ_PC_CFLAGS}")
-configure_file(cmake/velquor.pc.in velquor.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/velquor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+foreach(file velquor.pc velquor-levels.pc)
+  configure_file(cmake/${file}.in ${file} @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endforeach()
 
 # Licences and examples: each Debian package has a folder of its own for them.
 if(VQ_DEBIAN_PACKAGES)

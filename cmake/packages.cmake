@@ -1,6 +1,6 @@
 # Two Debian packages, one for each component: cmake --workflow --preset package.
 if(NOT library_component STREQUAL "runtime")
-  message(FATAL_ERROR "The Debian packages hold the shared library: BUILD_SHARED_LIBS and VQ_DEBIAN_PACKAGES contradict")
+  message(FATAL_ERROR "The Debian packages hold the shared libraries: BUILD_SHARED_LIBS and VQ_DEBIAN_PACKAGES contradict")
 endif()
 set(runtime_package libvelquor${PROJECT_VERSION_MAJOR})
 set(development_package libvelquor-dev)
@@ -28,14 +28,16 @@ set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})  # the one library needs the other
 # Programs built against this release need it or a later one.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
-set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "characteristics of beam cross-sections, shared library
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "characteristics of beam cross-sections, shared libraries
 Velquor finds the axial, bending, torsional and shear stiffness of a beam's
 cross-section, its plastic moduli, shear centre and warping constants, and the
-stresses of unit loads, from a finite-element mesh of its plane.")
+stresses of unit loads, from a finite-element mesh of its plane. A second
+library refines the mesh, and gives each value a bound for its error.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -43,7 +45,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "python3-numpy, gfortran")
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)  # on the runtime package of the very same version
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "characteristics of beam cross-sections, development files
-What a program that calls Velquor is built with: the C header, a CMake package,
-a pkg-config file, modules for Python and Fortran, and examples.")
+What a program that calls Velquor is built with: the C headers of its two
+libraries, a CMake package, pkg-config files, modules for Python and Fortran,
+and examples.")
 
 include(CPack)

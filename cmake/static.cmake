@@ -1,23 +1,33 @@
-# The static library: one object, of ours and of what is taken from the archives, in which vq_velquor alone has a name for
-# others. So a host's own LAPACK and BLAS are never taken for these, nor these for its own. The name is hidden, too: a shared
-# library of the host does not pass it on.
-target_compile_definitions(velquor_objects PUBLIC VQ_STATIC)
-# Machine code with names that can be made local, also where the host has its programs optimised at link time.
-target_compile_options(velquor_objects PRIVATE -fno-lto $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
-set(archives ${VQ_LAPACK_ARCHIVE} ${VQ_BLAS_ARCHIVE} ${VQ_AMD_ARCHIVE})
-add_custom_command(OUTPUT velquor$<CONFIG>.o
-  COMMAND ${CMAKE_CXX_COMPILER} -fuse-ld=bfd -nostdlib -r -Wl,--force-group-allocation -o velquor$<CONFIG>.o
-    $<TARGET_OBJECTS:velquor_objects> ${archives}
-  COMMAND ${CMAKE_OBJCOPY} --keep-global-symbol=vq_velquor velquor$<CONFIG>.o
-  DEPENDS velquor_objects $<TARGET_OBJECTS:velquor_objects> ${archives}
-  COMMENT "Linking the object of libvelquor.a" COMMAND_EXPAND_LISTS VERBATIM)
-add_library(velquor STATIC ${PROJECT_BINARY_DIR}/velquor$<CONFIG>.o)
-set_target_properties(velquor PROPERTIES LINKER_LANGUAGE CXX)
+# The static libraries: each one object, of ours and of what is taken from archives, in which the routines of the C header
+# alone have names for others. So a host's own LAPACK and BLAS are never taken for these, nor these for its own. The names
+# are hidden, too: a shared library of the host does not pass them on.
+set(interface_definitions VQ_STATIC)
 
-# By name, so that a host without C++ can link it: the runtime of the compiler that built the library.
+# A static library of the objects in <target>_objects: OUTPUT its file's name, NAMES for others, ARCHIVES it takes from.
+function(vq_static_library target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" OUTPUT "NAMES;ARCHIVES")
+  target_compile_definitions(${target}_objects PUBLIC ${interface_definitions})
+  # Machine code with names that can be made local, also where the host has its programs optimised at link time.
+  target_compile_options(${target}_objects PRIVATE -fno-lto $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+  set(object ${arg_OUTPUT}$<CONFIG>.o)
+  list(TRANSFORM arg_NAMES PREPEND --keep-global-symbol=)
+  add_custom_command(OUTPUT ${object}
+    COMMAND ${CMAKE_CXX_COMPILER} -fuse-ld=bfd -nostdlib -r -Wl,--force-group-allocation -o ${object}
+      $<TARGET_OBJECTS:${target}_objects> ${arg_ARCHIVES}
+    COMMAND ${CMAKE_OBJCOPY} ${arg_NAMES} ${object}
+    DEPENDS ${target}_objects $<TARGET_OBJECTS:${target}_objects> ${arg_ARCHIVES}
+    COMMENT "Linking the object of lib${arg_OUTPUT}.a" COMMAND_EXPAND_LISTS VERBATIM)
+  add_library(${target} STATIC ${PROJECT_BINARY_DIR}/${object})
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+endfunction()
+
+vq_static_library(velquor OUTPUT velquor NAMES vq_velquor
+  ARCHIVES ${VQ_LAPACK_ARCHIVE} ${VQ_BLAS_ARCHIVE} ${VQ_AMD_ARCHIVE})
+vq_static_library(velquor_levels OUTPUT velquor-levels NAMES vq_levels vq_check vq_reason)
+
+# By name, so that a host without C++ can link them: the runtime of the compiler that built the libraries.
 set(interface_libraries ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
 list(REMOVE_ITEM interface_libraries ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
-set(interface_definitions VQ_STATIC)
 target_link_libraries(velquor INTERFACE ${interface_libraries})
 target_compile_definitions(velquor INTERFACE ${interface_definitions})
 set(library_component development)

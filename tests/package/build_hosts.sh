@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds a C host against the copy of the library that is installed under a prefix, found by CMake and by pkg-config,
-# and runs it.
+# Builds C hosts against the copy of the libraries that is installed under a prefix, found by CMake and by pkg-config,
+# and runs them.
 #   build_hosts.sh <cmake> <prefix> <folder to build in>
 set -euo pipefail
 cmake=$1 prefix=$2 build=$3
@@ -11,9 +11,12 @@ host=$(cd "$(dirname "$0")" && pwd)
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name velquor.pc)")
 export PKG_CONFIG_LIBDIR
-told=$("$build/host") wanted="velquor $(pkg-config --modversion velquor):"
-echo "$told"
-[[ $told == "$wanted "* ]] || { echo "expected: $wanted" >&2 && exit 1; }
-cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$host/host.c" -o "$build/by_pkg_config" \
-    $(pkg-config --cflags --libs velquor)
-LD_LIBRARY_PATH=$(pkg-config --variable=libdir velquor) "$build/by_pkg_config"
+strict=(-Wall -Wextra -Wpedantic -Werror)
+for library in velquor velquor-levels; do
+    told=$("$build/${library}_host") wanted="velquor $(pkg-config --modversion $library):"
+    echo "$told"
+    [[ $told == "$wanted "* ]] || { echo "expected: $wanted" >&2 && exit 1; }
+    [ $library = velquor ] || strict+=(-DLEVELS)
+    cc -std=c99 "${strict[@]}" "$host/host.c" -o "$build/by_pkg_config" $(pkg-config --cflags --libs $library)
+    LD_LIBRARY_PATH=$(pkg-config --variable=libdir $library) "$build/by_pkg_config"
+done

@@ -22,7 +22,8 @@ development=$build/libvelquor-dev_$version-1_$architecture.deb
 expect "the runtime package depends on" "$(dpkg-deb -f "$runtime" Depends | sed -E 's/ \(>= [^)]*\)//g')" \
     "libc6, libgcc-s1, libstdc++6"
 expect "the development package depends on" "$(dpkg-deb -f "$development" Depends)" "libvelquor1 (= $version-1)"
-expect "programs linked with it depend on" "$(dpkg-deb -I "$runtime" shlibs)" "libvelquor 1 libvelquor1 (>= $version-1)"
+expect "programs linked with it depend on" "$(dpkg-deb -I "$runtime" shlibs | sort | xargs)" \
+    "libvelquor 1 libvelquor1 (>= $version-1) libvelquor-levels 1 libvelquor1 (>= $version-1)"
 expect "its trigger" "$(dpkg-deb -I "$runtime" triggers)" "activate-noawait ldconfig"
 
 # What they hold.
@@ -35,18 +36,20 @@ expect "of another owner or mode" \
 awk '$1 !~ /^d/ {print $6}' "$scratch/list" >"$scratch/files"
 expect "in both packages" "$(sort "$scratch/files" | uniq -d)" ""
 expect "the runtime package holds" "$(dpkg-deb -c "$runtime" | awk '$1 !~ /^d/ {print $6}' | sort | xargs)" \
-    "./$libdir/libvelquor.so.1 ./$libdir/libvelquor.so.$version ./usr/share/doc/libvelquor1/copyright"
-for file in usr/include/velquor.h "$libdir"/{libvelquor.so,pkgconfig/velquor.pc,cmake/velquor/velquor-config.cmake} \
+    "$(printf "./$libdir/%s " libvelquor{-levels,}.so.{1,"$version"})./usr/share/doc/libvelquor1/copyright"
+for file in usr/include/velquor{,_levels}.h "$libdir"/{libvelquor{,-levels}.so,pkgconfig/velquor{,-levels}.pc} \
+    "$libdir/cmake/velquor/velquor-config.cmake" \
     usr/share/velquor/{python/velquor.py,python/example.py,fortran/velquor.f90,fortran/example.f90} \
     usr/share/doc/libvelquor-dev/{copyright,examples/ipe300.c}; do
     grep -qxF "./$file" "$scratch/files" || fail "no $file"
 done
 expect "folders of documents" "$(cd "$scratch/tree/usr/share/doc" && echo *)" "libvelquor-dev libvelquor1"
 expect "with a path of the build" "$(grep -rlF -e "$source" -e "$build" "$scratch/tree" || true)" ""
-library=$scratch/tree/$libdir/libvelquor.so.$version
-expect "not stripped" "$(readelf -SW "$library" | grep -Eo ' \.(symtab|debug_info) ' || true)" ""
-"$tests/check_exports.sh" "$library"
-"$tests/check_hardening.sh" "$library"
+libraries=("$scratch/tree/$libdir"/libvelquor{,-levels}".so.$version")
+expect "not stripped" "$(readelf -SW "${libraries[@]}" | grep -Eo ' \.(symtab|debug_info) ' || true)" ""
+expect "search paths" "$(readelf -dW "${libraries[@]}" | grep -E 'R(UN)?PATH' || true)" ""
+"$tests/check_exports.sh" "${libraries[@]}"
+"$tests/check_hardening.sh" "${libraries[@]}"
 
 # Hosts: the tree stands where it was not built for, as a system root.
 export PKG_CONFIG_SYSROOT_DIR=$scratch/tree PKG_CONFIG_LIBDIR=$scratch/tree/$libdir/pkgconfig

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds a C host and the library in one build, by add_subdirectory, shared and static, and runs the host; then installs the
-# static library and builds hosts against that copy.
+# Builds C hosts and the libraries in one build, by add_subdirectory, shared and static, and runs the hosts; then installs
+# the static libraries and builds hosts against that copy.
 #   check_one_build.sh <cmake> <source folder>
 set -euo pipefail
 cmake=$1 source=$2
@@ -16,7 +16,7 @@ one_build() {
     # The library's own flags hold against those of the host, which has no build type.
     "$cmake" -S "$here" -B "$build" -DVELQUOR_SOURCE="$source" -DCMAKE_CXX_FLAGS=-ffast-math "$@" >/dev/null
     "$cmake" --build "$build" --parallel 2 >/dev/null
-    "$build/host"
+    "$build/velquor_host" && "$build/velquor-levels_host"
     expect "a build type nobody chose" "$(grep -oE ' -(O.|DNDEBUG) ' "$build/compile_commands.json" || true)" ""
     expect "flags of the library on the host" \
         "$(sed -n '/"command".*host\.c"/s/ -fPIC//p' "$build/compile_commands.json" | grep -oE ' -[Wfg][^ ]*' || true)" ""
@@ -29,6 +29,7 @@ one_build shared -DBUILD_SHARED_LIBS=ON
 expect "installed where the host does not ask for it" "$(ls "$scratch/shared/installed" 2>/dev/null || true)" ""
 
 one_build static -DBUILD_SHARED_LIBS=OFF -DVQ_INSTALL=ON
-archive=$(find "$scratch/static/installed" -name libvelquor.a)
-expect "names for others" "$(nm -g --defined-only "$archive" | awk 'NF == 3 {print $3}')" vq_velquor
+names() { nm -g --defined-only "$(find "$scratch/static/installed" -name "$1")" | awk 'NF == 3 {print $3}' | sort | xargs; }
+expect "names for others" "$(names libvelquor.a)" vq_velquor
+expect "names for others" "$(names libvelquor-levels.a)" "vq_check vq_levels vq_reason"
 "$here/build_hosts.sh" "$cmake" "$scratch/static/installed" "$scratch/host"
