@@ -16,7 +16,7 @@ for library in velquor velquor-levels; do
     told=$("$build/${library}_host") wanted="velquor $(pkg-config --modversion $library):"
     echo "$told"
     [[ $told == "$wanted "* ]] || { echo "expected: $wanted" >&2 && exit 1; }
-    [ $library = velquor ] || strict+=(-DLEVELS)
+    [ $library = velquor ] || strict+=(-DWITH_LEVELS)
     cc -std=c99 "${strict[@]}" "$host/host.c" -o "$build/by_pkg_config" $(pkg-config --cflags --libs $library)
     LD_LIBRARY_PATH=$(pkg-config --variable=libdir $library) "$build/by_pkg_config"
 done

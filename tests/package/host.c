@@ -1,9 +1,9 @@
 /* A host in C: one element of 2 by 4, strong axis along Z, then the same with a coordinate that is no number, which is
- * refused; with LEVELS also on three levels, and with the reason. Exits 0 when the libraries answer rightly. */
+ * refused; WITH_LEVELS also on three levels, and with the reason. Exits 0 when the libraries answer rightly. */
 #include <math.h>
 #include <stdio.h>
 #include <velquor.h>
-#ifdef LEVELS
+#ifdef WITH_LEVELS
 #include <velquor_levels.h>
 #endif
 
@@ -19,7 +19,7 @@ int main(void) {
            (int)status, result[VQ_EA] / result[VQ_EREF], result[VQ_IZZ] / result[VQ_EREF], result[VQ_PLMOD_Z]);
     int right = status == VQ_DONE && fabs(result[VQ_EA] / 210e3 - 8) < 1e-12 &&
                 fabs(result[VQ_IZZ] / 210e3 - 32.0 / 3) < 1e-12 && fabs(result[VQ_PLMOD_Z] - 8) < 1e-9;
-#ifdef LEVELS
+#ifdef WITH_LEVELS
     double bounds[VQ_NSLOTS];
     int32_t levels = 3;
     vq_finding found[2];
@@ -32,7 +32,7 @@ int main(void) {
     right = right && status == VQ_DONE && levels == 3 && fabs(result[VQ_EA] / 210e3 - 8) < 1e-12 && bounds[VQ_EA] < 1;
 #endif
     nodes[2] = NAN;
-#ifdef LEVELS
+#ifdef WITH_LEVELS
     right = right && vq_check(1, nodes, 4, elements, 1, props, 0, NULL, VQ_PLASTIC, 2, found) == 1 &&
             found[0].TABLE == VQ_IN_NODES && found[0].ROW == 3 && found[0].REASON == VQ_NOT_FINITE &&
             *vq_reason(found[0].REASON);
