@@ -192,7 +192,7 @@ void extrapolate_slots(const std::vector<LevelResults>& levels, const Unlimited&
 }
 
 void extrapolate_fields(std::vector<LevelResults>& levels, const Unlimited& unlimited,
-                        const std::vector<std::int8_t>& triangle, const std::vector<std::int8_t>& sharp) {
+                        const std::vector<std::int8_t>& sharp) {
     const std::size_t n = levels.size();
     if (n == 1) return;
     const auto [c, s] = direction(levels.back().slots);
@@ -234,16 +234,13 @@ void extrapolate_fields(std::vector<LevelResults>& levels, const Unlimited& unli
         correct(&LevelResults::nodeout, column * nodes, (column + 1) * nodes, 1);
     correct(&LevelResults::elemout, 11, last.elemout.size(), 12);
     correct(&LevelResults::stress, 3, last.stress.size(), 4);
-    // Shear stresses at corners are of the first order and, as Richardson's extrapolation wants it, regular in the
-    // second: (8 v2 - 6 v1 + v0) / 3. Those of torsion in quadrilaterals came with the second.
+    // Shear stresses at corners are of the first order and regular in the second: (8 v2 - 6 v1 + v0) / 3 by
+    // Richardson's extrapolation.
     for (std::size_t corner = 0; corner < last.elemout.size() / 12; ++corner) {
         if (sharp[corner]) continue;
         for (std::size_t i = 12 * corner; i < 12 * corner + 8; ++i) {
             const double v2 = last.elemout[i], d2 = v2 - v1.elemout[i];
-            if (i < 12 * corner + 2 && !triangle[corner / 4])
-                last.elemout[i] += d2 / 3;
-            else
-                last.elemout[i] = n > 2 ? v2 + (5 * d2 - v1.elemout[i] + v0.elemout[i]) / 3 : v2 + d2;
+            last.elemout[i] = n > 2 ? v2 + (5 * d2 - v1.elemout[i] + v0.elemout[i]) / 3 : v2 + d2;
         }
     }
 }

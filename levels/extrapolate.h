@@ -39,10 +39,9 @@ Estimate estimate(const double* values, int count, double floor);
 void extrapolate_slots(const std::vector<LevelResults>& levels, const Unlimited& unlimited, Slots& values,
                        Slots& bounds);
 
-// The finest level's fields become extrapolated ones; all others are turned to its principal axes on the way.
-//   triangle  (NELEMS)     1 where an element of the host is one
-//   sharp     (4, NELEMS)  1 at corners where shear stresses stay as they are
+// The finest level's fields become extrapolated ones, all others turned to its principal axes on the way. Shear
+// stresses at corners with sharp = 1, (4, NELEMS), stay as they are.
 void extrapolate_fields(std::vector<LevelResults>& levels, const Unlimited& unlimited,
-                        const std::vector<std::int8_t>& triangle, const std::vector<std::int8_t>& sharp);
+                        const std::vector<std::int8_t>& sharp);
 
 }  // namespace levels

@@ -71,30 +71,27 @@ void widen(const Tables& mesh, Mesh& wider, std::vector<VYZTUZE_INFO>& bars) {
     wider = std::move(copy);
 }
 
-// Shear stresses of a unit torque at corner p of a quadrilateral come with the motion of the opposite corner, which
-// makes them first-order ones; with the motion of the corner itself they are of second order.
-void correct_torsion(const Tables& mesh, double GJ, std::size_t e, int p, double* tau) {
-    if (mesh.corners(e) == 3) return;
-    const std::int32_t at = mesh.node(e, p), opposite = mesh.node(e, (p + 2) % 4);
-    const double share = mesh.property(e, VQ_GMOD) / GJ;
-    tau[0] -= share * (mesh.z(at) - mesh.z(opposite));
-    tau[1] += share * (mesh.y(at) - mesh.y(opposite));
-}
-
-// The reciprocal of the largest of them over all corners of a mesh.
+// The reciprocal of the largest shear stress of a unit torque over all corners of a mesh. In quadrilaterals these come
+// with the motion of the opposite corner, which makes the largest a first-order one; with the motion of the corner
+// itself it is of second order.
 double torsional_modulus(const Tables& mesh, const Call& call) {
     double largest = 0;
-    for (std::size_t e = 0; e < static_cast<std::size_t>(mesh.NELEMS); ++e)
-        for (int p = 0; p < mesh.corners(e); ++p) {
-            double tau[2] = {call.elemout[48 * e + 12 * p], call.elemout[48 * e + 12 * p + 1]};
-            correct_torsion(mesh, call.slots[VQ_GJ], e, p, tau);
-            largest = std::max(largest, tau[0] * tau[0] + tau[1] * tau[1]);
+    for (std::size_t e = 0; e < static_cast<std::size_t>(mesh.NELEMS); ++e) {
+        const int n = mesh.corners(e);
+        const double share = n == 4 ? mesh.property(e, VQ_GMOD) / call.slots[VQ_GJ] : 0;
+        for (int p = 0; p < n; ++p) {
+            const double* tau = &call.elemout[48 * e + 12 * static_cast<std::size_t>(p)];
+            const std::int32_t at = mesh.node(e, p), opposite = mesh.node(e, (p + 2) % 4);
+            const double y = tau[0] - share * (mesh.z(at) - mesh.z(opposite));
+            const double z = tau[1] + share * (mesh.y(at) - mesh.y(opposite));
+            largest = std::max(largest, y * y + z * z);
         }
+    }
     return 1 / std::sqrt(largest);
 }
 
 // What the host's nodes, corners and bars have of a call on a mesh `level` refinements below the host's.
-// `alone`: as the library gave it, for want of another level.
+// `alone`: WT as the library gave it, for want of another level.
 LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const Tables& mesh, const Call& call,
                      const std::vector<VYZTUZE_INFO>& bars, bool alone) {
     LevelResults results;
@@ -111,8 +108,6 @@ LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const 
             const std::size_t part = part_at_corner(e, corner, level);
             const double* from = call.elemout.get() + 48 * part + 12 * corner;
             results.elemout.insert(results.elemout.end(), from, from + 12);
-            if (!alone)
-                correct_torsion(mesh, call.slots[VQ_GJ], part, corner, &results.elemout[results.elemout.size() - 12]);
         }
     for (std::int32_t b = 0; b < NPOINTS; ++b)
         results.stress.insert(results.stress.end(), bars[static_cast<std::size_t>(b)].STRESS,
@@ -218,15 +213,14 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
             unlimited.warping = unlimited.warping || (takes_part(POINTS[b]) && POINTS[b].GMODUL != 0);
         }
         unlimited.warping = unlimited.warping || count_pieces(host) > 1;
-        std::vector<std::int8_t> triangle, sharp_corner(4 * static_cast<std::size_t>(NELEMS));
-        for (std::size_t e = 0; e < static_cast<std::size_t>(NELEMS); ++e) triangle.push_back(host.corners(e) == 3);
+        std::vector<std::int8_t> sharp_corner(4 * static_cast<std::size_t>(NELEMS));
         for (std::size_t k = 0; k < sharp_corner.size(); ++k)
             sharp_corner[k] = run.sharp[static_cast<std::size_t>(host.node(k / 4, static_cast<int>(k % 4))) - 1];
         unlimited.stress = std::count(sharp_corner.begin(), sharp_corner.end(), 1) > 0;
 
         Slots values, bounds;
         extrapolate_slots(run.levels, unlimited, values, bounds);
-        extrapolate_fields(run.levels, unlimited, triangle, sharp_corner);
+        extrapolate_fields(run.levels, unlimited, sharp_corner);
         const LevelResults& finest = run.levels.back();
         if (unlimited.stress && good > 1) values[VQ_WT] = largest_elsewhere(finest.elemout, sharp_corner);
 
