@@ -99,6 +99,8 @@ VYZTUZE_INFO guard_record() {
     return record;
 }
 
+constexpr std::int32_t NOT_SET = -77;
+
 template <class T>
 std::vector<T> guarded(std::vector<T> table, const T& guard) {
     table.insert(table.begin(), GUARD, guard);
@@ -118,7 +120,7 @@ bool same_bytes(const std::vector<T>& a, const std::vector<T>& b) {
 
 }  // namespace
 
-Host host_of(const Section& section, double mode) {
+Host host_of(const Section& section, double mode, std::int32_t LEVELS) {
     const std::size_t nnodes = section.y.size(), nelems = section.elements.size();
     Host host{section.groups, static_cast<std::int32_t>(nnodes), static_cast<std::int32_t>(nelems),
               static_cast<std::int32_t>(section.bars.size())};
@@ -135,11 +137,24 @@ Host host_of(const Section& section, double mode) {
           &Material::FNEG, &Material::FPOS, &Material::UNITWEIGHT, &Material::tenth})
         for (const Material& material : section.materials) host.PROPS.push_back(material.*column);
     host.RESULT[GUARD + VQ_MODE_SLOT] = mode;
+    host.LEVELS = LEVELS;
+    host.BOUNDS.assign(VQ_NSLOTS + 2 * GUARD, before);
+    host.SHARP.assign(nnodes + 2 * GUARD, NOT_SET);
     return host;
 }
 
 void call(Host& host, int missing) {
     const auto given = [&](int argument, auto* table) { return argument == missing ? nullptr : table; };
+    if (host.LEVELS != 0) {
+        host.REACHED = host.LEVELS;
+        vq_levels(given(1, &host.STATUS), given(2, host.NODES.data()), host.NNODES, given(4, host.ELEMENTS.data()),
+                  host.NELEMS, given(6, host.PROPS.data()), host.NPOINTS, given(8, host.POINTS.data() + GUARD),
+                  given(9, host.RESULT.data() + GUARD), given(10, host.NODEOUT.data() + GUARD),
+                  given(11, host.ELEMOUT.data() + GUARD), given(12, &host.REACHED),
+                  given(13, host.BOUNDS.data() + GUARD), given(14, host.SHARP.data() + GUARD), host.place,
+                  host.context);
+        return;
+    }
     vq_velquor(given(1, &host.STATUS), given(2, host.NODES.data()), host.NNODES, given(4, host.ELEMENTS.data()),
                host.NELEMS, given(6, host.PROPS.data()), host.NPOINTS, given(8, host.POINTS.data() + GUARD),
                given(9, host.RESULT.data() + GUARD), given(10, host.NODEOUT.data() + GUARD),
@@ -149,12 +164,13 @@ void call(Host& host, int missing) {
 bool same_tables(const Host& a, const Host& b) {
     return same_bytes(a.NODES, b.NODES) && same_bytes(a.PROPS, b.PROPS) && same_bytes(a.RESULT, b.RESULT) &&
            same_bytes(a.NODEOUT, b.NODEOUT) && same_bytes(a.ELEMOUT, b.ELEMOUT) && same_bytes(a.ELEMENTS, b.ELEMENTS) &&
-           same_bytes(a.POINTS, b.POINTS);
+           same_bytes(a.POINTS, b.POINTS) && same_bytes(a.BOUNDS, b.BOUNDS) && same_bytes(a.SHARP, b.SHARP);
 }
 
 bool guards_intact(const Host& host) {
-    for (const auto* table : {&host.RESULT, &host.NODEOUT, &host.ELEMOUT})
+    for (const auto* table : {&host.RESULT, &host.NODEOUT, &host.ELEMOUT, &host.BOUNDS})
         if (!same_bytes(*table, guarded(inner_part(*table), before))) return false;
+    if (!same_bytes(host.SHARP, guarded(inner_part(host.SHARP), NOT_SET))) return false;
     return same_bytes(host.POINTS, guarded(inner_part(host.POINTS), guard_record()));
 }
 

@@ -7,6 +7,7 @@
 #include "api/velquor.h"
 #include "bench/meshes.h"
 #include "data/vq_data_mod.h"
+#include "levels/velquor_levels.h"
 
 // Properties of one element, in the order of the host's columns.
 struct Material {
@@ -58,10 +59,16 @@ struct Host {
     std::vector<double> NODES{}, PROPS{}, RESULT{}, NODEOUT{}, ELEMOUT{};
     std::vector<std::int32_t> ELEMENTS{};
     std::vector<VYZTUZE_INFO> POINTS{};
+    // of vq_levels, which is called where LEVELS is not 0
+    std::int32_t LEVELS = 0, REACHED = 0;  // asked for, and what the call made of it
+    std::vector<double> BOUNDS{};
+    std::vector<std::int32_t> SHARP{};
+    vq_place place = nullptr;
+    void* context = nullptr;
 };
-Host host_of(const Section& section, double mode = VQ_PLASTIC);
+Host host_of(const Section& section, double mode = VQ_PLASTIC, std::int32_t LEVELS = 0);
 
-// Calls vq_velquor, with a null pointer for argument number `missing`.
+// Calls vq_velquor or vq_levels, with a null pointer for argument number `missing`.
 void call(Host& host, int missing = 0);
 
 // Whether two hosts hold the same bits in all tables, guards included; and whether the guards are as they were made.

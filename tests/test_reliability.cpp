@@ -80,6 +80,10 @@ std::vector<Host> various_hosts() {
                                    moved(sample(), 1e3, 0, 1), scaled(sample(), 1e100), sample()})
         hosts.push_back(host_of(section, modes[hosts.size() % 3]));
     hosts.back().ELEMENTS[3] = 0;
+    for (const Section& section : {sample(), sample(1, -45), flat()}) hosts.push_back(host_of(section, VQ_PLASTIC, 2));
+    hosts.push_back(host_of(sample(0.5), VQ_ELASTIC, 1));
+    hosts.push_back(host_of(sample(), VQ_PLASTIC, 3));
+    hosts.back().ELEMENTS[3] = 0;
     return hosts;
 }
 
@@ -184,6 +188,34 @@ TEST(Reliability, EveryAllocationMayFail) {
             EXPECT_GT(n, 100);
         }
     }
+    for (Section section : {sample(), large(40)}) fail_every_allocation(host_of(section, 1, 2), fail_one_allocation);
+    Section trapped = sample();  // one more call, with an interval that does not begin at 100
+    for (double& z : trapped.z) z += 100 - 4.5;
+    fail_every_allocation(host_of(trapped, 1, 2), fail_one_allocation);
+}
+
+// The finest of three levels may fail: then two are enough.
+TEST(Reliability, TwoLevelsAreLeftWhereMemoryEndsInTheThird) {
+    const Host host = host_of(sample(), 1, 3), two = after_call(host_of(sample(), 1, 2));
+    long ends = 0;
+    for (long n = 0;; ++n) {
+        Host failed = host;
+        const long live = live_blocks();
+        fail_one_allocation(n);
+        call(failed);
+        limit_allocations(-1);
+        ASSERT_EQ(live_blocks(), live);
+        if (failed.STATUS == VQ_DONE && failed.REACHED == 3) break;
+        if (failed.STATUS == VQ_DONE) {
+            ASSERT_EQ(failed.REACHED, 2);
+            ASSERT_TRUE(same_tables(failed, two));
+            ++ends;
+        } else {
+            ASSERT_EQ(failed.STATUS, VQ_OUT_OF_MEMORY);
+            ASSERT_TRUE(same_tables(failed, host));
+        }
+    }
+    EXPECT_GT(ends, 50);
 }
 
 // VQ_SOAK_SECONDS in the environment sets the length.
