@@ -4,8 +4,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#include "check_tables.h"
-#include "velquor.h"
+#include "velquor_levels.h"
 
 /* Square cells of 5 mm, two through each leg. A cell is part of the angle when it lies in the leg along Z (the first
  * two columns of cells) or in the leg along Y (the first two rows). */
@@ -33,10 +32,8 @@ int main(void) {
     double* PROPS = calloc(elems * VQ_NCOLUMNS, sizeof *PROPS);
     double* NODEOUT = malloc(nodes * 3 * sizeof *NODEOUT);
     double* ELEMOUT = malloc(elems * 48 * sizeof *ELEMOUT);
-    int32_t* piece = malloc(nodes * sizeof *piece);
-    unsigned char* taken = malloc(nodes);
     double RESULT[VQ_NSLOTS] = {0};
-    if (!NODES || !ELEMENTS || !PROPS || !NODEOUT || !ELEMOUT || !piece || !taken) return EXIT_FAILURE;
+    if (!NODES || !ELEMENTS || !PROPS || !NODEOUT || !ELEMOUT) return EXIT_FAILURE;
 
     /* Column after column: all Y, then all Z; all first nodes, then all second ones. Nodes of an element run
      * counter-clockwise. */
@@ -72,17 +69,17 @@ int main(void) {
         PROPS[(VQ_UNITWEIGHT - 1) * elems + e] = 7.85e-6; /* kg/mm3 */
     }
 
-    /* What the status would not tell. */
+    /* What the status would not tell. Errors and warnings never come together. */
+    static const char* const TABLES[] = {"call", "NODES", "ELEMENTS", "PROPS", "POINTS"};
+    enum { CAPACITY = 20 };
     const int32_t NGROUPS = 1;
-    const refusal fault = find_refusal(NGROUPS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, 0, NULL, VQ_PLASTIC, taken);
-    if (fault.why) {
-        fprintf(stderr, "%s, row %d: %s\n", fault.table, (int)fault.row, fault.why);
-        return EXIT_FAILURE;
-    }
-    if (find_pieces(NNODES, ELEMENTS, NELEMS, PROPS, piece) != 1) {
-        fprintf(stderr, "the mesh is in several pieces\n");
-        return EXIT_FAILURE;
-    }
+    vq_finding FINDINGS[CAPACITY];
+    const int32_t found =
+        vq_check(NGROUPS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, 0, NULL, VQ_PLASTIC, CAPACITY, FINDINGS);
+    for (int32_t k = 0; k < found && k < CAPACITY; ++k)
+        fprintf(stderr, "%s, row %d: %s\n", TABLES[FINDINGS[k].TABLE], (int)FINDINGS[k].ROW,
+                vq_reason(FINDINGS[k].REASON));
+    if (found < 0 || (found > 0 && FINDINGS[0].SEVERITY == VQ_ERROR)) return EXIT_FAILURE;
 
     /* Two values go in where results come out; set both again before every call. */
     int32_t STATUS = NGROUPS;
@@ -117,7 +114,5 @@ int main(void) {
     free(PROPS);
     free(NODEOUT);
     free(ELEMOUT);
-    free(piece);
-    free(taken);
     return EXIT_SUCCESS;
 }

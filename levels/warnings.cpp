@@ -20,7 +20,7 @@ std::int32_t first_of(std::vector<std::int32_t>& piece, std::int32_t n) {
 
 // One of GMOD 0 carries no shear and connects nothing: a node that only such elements have is a piece of its own,
 // unless they have no EMOD either.
-void find_pieces(const Tables& t, Findings& findings) {
+void find_loose_pieces(const Tables& t, Findings& findings) {
     std::vector<std::int32_t> piece(static_cast<std::size_t>(t.NNODES));
     for (std::int32_t e = 1; e <= t.NELEMS; ++e) {
         const bool ties = property(t, e, VQ_GMOD) != 0.0;
@@ -127,7 +127,7 @@ bool is_outside(const Tables& t, const VYZTUZE_INFO& bar) {
 
 void find_warnings(const Tables& t, const std::vector<unsigned char>& used, Findings& findings) {
     if (t.plastic && is_middle_at_first_line(t, used)) add(findings, VQ_IN_NODES, 0, VQ_MIDDLE_AT_100);
-    find_pieces(t, findings);
+    find_loose_pieces(t, findings);
     const std::int32_t oblong = find_oblong(t, used);
     for (std::int32_t e = 1; e <= t.NELEMS; ++e) {
         if (is_flat_triangle(t, e)) add(findings, VQ_IN_ELEMENTS, e, VQ_FLAT_TRIANGLE);
