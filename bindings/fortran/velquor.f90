@@ -1,9 +1,9 @@
-! Velquor from Fortran: the declarations of velquor.h, which tells everything about each of them. Tables have Fortran's
+! Velquor from Fortran: the declarations of velquor.h and velquor_levels.h, which tell everything about each of them. Tables have Fortran's
 ! own order; nodes, elements, groups and columns count from 1, the slots of the result from 0.
 module velquor
-  use, intrinsic :: iso_c_binding, only: c_int, c_int32_t, c_double
+  use, intrinsic :: iso_c_binding, only: c_int, c_int32_t, c_double, c_ptr, c_funptr
   implicit none
-  private :: c_int, c_int32_t, c_double
+  private :: c_int, c_int32_t, c_double, c_ptr, c_funptr
 
   ! Status on return
   integer(c_int), parameter :: VQ_DONE = 0, VQ_REFUSED = 1, VQ_NOT_SOLVED = 2, VQ_OUT_OF_MEMORY = 3
@@ -33,12 +33,40 @@ module velquor
   ! centre of the coupled groups, weight, reference moduli
   integer(c_int), parameter :: VQ_COUP1 = 53, VQ_COUP2 = 54, VQ_WEIGHT = 55, VQ_EREF = 56, VQ_GREF = 57, VQ_NSLOTS = 58
 
+  ! Levels; of a finding where it lies, what comes of it, and its reason
+  integer(c_int), parameter :: VQ_MAXLEVELS = 6
+  integer(c_int), parameter :: VQ_IN_CALL = 0, VQ_IN_NODES = 1, VQ_IN_ELEMENTS = 2, VQ_IN_PROPS = 3, VQ_IN_POINTS = 4
+  integer(c_int), parameter :: VQ_WARNING = 1, VQ_ERROR = 2
+  integer(c_int), parameter :: VQ_NULL_TABLE = 1, VQ_NEGATIVE_COUNT = 2, VQ_COUNT_TOO_LARGE = 3, VQ_NOT_FINITE = 4
+  integer(c_int), parameter :: VQ_NODE_OUTSIDE = 5, VQ_NODE_TWICE = 6, VQ_CLOCKWISE = 7, VQ_EDGE_SHORT = 8
+  integer(c_int), parameter :: VQ_ELEMENT_SMALL = 9, VQ_CORNER_BAD = 10, VQ_GROUP_OUTSIDE = 11, VQ_NO_REFERENCE = 12
+  integer(c_int), parameter :: VQ_REFERENCE_BAD = 13, VQ_NODE_TAKEN = 14, VQ_HOST_OUTSIDE = 15
+  integer(c_int), parameter :: VQ_LOOSE_PIECE = 16, VQ_MIDDLE_AT_100 = 17, VQ_FLAT_TRIANGLE = 18, VQ_OBLONG = 19
+  integer(c_int), parameter :: VQ_COUPLING_ZERO = 20, VQ_STRENGTH_MISSING = 21, VQ_STRENGTH_MIXED = 22
+  integer(c_int), parameter :: VQ_STRENGTH_NEGATIVE = 23, VQ_BAR_OUTSIDE = 24
+
   ! A reinforcement bar, 184 bytes. The library fills NELNODES, ELNODES, SHAPE, RS and STRESS.
   type, bind(c) :: VYZTUZE_INFO
     integer(c_int32_t) :: NODE = 0, not_read_1(2) = 0, ELEMENT = 0, NELNODES = 0, ELNODES(4) = 0, gap = 0
     real(c_double) :: AREA = 0, EMODUL = 0, GMODUL = 0, RADIUS = 0, not_read_2(3) = 0, BARWEIGHT = 0
     real(c_double) :: SHAPE(4) = 0, RS(2) = 0, STRESS(4) = 0
   end type
+
+  ! What vq_check says of one row of a table.
+  type, bind(c) :: vq_finding
+    integer(c_int32_t) :: TABLE = 0, ROW = 0, REASON = 0, SEVERITY = 0
+  end type
+
+  abstract interface
+    ! A host's routine that places a new node on the true course of its edge from node A to node B, t of the way along.
+    subroutine vq_place(context, A, B, t, YZ) bind(c)
+      import :: c_ptr, c_int32_t, c_double
+      type(c_ptr), value :: context
+      integer(c_int32_t), value :: A, B
+      real(c_double), value :: t
+      real(c_double), intent(inout) :: YZ(2)
+    end subroutine
+  end interface
 
   interface
     ! Calculates one section. STATUS holds the number of groups and RESULT(VQ_MODE_SLOT) the mode before every call.
@@ -55,5 +83,41 @@ module velquor
       type(VYZTUZE_INFO), intent(inout) :: POINTS(NPOINTS)
       real(c_double), intent(inout) :: RESULT(0:VQ_NSLOTS - 1), NODEOUT(NNODES, 3), ELEMOUT(12, 4, NELEMS)
     end subroutine
+
+    ! The same on nested meshes. SHARP is c_null_ptr or c_loc of NNODES integers of 32 bits, place c_null_funptr or
+    ! c_funloc of a routine as vq_place, which gets context.
+    subroutine vq_levels(STATUS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, NPOINTS, POINTS, RESULT, NODEOUT, ELEMOUT, &
+        LEVELS, BOUNDS, SHARP, place, context) bind(c)
+      import :: c_int32_t, c_double, c_ptr, c_funptr, VYZTUZE_INFO, VQ_NCOLUMNS, VQ_NSLOTS
+      integer(c_int32_t), intent(inout) :: STATUS, LEVELS
+      integer(c_int32_t), value :: NNODES, NELEMS, NPOINTS
+      real(c_double), intent(in) :: NODES(NNODES, 2), PROPS(NELEMS, VQ_NCOLUMNS)
+      integer(c_int32_t), intent(in) :: ELEMENTS(NELEMS, 4)
+      type(VYZTUZE_INFO), intent(inout) :: POINTS(NPOINTS)
+      real(c_double), intent(inout) :: RESULT(0:VQ_NSLOTS - 1), NODEOUT(NNODES, 3), ELEMOUT(12, 4, NELEMS)
+      real(c_double), intent(inout) :: BOUNDS(0:VQ_NSLOTS - 1)
+      type(c_ptr), value :: SHARP, context
+      type(c_funptr), value :: place
+    end subroutine
+
+    ! Looks at the tables of a call. The number of findings, of which the first CAPACITY are in FINDINGS; -1: no memory.
+    function vq_check(NGROUPS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, NPOINTS, POINTS, mode, CAPACITY, FINDINGS) &
+        bind(c) result(count)
+      import :: c_int32_t, c_double, VYZTUZE_INFO, vq_finding, VQ_NCOLUMNS
+      integer(c_int32_t), value :: NGROUPS, NNODES, NELEMS, NPOINTS, CAPACITY
+      real(c_double), intent(in) :: NODES(NNODES, 2), PROPS(NELEMS, VQ_NCOLUMNS)
+      integer(c_int32_t), intent(in) :: ELEMENTS(NELEMS, 4)
+      type(VYZTUZE_INFO), intent(in) :: POINTS(NPOINTS)
+      real(c_double), value :: mode
+      type(vq_finding), intent(inout) :: FINDINGS(CAPACITY)
+      integer(c_int32_t) :: count
+    end function
+
+    ! The address of the reason's text in English, which ends with a null character.
+    function vq_reason(REASON) bind(c) result(text)
+      import :: c_int32_t, c_ptr
+      integer(c_int32_t), value :: REASON
+      type(c_ptr) :: text
+    end function
   end interface
 end module

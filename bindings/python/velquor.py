@@ -4,13 +4,20 @@
     section = velquor.calculate(nodes, elements, props)
     print(section.EA, section.GJ, section.TAUY[e, p, 0])
 
-Names are those of the C header, velquor.h, which tells everything about each value. Nodes, elements and groups count
+    section = velquor.calculate(nodes, elements, props, levels=3)  # the mesh, and twice every element in four
+    print(section.GJ, section.bounds.GJ)
+    for finding in velquor.check(nodes, elements, props):
+        print(finding)  # ELEMENTS, row 5: is clockwise
+
+Names are those of the C headers, velquor.h and velquor_levels.h, which tell everything about each value. Nodes, elements and groups count
 from 1 as in C; rows, corners and load cases of numpy arrays from 0.
 
 The library is found by the argument `library`, else by the environment variable VELQUOR_LIBRARY, else by the system's
-loader. It runs without the interpreter's lock, so that calls in several threads run side by side; the tables of a call
+loader; levels and check need the second library, which is looked for beside it. They run without the interpreter's lock, so that calls in several threads run side by side; the tables of a call
 must stay as they are until it returns.
 """
+import collections
+import contextlib
 import ctypes
 import functools
 import operator
@@ -33,6 +40,16 @@ BAR = np.dtype({
     "offsets": [0, 12, 16, 20, 40, 48, 56, 64, 96, 104, 136, 152],
     "itemsize": 184})
 
+# What vq_check finds, as it lies in memory; where a finding lies, from 0, and its reason, from 1.
+FINDING = np.dtype([("TABLE", "i4"), ("ROW", "i4"), ("REASON", "i4"), ("SEVERITY", "i4")])
+TABLES = ("CALL", "NODES", "ELEMENTS", "PROPS", "POINTS")
+REASONS = ("NULL_TABLE", "NEGATIVE_COUNT", "COUNT_TOO_LARGE", "NOT_FINITE", "NODE_OUTSIDE", "NODE_TWICE", "CLOCKWISE",
+           "EDGE_SHORT", "ELEMENT_SMALL", "CORNER_BAD", "GROUP_OUTSIDE", "NO_REFERENCE", "REFERENCE_BAD", "NODE_TAKEN",
+           "HOST_OUTSIDE", "LOOSE_PIECE", "MIDDLE_AT_100", "FLAT_TRIANGLE", "OBLONG", "COUPLING_ZERO",
+           "STRENGTH_MISSING", "STRENGTH_MIXED", "STRENGTH_NEGATIVE", "BAR_OUTSIDE")
+ERROR = 2  # severity
+
+MAXLEVELS = 6
 MODE_SLOT = 31  # of the result, holds the mode on entry
 _LARGEST = 2**31 - 1  # 32-bit integer
 
@@ -40,10 +57,12 @@ _LARGEST = 2**31 - 1  # 32-bit integer
 class Error(Exception):
     """No results. `status` is the library's answer."""
     status = None
+    findings = ()
     meaning = "unknown status"
 
 
 class Refused(Error):
+    """`findings` is what check() finds in the tables, of which the message names the first errors."""
     status = 1
     meaning = ("the tables or the mesh were refused: a group out of range, no element with MATFLAG 1.0, EREF not above "
                "0, a value that is not finite, a clockwise or degenerate element, or a bar without a node of its own "
@@ -61,9 +80,22 @@ class OutOfMemory(Error):
     meaning = "memory could not be had, or the run found itself inconsistent (a line on the error stream says so)"
 
 
+@dataclass(frozen=True)
+class Finding:
+    """What check() tells of one row of a table: an error, which calculate() refuses, or a warning."""
+    table: str   # one of TABLES
+    row: int     # counted from 1; 0: the table as a whole
+    name: str    # one of REASONS; "" for those of a later library
+    reason: str  # in English
+    is_error: bool
+
+    def __str__(self):
+        return f"{self.table}{f', row {self.row}' if self.row else ''}: {self.reason}"
+
+
 @dataclass(eq=False)
 class Section:
-    """The results of a call: the slots of the C record in their order, then the tables."""
+    """The results of a call: the slots of the C record in their order, then the tables, then what levels bring."""
     EA: float     # axial stiffness
     IYY: float    # second moment as stiffness, over the squared Y distance from the centroid
     IZZ: float    # over the squared Z distance
@@ -127,9 +159,13 @@ class Section:
     TAUZ: np.ndarray = field(repr=False)  # (NELEMS, 4, 4)  along Z; cases torque, shear along u, v, warping shear
     SIGMA: np.ndarray = field(repr=False)  # (NELEMS, 4, 4)  axial stress; cases normal force, two moments, bimoment
     bars: np.ndarray = field(repr=False)  # (NPOINTS)  the bars with their results, of dtype BAR
+    bounds: "Bounds" = field(default=None, repr=False)  # of each slot by its name: the limit lies within value -+ bound
+    levels: int = None  # that went well
+    sharp: np.ndarray = field(default=None, repr=False)  # (NNODES)  True where shear stresses have no limit
 
 
 SLOTS = tuple(slot.name for slot in fields(Section) if slot.type is float)
+Bounds = collections.namedtuple("Bounds", SLOTS)
 
 
 def property_table(nelems, *, EMOD, GMOD, CARRIED=0.0, COUPLING=1.0, GROUP=1.0, MATFLAG=1.0, FNEG=0.0, FPOS=0.0,
@@ -158,7 +194,7 @@ def bar_table(NODE, ELEMENT, *, AREA, EMODUL, GMODUL=0.0, RADIUS=0.0, BARWEIGHT=
     return bars
 
 
-def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, library=None):
+def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, levels=None, place=None, library=None):
     """Calculates one section and returns a `Section`.
 
     nodes     (NNODES, 2)   coordinates Y, Z
@@ -167,14 +203,90 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, libr
     bars      (NPOINTS)     of dtype BAR: bar_table(); the results hold a copy of them
     groups    number of material groups; the largest of the property table if not given
     mode      one of MODES; if not given PLASTIC, or ELASTIC where all strengths FNEG and FPOS are 0
+    levels    1 to MAXLEVELS: values extrapolated from so many nested meshes, each with a bound for its error
+    place     place(A, B, t, y, z), with levels: where (y, z), a new node on the edge from node A to node B, t of the way
+              along, lies on the edge's true course; what it raises is raised after the call
 
     Anything that numpy makes an array of will do; a table that is no column-ordered array of 64-bit reals (elements: of
     32-bit integers) is copied. None is changed. ValueError: a table is not of these shapes, or names a node that is not
     there. Refused, NotSolved, OutOfMemory: the library gave no results. OSError: there is no library.
     """
     vq_velquor = load(library)
+    nodes, elements, props, bars, groups, mode = _tables(nodes, elements, props, bars, groups, mode)
+    if levels is None and place is not None:
+        raise ValueError("place: new nodes are placed with levels only")
+    if levels is not None and not 1 <= operator.index(levels) <= MAXLEVELS:
+        raise ValueError(f"levels: {levels}, expected 1 to {MAXLEVELS}")
+
+    status = ctypes.c_int32(groups)
+    result = np.zeros(len(SLOTS))
+    result[MODE_SLOT] = mode
+    nodeout = np.empty((len(nodes), 3), order="F")
+    elemout = np.empty((len(elements), 4, 12))
+    tables = (status, nodes, len(nodes), elements, len(elements), props, len(bars), bars, result, nodeout, elemout)
+    done, extra = ctypes.c_int32(levels or 0), ()
+    if levels is None:
+        vq_velquor(*tables)
+    else:
+        bounds, sharp, raised = np.empty(len(SLOTS)), np.empty(len(nodes), np.int32), []
+        load_levels(library).vq_levels(*tables, done, bounds, sharp, _placing(place, raised), None)
+        if raised:
+            raise raised[0]
+        extra = Bounds(*bounds.tolist()), done.value, sharp != 0
+    if status.value != 0:
+        kind = next((kind for kind in (Refused, NotSolved, OutOfMemory) if kind.status == status.value), Error)
+        findings = []
+        if kind is Refused:
+            with contextlib.suppress(OSError, OutOfMemory):  # without the second library the status alone is told
+                findings = _find(library, nodes, elements, props, bars, groups, mode)
+        errors = [str(finding) for finding in findings if finding.is_error]
+        told = "; ".join(errors[:3] + [f"and {len(errors) - 3} more"] * (len(errors) > 3)) or kind.meaning
+        error = kind(f"status {status.value}: " + f"level {done.value + 1}: " * (done.value > 0) + told)
+        error.status, error.findings = status.value, findings
+        raise error
+    return Section(*result.tolist(), nodeout, elemout[:, :, 0:8:2], elemout[:, :, 1:8:2], elemout[:, :, 8:12], bars,
+                   *extra)
+
+
+def check(nodes, elements, props, *, bars=None, groups=None, mode=None, library=None):
+    """What calculate() would refuse of these tables, or accept though it is seldom meant: a list of `Finding`.
+
+    They come in the order of the tables and their rows. Arguments are those of calculate(), but that a node number may be
+    any, so that it can be told. OSError: there is no second library.
+    """
+    return _find(library, *_tables(nodes, elements, props, bars, groups, mode, any_node=True))
+
+
+def _find(library, nodes, elements, props, bars, groups, mode):
+    routines, count, found = load_levels(library), 100, ()
+    while count > len(found):
+        found = np.zeros(count, FINDING)
+        count = routines.vq_check(groups, nodes, len(nodes), elements, len(elements), props, len(bars), bars, mode,
+                                  len(found), found)
+    if count < 0:
+        raise OutOfMemory(OutOfMemory.meaning)
+    return [Finding(TABLES[table], row, "".join(REASONS[reason - 1:reason]), routines.vq_reason(reason).decode(),
+                    severity == ERROR)
+            for table, row, reason, severity in found[:count].tolist()]
+
+
+def _placing(place, raised):
+    """A C routine that calls `place` until it raises, which is then kept in `raised`."""
+    def routine(_, a, b, t, yz):
+        try:
+            if not raised:
+                y, z = place(a, b, t, yz[0], yz[1])
+                yz[0], yz[1] = float(y), float(z)
+        except BaseException as error:  # none may pass through the library
+            raised.append(error)
+
+    return _PLACE() if place is None else _PLACE(routine)
+
+
+def _tables(nodes, elements, props, bars, groups, mode, any_node=False):
+    """The arguments as the library takes them."""
     nodes, props = _reals("nodes", nodes, 2), _reals("props", props, len(COLUMNS))
-    elements = _element_table(elements, len(nodes))
+    elements = _element_table(elements, *((-_LARGEST - 1, _LARGEST) if any_node else (1, len(nodes))))
     if len(elements) != len(props):
         raise ValueError(f"props: {len(props)} rows for {len(elements)} elements")
     bars = np.zeros(0, BAR) if bars is None else _unmasked("bars", bars)
@@ -190,25 +302,38 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, libr
         groups = int(numbers[numbers <= _LARGEST].max(initial=1))
     if not 1 <= operator.index(groups) <= _LARGEST:
         raise ValueError(f"groups: {groups}, expected 1 to {_LARGEST}")
-
-    bars = bars.copy()
-    status = ctypes.c_int32(groups)
-    result = np.zeros(len(SLOTS))
-    result[MODE_SLOT] = mode
-    nodeout = np.empty((len(nodes), 3), order="F")
-    elemout = np.empty((len(elements), 4, 12))
-    vq_velquor(status, nodes, len(nodes), elements, len(elements), props, len(bars), bars, result, nodeout, elemout)
-    if status.value != 0:
-        failure = next((kind for kind in (Refused, NotSolved, OutOfMemory) if kind.status == status.value), Error)
-        error = failure(f"status {status.value}: {failure.meaning}")
-        error.status = status.value
-        raise error
-    return Section(*result.tolist(), nodeout, elemout[:, :, 0:8:2], elemout[:, :, 1:8:2], elemout[:, :, 8:12], bars)
+    return nodes, elements, props, bars.copy(), groups, mode
 
 
 def load(library=None):
     """The library's routine: from the file `library`, from VELQUOR_LIBRARY, or where the system's loader finds it."""
-    return _routine(os.fspath(library or os.environ.get("VELQUOR_LIBRARY") or "libvelquor.so.1"))
+    return _routine(_file(library))
+
+
+def load_levels(library=None):
+    """The library of vq_levels and vq_check: beside that file, libvelquor-levels.so* for libvelquor.so*, or where the
+    system's loader finds it."""
+    load(library)  # which the second is to call, whatever the file's name
+    folder, file = os.path.split(_file(library))
+    if not file.startswith("libvelquor.so"):
+        folder, file = "", "libvelquor.so.1"
+    return _levels(os.path.join(folder, file.replace("libvelquor", "libvelquor-levels", 1)))
+
+
+def _file(library):
+    return os.fspath(library or os.environ.get("VELQUOR_LIBRARY") or "libvelquor.so.1")
+
+
+def _table(dtype):
+    return np.ctypeslib.ndpointer(dtype, flags="F_CONTIGUOUS,ALIGNED")
+
+
+_INTEGER = ctypes.c_int32
+_STATUS = ctypes.POINTER(_INTEGER)
+_INPUTS = [_table(np.float64), _INTEGER, _table(np.int32), _INTEGER, _table(np.float64), _INTEGER, _table(BAR)]
+_OUTPUTS = [_table(np.float64), _table(np.float64),
+            np.ctypeslib.ndpointer(np.float64, ndim=3, flags="C_CONTIGUOUS,ALIGNED")]
+_PLACE = ctypes.CFUNCTYPE(None, ctypes.c_void_p, _INTEGER, _INTEGER, ctypes.c_double, ctypes.POINTER(ctypes.c_double))
 
 
 @functools.lru_cache(maxsize=None)
@@ -218,16 +343,24 @@ def _routine(name):
     except (OSError, AttributeError) as error:
         raise OSError(f"velquor: no library {name} ({error}); install libvelquor1, or set VELQUOR_LIBRARY to the file, "
                       "or give it as `library`") from error
-
-    def table(dtype):
-        return np.ctypeslib.ndpointer(dtype, flags="F_CONTIGUOUS,ALIGNED")
-
-    rows = ctypes.c_int32
-    by_element = np.ctypeslib.ndpointer(np.float64, ndim=3, flags="C_CONTIGUOUS,ALIGNED")
-    routine.argtypes = [ctypes.POINTER(ctypes.c_int32), table(np.float64), rows, table(np.int32), rows,
-                        table(np.float64), rows, table(BAR), table(np.float64), table(np.float64), by_element]
-    routine.restype = None
+    routine.argtypes, routine.restype = [_STATUS, *_INPUTS, *_OUTPUTS], None
     return routine
+
+
+@functools.lru_cache(maxsize=None)
+def _levels(name):
+    try:
+        library = ctypes.CDLL(name)
+        vq_levels, vq_check, vq_reason = library.vq_levels, library.vq_check, library.vq_reason
+    except (OSError, AttributeError) as error:
+        raise OSError(f"velquor: no library {name} ({error}), which levels and check need; install libvelquor1, or put "
+                      "it beside libvelquor.so") from error
+    vq_levels.argtypes = [_STATUS, *_INPUTS, *_OUTPUTS, _STATUS, _table(np.float64), _table(np.int32), _PLACE,
+                          ctypes.c_void_p]
+    vq_check.argtypes = [_INTEGER, *_INPUTS, ctypes.c_double, _INTEGER, _table(FINDING)]
+    vq_reason.argtypes = [_INTEGER]
+    vq_levels.restype, vq_check.restype, vq_reason.restype = None, _INTEGER, ctypes.c_char_p
+    return library
 
 
 def _unmasked(name, values):
@@ -261,8 +394,8 @@ def _integers(name, values, low, high=_LARGEST):
     return table
 
 
-def _element_table(values, nnodes):
-    table = _integers("elements", values, 1, nnodes)
+def _element_table(values, lowest, highest):
+    table = _integers("elements", values, lowest, highest)
     if table.ndim != 2 or table.shape[1] not in (3, 4) or len(table) > _LARGEST:
         raise ValueError(f"elements: shape (n, 4) or (n, 3) expected, not {table.shape}")
     if table.shape[1] == 3:

@@ -1,15 +1,18 @@
-/* The section of the file named on the command line, its results and bars in hexadecimal. A host in C. */
+/* The section of the file named on the command line, its results and bars in hexadecimal, then on two levels, and what
+ * is found where it has a group too many. A host in C. */
 #include <inttypes.h>
 #include <stddef.h>
 #include <stdio.h>
 #include <string.h>
-#include <velquor.h>
+#include <velquor_levels.h>
 
 /* Names and values as hosts have them compiled in. */
 #define SLOT(name, value) NAME(name, value)
 #define NAME(name, value) typedef char value_of_##name[name == value ? 1 : -1];
 #define FIELD(name, value) typedef char offset_of_##name[offsetof(VYZTUZE_INFO, name) == value ? 1 : -1];
+#define PART(name, value) typedef char place_of_##name[offsetof(vq_finding, name) == value ? 1 : -1];
 #include "names.inc"
+typedef char size_of_a_finding[sizeof(vq_finding) == 16 ? 1 : -1];
 typedef char size_of_a_bar[sizeof(VYZTUZE_INFO) == 184 ? 1 : -1];
 
 static void show(const char* name, const double* values, int count) {
@@ -20,6 +23,11 @@ static void show(const char* name, const double* values, int count) {
     }
 }
 
+/* Bends edges, differently at each end of them, by what has no rounding. */
+static void place(void* context, int32_t A, int32_t B, double t, double* YZ) {
+    YZ[0] += (A + 2 * B) * t * *(double*)context;
+}
+
 static int read_reals(FILE* file, double* values, int count) {
     while (count-- > 0)
         if (fscanf(file, "%lf", values++) != 1) return 0;
@@ -28,7 +36,7 @@ static int read_reals(FILE* file, double* values, int count) {
 
 int main(int argc, char** argv) {
     static double nodes[200], props[1000], nodeout[300], elemout[4800], result[VQ_NSLOTS], bar[7];
-    static int32_t elements[400];
+    static int32_t elements[400], sharp[100];
     static VYZTUZE_INFO points[9];
     int status, nnodes, nelems, npoints;
     FILE* file = argc == 2 ? fopen(argv[1], "r") : NULL;
@@ -52,9 +60,11 @@ int main(int argc, char** argv) {
 #undef SLOT
 #undef NAME
 #undef FIELD
+#undef PART
 #define SLOT(name, value) show(#name, result + name, 1);
 #define NAME(name, value) printf("%s %d\n", #name, name);
 #define FIELD(name, value) printf("%s %d\n", #name, (int)offsetof(VYZTUZE_INFO, name));
+#define PART(name, value) printf("%s %d\n", #name, (int)offsetof(vq_finding, name));
 #include "names.inc"
     for (int b = 0; b < npoints; ++b) {
         printf("nodes %d %d %d %d %d\n", (int)points[b].NELNODES, (int)points[b].ELNODES[0], (int)points[b].ELNODES[1],
@@ -65,5 +75,21 @@ int main(int argc, char** argv) {
     }
     show("node", nodeout, 3 * nnodes);
     show("element", elemout, 48 * nelems);
-    return code != VQ_DONE;
+    if (code != VQ_DONE) return 1;
+
+    double bounds[VQ_NSLOTS], bend = 1.0 / 4096;
+    int32_t levels = 2;
+    vq_finding found[9];
+    code = status, result[VQ_MODE_SLOT] = VQ_PLASTIC;
+    vq_levels(&code, nodes, nnodes, elements, nelems, props, npoints, points, result, nodeout, elemout, &levels, bounds,
+              sharp, place, &bend);
+    printf("status %d levels %d\n", (int)code, (int)levels);
+    show("result", result, VQ_NSLOTS);
+    show("bounds", bounds, VQ_NSLOTS);
+    for (int n = 0; n < nnodes; ++n) printf("sharp %d\n", (int)sharp[n]);
+    const int count = vq_check(1, nodes, nnodes, elements, nelems, props, npoints, points, VQ_PLASTIC, 9, found);
+    for (int f = 0; f < count; ++f)
+        printf("found %d %d %d %d\n", (int)found[f].TABLE, (int)found[f].ROW, (int)found[f].REASON,
+               (int)found[f].SEVERITY);
+    return code != VQ_DONE || count < 2;
 }

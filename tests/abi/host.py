@@ -1,19 +1,20 @@
-"""The section of a file, its results and bars in hexadecimal. A host in Python.
+"""The section of a file, its results and bars in hexadecimal, then on two levels, and what is found where it has a group too
+many. A host in Python.
 
-    host.py <binding> <header> <names> <section>
+    host.py <binding> <names> <section> <header>...
 """
 import re
 import sys
 
 import numpy as np
 
-binding, header, names, section = sys.argv[1:]
+binding, names, section, *headers = sys.argv[1:]
 sys.path.insert(0, binding)
 import velquor
 
 listed = [(kind, name, int(value)) for kind, name, value in re.findall(r"(\w+)\((\w+), (\d+)\)", open(names).read())]
-declared = re.findall(r"^    (VQ_\w+) = (\d+)", open(header).read(), re.MULTILINE)
-assert {(name, int(value)) for name, value in declared} == {entry[1:] for entry in listed if entry[0] != "FIELD"}
+declared = [found for header in headers for found in re.findall(r"\b(VQ_\w+) = (\d+)", open(header).read())]
+assert {(name, int(value)) for name, value in declared} == {entry[1:] for entry in listed if entry[1].startswith("VQ_")}
 
 # What the binding has for a name of the header.
 value = {f"VQ_{name}": column for column, name in enumerate(velquor.COLUMNS, 1)}
@@ -21,6 +22,10 @@ value |= {f"VQ_{name}": getattr(velquor, name) for name in ("ELASTIC", "PLASTIC"
 value |= {"VQ_DONE": 0, "VQ_REFUSED": velquor.Refused.status, "VQ_NOT_SOLVED": velquor.NotSolved.status,
           "VQ_OUT_OF_MEMORY": velquor.OutOfMemory.status, "VQ_NSLOTS": len(velquor.SLOTS),
           "VQ_NCOLUMNS": len(velquor.COLUMNS), "VQ_MODE_SLOT": velquor.MODE_SLOT}
+value |= {"VQ_MAXLEVELS": velquor.MAXLEVELS, "VQ_WARNING": 1, "VQ_ERROR": velquor.ERROR}
+value |= {f"VQ_IN_{name}": number for number, name in enumerate(velquor.TABLES)}
+value |= {f"VQ_{name}": number for number, name in enumerate(velquor.REASONS, 1)}
+value |= {name: offset for record in (velquor.BAR, velquor.FINDING) for name, (_, offset) in record.fields.items()}
 
 
 def show(name, values):
@@ -46,7 +51,7 @@ for kind, name, number in listed:
         assert velquor.SLOTS.index(name[3:]) == number
         show(name, getattr(result, name[3:]))
     else:
-        print(name, velquor.BAR.fields[name][1] if kind == "FIELD" else value[name])
+        print(name, value[name])
 for bar in result.bars:
     print("nodes", bar["NELNODES"], *bar["ELNODES"])
     show("shape", bar["SHAPE"])
@@ -56,4 +61,14 @@ for k in range(3):
     show("node", result.warping[:, k])
 shear = np.stack([result.TAUY, result.TAUZ], axis=-1).reshape(nelems, 4, 8)
 show("element", np.concatenate([shear, result.SIGMA], axis=-1))
-assert velquor.BAR.itemsize == 184
+assert (velquor.BAR.itemsize, velquor.FINDING.itemsize) == (184, 16)
+
+result = velquor.calculate(nodes, elements, props, bars=bars, groups=groups, levels=2,
+                           place=lambda a, b, t, y, z: (y + (a + 2 * b) * t / 4096, z))
+print("status 0 levels", result.levels)
+show("result", [getattr(result, name) for name in velquor.SLOTS])
+show("bounds", result.bounds)
+print(*(f"sharp {int(sharp)}" for sharp in result.sharp), sep="\n")
+for found in velquor.check(nodes, elements, props, bars=bars, groups=1):
+    print("found", velquor.TABLES.index(found.table), found.row, velquor.REASONS.index(found.name) + 1,
+          velquor.ERROR if found.is_error else 1)
