@@ -4,8 +4,10 @@ import math
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 import unittest
@@ -108,6 +110,9 @@ class Tables(unittest.TestCase):
             (r"mode: one of \(0, 1, 11, 21\) expected, not 2", {"mode": 2}),
             (r"groups: 0, expected 1", {"groups": 0}),
             (r"groups: 4294967298, expected", {"groups": 2**32 + 2}),
+            (r"levels: 7, expected 1 to 6", {"levels": 7}),
+            (r"levels: 0, expected", {"levels": 0}),
+            (r"place: .* with levels only", {"place": lambda a, b, t, y, z: (y, z)}),
         ]:
             with self.subTest(message), self.assertRaisesRegex(ValueError, message):
                 velquor.calculate(**{**tables, **change})
@@ -130,6 +135,41 @@ class Tables(unittest.TestCase):
         self.assertEqual(velquor.calculate(NODES, ELEMENTS, without_strengths).PLMOD_Z, 0)
 
 
+class Levels(unittest.TestCase):
+    def test_limits_lie_within_bounds_and_sharp_corners_are_told(self):
+        nodes, elements, props = plate(4, 8)
+        section = velquor.calculate(nodes, elements, props, levels=3)
+        exact = 8 * 4**3 * (1 / 3 - 64 / math.pi**5 / 2 * sum(math.tanh(n * math.pi) / n**5 for n in range(1, 20, 2)))
+        self.assertLess(abs(section.GJ - exact), section.bounds.GJ)
+        self.assertLess(section.bounds.GJ, 1e-3 * exact)
+        self.assertEqual((section.levels, section.sharp.tolist()), (3, [False] * len(nodes)))
+        coarse = velquor.calculate(nodes, elements, props)
+        self.assertEqual((coarse.bounds, coarse.levels, coarse.sharp), (None, None, None))
+        # an L of the same squares has one re-entrant corner
+        kept = (nodes[elements - 1].mean(axis=1) < 2).any(axis=1)
+        corner = velquor.calculate(nodes, elements[kept], props[kept], levels=2)
+        self.assertEqual((corner.levels, nodes[corner.sharp].tolist()), (2, [[2, 2]]))
+
+    def test_new_nodes_go_where_place_says_and_what_it_raises_comes_after_the_call(self):
+        angle = np.arange(12) * math.pi / 6
+        nodes = np.vstack([np.stack([np.cos(angle), np.sin(angle)], axis=-1), [[0, 0]]])
+        elements = [(13, n, n % 12 + 1) for n in range(1, 13)]
+        props = velquor.property_table(12, EMOD=1, GMOD=1)
+        told = set()
+
+        def on_circle(a, b, t, y, z):
+            told.add((a, b, t))
+            return np.array([y, z]) / math.hypot(y, z)
+
+        disc = velquor.calculate(nodes, elements, props, levels=3, place=on_circle)
+        self.assertEqual(told, {(n, n % 12 + 1, t) for n in range(1, 13) for t in (0.25, 0.5, 0.75)})
+        self.assertLess(abs(disc.EA - math.pi), min(disc.bounds.EA, 1e-3))
+        self.assertLess(abs(disc.GJ - math.pi / 2), min(disc.bounds.GJ, 1e-2))
+        for wrong, failure in (lambda *_: 1 / 0, ZeroDivisionError), (lambda *_: None, TypeError):
+            with self.assertRaises(failure):
+                velquor.calculate(nodes, elements, props, levels=2, place=wrong)
+
+
 class Failures(unittest.TestCase):
     def failure(self, *tables, **others):
         with self.assertRaises(velquor.Error) as caught:
@@ -145,6 +185,38 @@ class Failures(unittest.TestCase):
         self.assertEqual(self.failure(flat, [[1, 2, 3], [1, 3, 4]], PROPS[:2]), (velquor.NotSolved, 2))
         with answering(3):
             self.assertEqual(self.failure(NODES, ELEMENTS, PROPS), (velquor.OutOfMemory, 3))
+
+    def test_a_refusal_tells_table_row_and_reason_of_the_first_errors(self):
+        turned = ELEMENTS.copy()
+        turned[1] = turned[1, ::-1]
+        for levels in None, 2:
+            with self.assertRaisesRegex(velquor.Refused, "^status 1: ELEMENTS, row 2: is clockwise[^;]*$") as caught:
+                velquor.calculate(NODES, turned, PROPS, levels=levels)
+        self.assertEqual(caught.exception.findings, velquor.check(NODES, turned, PROPS))
+        with self.assertRaisesRegex(velquor.Refused, "^status 1: (PROPS, row [1-3]: [^;]*; ){3}and 147 more$"):
+            velquor.calculate(*(table if table.shape[-1] != 10 else table * (1, 1, 1, 1, 9, 1, 1, 1, 1, 1)
+                                for table in plate(10, 15)), groups=1)
+
+    def test_check_tells_errors_and_warnings_and_takes_any_node_number(self):
+        far = ELEMENTS.copy()
+        far[[0, 3], 1] = -2**31, 11
+        self.assertEqual([(found.table, found.row, found.name, found.is_error) for found in
+                          velquor.check(NODES, far, PROPS, bars=np.repeat(BARS, 2)[::2])],
+                         [("ELEMENTS", 1, "NODE_OUTSIDE", True), ("ELEMENTS", 4, "NODE_OUTSIDE", True)])
+        nodes, elements, props = plate(4, 8)
+        props[5:, velquor.COLUMNS.index("COUPLING")] = 0
+        self.assertEqual([(str(found)[:29], found.is_error) for found in velquor.check(nodes, elements, props)],
+                         [("PROPS, row 6: has a COUPLING ", False)])
+
+    def test_without_the_second_library_the_first_does_its_own(self):
+        with tempfile.TemporaryDirectory() as folder:
+            alone = shutil.copy(os.environ["VELQUOR_LIBRARY"], os.path.join(folder, "libvelquor.so.1"))
+            self.assertEqual(velquor.calculate(NODES, ELEMENTS, PROPS, library=alone).levels, None)
+            with self.assertRaisesRegex(velquor.Refused, "status 1: the tables or the mesh were refused"):
+                velquor.calculate(NODES, ELEMENTS[:, ::-1], PROPS, library=alone)
+            for call, others in (velquor.calculate, {"levels": 2}), (velquor.check, {}):
+                with self.assertRaisesRegex(OSError, f"no library {folder}/libvelquor-levels.so.1 .*install libvelquor1"):
+                    call(NODES, ELEMENTS, PROPS, library=alone, **others)
 
     def test_a_missing_library_is_named_with_the_way_to_give_it(self):
         for name in "/missing/libvelquor.so.1", "libm.so.6":  # the latter is there, but without the routine
