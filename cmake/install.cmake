@@ -1,5 +1,5 @@
-# Installation: the libraries, their headers, a CMake package, pkg-config files, the bindings, examples and licences, all free to
-# be moved as one tree. The component runtime is what a program needs to run.
+# Installation: the libraries, their headers, a CMake package, pkg-config files, the bindings, examples and licences, all
+# free to be moved as one tree. The component runtime is what a program needs to run.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

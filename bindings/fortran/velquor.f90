@@ -1,5 +1,5 @@
-! Velquor from Fortran: the declarations of velquor.h and velquor_levels.h, which tell everything about each of them. Tables have Fortran's
-! own order; nodes, elements, groups and columns count from 1, the slots of the result from 0.
+! Velquor from Fortran: the declarations of velquor.h and velquor_levels.h, which tell everything about each of them.
+! Tables have Fortran's own order; nodes, elements, groups and columns count from 1, the slots of the result from 0.
 module velquor
   use, intrinsic :: iso_c_binding, only: c_int, c_int32_t, c_double, c_ptr, c_funptr
   implicit none

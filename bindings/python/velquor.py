@@ -9,12 +9,12 @@
     for finding in velquor.check(nodes, elements, props):
         print(finding)  # ELEMENTS, row 5: is clockwise
 
-Names are those of the C headers, velquor.h and velquor_levels.h, which tell everything about each value. Nodes, elements and groups count
-from 1 as in C; rows, corners and load cases of numpy arrays from 0.
+Names are those of the C headers, velquor.h and velquor_levels.h, which tell everything about each value. Nodes, elements
+and groups count from 1 as in C; rows, corners and load cases of numpy arrays from 0.
 
 The library is found by the argument `library`, else by the environment variable VELQUOR_LIBRARY, else by the system's
-loader; levels and check need the second library, which is looked for beside it. They run without the interpreter's lock, so that calls in several threads run side by side; the tables of a call
-must stay as they are until it returns.
+loader; the second one, which levels and check need, beside it. They run without the interpreter's lock, so that calls in
+several threads run side by side; the tables of a call must stay as they are until it returns.
 """
 import collections
 import contextlib
@@ -204,8 +204,8 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, leve
     groups    number of material groups; the largest of the property table if not given
     mode      one of MODES; if not given PLASTIC, or ELASTIC where all strengths FNEG and FPOS are 0
     levels    1 to MAXLEVELS: values extrapolated from so many nested meshes, each with a bound for its error
-    place     place(A, B, t, y, z), with levels: where (y, z), a new node on the edge from node A to node B, t of the way
-              along, lies on the edge's true course; what it raises is raised after the call
+    place     place(A, B, t, y, z) gives where (y, z), a new node on the edge from node A to node B, t of the way along,
+              lies on the edge's true course; what it raises is raised after the call
 
     Anything that numpy makes an array of will do; a table that is no column-ordered array of 64-bit reals (elements: of
     32-bit integers) is copied. None is changed. ValueError: a table is not of these shapes, or names a node that is not
@@ -251,8 +251,8 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, leve
 def check(nodes, elements, props, *, bars=None, groups=None, mode=None, library=None):
     """What calculate() would refuse of these tables, or accept though it is seldom meant: a list of `Finding`.
 
-    They come in the order of the tables and their rows. Arguments are those of calculate(), but that a node number may be
-    any, so that it can be told. OSError: there is no second library.
+    They come in the order of the tables and their rows. Arguments are those of calculate(); a node number may be any, so
+    that it can be told. OSError: there is no second library.
     """
     return _find(library, *_tables(nodes, elements, props, bars, groups, mode, any_node=True))
 

@@ -1,5 +1,5 @@
-"""The section of a file, its results and bars in hexadecimal, then on two levels, and what is found where it has a group too
-many. A host in Python.
+"""The section of a file, its results and bars in hexadecimal, then on two levels, and what is found where it has a group
+too many. A host in Python.
 
     host.py <binding> <names> <section> <header>...
 """
