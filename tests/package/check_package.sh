@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the library, moves the tree, and builds and runs a C host against it.
+# Installs the libraries, moves the tree, where the second finds the first beside itself, and builds and runs C hosts
+# against it.
 #   check_package.sh <cmake> <build folder>
 set -euo pipefail
 cmake=$1 build=$2
@@ -10,4 +11,6 @@ trap 'rm -rf "$scratch"' EXIT
 "$cmake" --install "$build" --prefix "$scratch/first" >/dev/null
 [ -s "$scratch/first/share/doc/velquor/copyright" ] || { echo "no licences" >&2 && exit 1; }
 mv "$scratch/first" "$scratch/moved"
+loaded=$(env -u LD_LIBRARY_PATH ldd "$(find "$scratch/moved" -name libvelquor-levels.so)")
+grep -qF " => $scratch/moved/" <<<"$loaded" || { echo "$loaded" >&2 && exit 1; }
 "$here/build_hosts.sh" "$cmake" "$scratch/moved" "$scratch/host"
