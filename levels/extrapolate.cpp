@@ -1,248 +1,238 @@
+// The slots. What belongs to principal axes, which may change from level to level, is extrapolated in the host's and
+// turned once.
 #include "levels/extrapolate.h"
 
 #include <algorithm>
 #include <cmath>
-#include <initializer_list>
 #include <limits>
 #include <utility>
+
+#include "levels/estimate.h"
 
 namespace levels {
 namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
-// Between two levels an error falls by 2^p. The orders p that are believed, 0.9 to 2.2, as these powers: sharp
-// re-entrant corners tend to 4/3, all else to 2.
-constexpr double MINFALL = 1.866065983073615, MAXFALL = 4.59479341998814;
-// Share of a correction that is always in the bound.
-constexpr double DOUBT = 0.3;
 // Rounding of a slot beside its natural size: of closed integrals, and of solutions.
 constexpr double EXACT = 1e-13, SOLVED = 1e-11;
 // The plastic search, in the host's units: its last step, and the balance of forces at which it ends.
 constexpr double PLASTICSTEP = 1e-9, PLASTICBALANCE = 1e-4;
+// Shares in bounds, found on random meshes: of the correction of stiffnesses, in warping constants and the shear
+// centre, in the sums of warping times distance; of the change of the largest stress between the levels before the
+// finest.
+constexpr double COARSE = 0.01, COARSESKEW = 0.1, MOVED = 0.5;
+// A change of ALPHA beyond this is a change of axes.
+constexpr double SAMEAXES = 0.01;
 
-struct Direction {
-    double c, s;  // cosine and sine of ALPHA
-};
+constexpr int on_warping[] = {VQ_SCY, VQ_SCZ, VQ_SCU,  VQ_SCV, VQ_GJ, VQ_GAY, VQ_GAZ, VQ_IW,
+                              VQ_GAU, VQ_GAV, VQ_GAUV, VQ_IWS, VQ_WT, VQ_WR1, VQ_WR2};
+constexpr int of_shear[] = {VQ_GAY, VQ_GAZ, VQ_GAU, VQ_GAV, VQ_GAUV};
 
-// Without the functions of the C library, whose last bits differ between processors:
-// tan ALPHA = -DYZ / (I1 - IYY) = -(I1 - IZZ) / DYZ.
-Direction direction(const Slots& slots) {
-    const double ALPHA = slots[VQ_ALPHA];
-    if (ALPHA == 0) return {1, 0};
-    if (std::fabs(slots[VQ_DYZ]) < 1e-4 * (slots[VQ_IYY] + slots[VQ_IZZ])) return {0, std::copysign(1.0, ALPHA)};
-    const bool along_z = slots[VQ_IYY] > slots[VQ_IZZ];
-    const double c = along_z ? std::fabs(slots[VQ_DYZ]) : slots[VQ_I1] - slots[VQ_IYY];
-    const double s = along_z ? slots[VQ_I1] - slots[VQ_IZZ] : std::fabs(slots[VQ_DYZ]);
-    const double h = std::sqrt(c * c + s * s);
-    return {c / h, std::copysign(s / h, -slots[VQ_DYZ])};
+// 2^(n / 32) by square roots, which all processors round alike.
+double power(int n) {
+    double base = 2, result = 1;
+    for (int bit = 32; bit > 0; bit /= 2, base = std::sqrt(base))
+        if (n & bit) result *= base;
+    return result;
 }
 
-double largest(std::initializer_list<double> values) { return std::max(values); }
+// The slots of a run on their way, read and written by their numbers.
+struct Work {
+    const std::vector<LevelResults>& levels;
+    Slots &values, &bounds;
+    // natural sizes: radius of gyration, distance from the origin, second moments about it, shear stiffness
+    double radius, away, moments, shear;
 
-// The factor by which a field's error falls from level to level, in the mean; 0 where it does not. `each(visit)` visits
-// the field's values on the last three levels.
-template <class Each>
-double fall_of(Each each) {
-    double before = 0, both = 0;
-    each([&](double v0, double v1, double v2) {
-        before += (v1 - v0) * (v2 - v1);
-        both += (v2 - v1) * (v2 - v1);
-    });
-    const double fall = before / both;
-    return fall > 1 ? std::clamp(fall, MINFALL, MAXFALL) : 0;
+    const Slots& level(int back) const { return levels[levels.size() - 1 - static_cast<std::size_t>(back)].slots; }
+    int count() const { return static_cast<int>(levels.size()); }
+    double finest(int slot) const { return level(0)[static_cast<std::size_t>(slot)]; }
+    double& bound(int slot) { return bounds[static_cast<std::size_t>(slot)]; }
+    Estimate got(int slot, double factor = 1) const {
+        return {values[static_cast<std::size_t>(slot)] * factor, bounds[static_cast<std::size_t>(slot)] * factor};
+    }
+    void set(int slot, const Estimate& e) {
+        values[static_cast<std::size_t>(slot)] = e.value;
+        bound(slot) = e.bound;
+    }
+};
+
+// Of what value_of(slots) tells of a level, from the finest `used` levels.
+template <class Value>
+Estimate estimate_of(const Work& w, Value value_of, const Falls& falls, double floor, int used = VQ_MAXLEVELS) {
+    double v[VQ_MAXLEVELS] = {};
+    used = std::min(used, w.count());
+    for (int k = 0; k < used; ++k) v[used - 1 - k] = value_of(w.level(k));
+    return estimate(v, used, falls, floor);
+}
+
+void set_slot(Work& w, int slot, const Falls& falls, double floor, int used = VQ_MAXLEVELS) {
+    w.set(slot, estimate_of(
+                    w, [slot](const Slots& of) { return of[static_cast<std::size_t>(slot)]; }, falls, floor, used));
+}
+
+void outline_slots(Work& w) {
+    for (const int slot : {VQ_EA, VQ_ANET, VQ_WEIGHT}) set_slot(w, slot, SMOOTH, EXACT * std::fabs(w.finest(slot)));
+    for (const int slot : {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}) set_slot(w, slot, SMOOTH, EXACT * w.moments);
+    for (const int slot : {VQ_YC, VQ_ZC}) set_slot(w, slot, SMOOTH, EXACT * w.away);
+    for (const int slot : {VQ_RY, VQ_RZ}) set_slot(w, slot, SMOOTH, SOLVED * w.away);
+    for (const int slot : {VQ_EREF, VQ_GREF}) w.set(slot, {w.finest(slot), 0});
+}
+
+void warping_slots(Work& w, const Falls& warped, bool triangles) {
+    for (const int slot : {VQ_GJ, VQ_IW, VQ_IWS}) set_slot(w, slot, warped, SOLVED * std::fabs(w.finest(slot)));
+    for (const int slot : {VQ_GAY, VQ_GAZ}) set_slot(w, slot, warped, SOLVED * w.shear);
+    for (const int slot : {VQ_SCY, VQ_SCZ}) set_slot(w, slot, warped, SOLVED * w.away);
+    const double skew = w.radius * w.radius * std::sqrt(std::fabs(w.finest(VQ_EA) / w.finest(VQ_IW)));
+    for (const int slot : {VQ_WR1, VQ_WR2}) set_slot(w, slot, warped, std::isfinite(skew) ? SOLVED * skew : 0);
+
+    // Where the parts of an error cancel by chance, what the levels still change of the stiffnesses tells how coarse
+    // the mesh is. What is 0 by symmetry stays exact.
+    double coarse = 0;
+    for (const int slot : {VQ_GJ, VQ_GAY, VQ_GAZ})
+        coarse = std::max(coarse, std::fabs(w.got(slot).value / w.finest(slot) - 1));
+    coarse = std::min(coarse, 1.0);
+    const auto at_least = [&](int slot, double bound, double floor) {
+        if (w.bound(slot) > 2 * floor) w.bound(slot) = std::max(w.bound(slot), bound);
+    };
+    for (const int slot : {VQ_IW, VQ_IWS}) at_least(slot, COARSE * coarse * std::fabs(w.finest(slot)), 0);
+    for (const int slot : {VQ_SCY, VQ_SCZ}) at_least(slot, COARSE * coarse * w.radius, SOLVED * w.away);
+    for (const int slot : {VQ_WR1, VQ_WR2})
+        at_least(slot, COARSESKEW * coarse * std::fabs(w.finest(slot)), SOLVED * skew);
+    // A bound should not depend on the host's axes: two components have it in common.
+    const auto share = [&](int y, int z, double floor) {
+        const double largest = std::max(w.bound(y), w.bound(z));
+        at_least(y, largest, floor);
+        at_least(z, largest, floor);
+    };
+    share(VQ_SCY, VQ_SCZ, SOLVED * w.away);
+    share(VQ_GAY, VQ_GAZ, SOLVED * w.shear);
+
+    // The largest stress is of the first order in triangles, and may change its place from level to level.
+    set_slot(w, VQ_WT, triangles ? Falls{2, 4} : SMOOTH, SOLVED * std::fabs(w.finest(VQ_WT)));
+    const auto change = [&](int back) { return std::fabs(w.level(back)[VQ_WT] - w.level(back + 1)[VQ_WT]); };
+    w.bound(VQ_WT) = std::max({w.bound(VQ_WT), change(0), w.count() > 2 ? MOVED * change(1) : 0});
+}
+
+// The direction that is turned from `from` by a small angle.
+Direction turned(const Direction& from, double angle) {
+    const double s = angle * (1 - angle * angle / 6), c = std::sqrt(1 - s * s);
+    return {c * from.c - s * from.s, s * from.c + c * from.s};
+}
+
+// `swing` becomes what is not known of ALPHA.
+Direction principal_slots(Work& w, const Falls& warped, double& swing) {
+    set_slot(w, VQ_ALPHA, SMOOTH, EXACT * w.moments / std::fabs(w.finest(VQ_I1) - w.finest(VQ_I2)));
+    const Estimate ALPHA = w.got(VQ_ALPHA);
+    swing = std::min(ALPHA.bound, 1.0);
+    const double correction =
+        std::fabs(ALPHA.value - w.finest(VQ_ALPHA)) < SAMEAXES ? ALPHA.value - w.finest(VQ_ALPHA) : 0;
+    w.set(VQ_ALPHA, {w.finest(VQ_ALPHA) + correction, ALPHA.bound});
+    const Direction to = turned(direction(w.level(0)), correction);
+    const double c = to.c, s = to.s, C = std::fabs(c), S = std::fabs(s);
+    const auto set_pair = [&](int u, int v, const Estimate& y, const Estimate& z) {
+        const double along_u = c * y.value + s * z.value, along_v = c * z.value - s * y.value;
+        w.set(u, {along_u, C * y.bound + S * z.bound + swing * std::fabs(along_v)});
+        w.set(v, {along_v, C * z.bound + S * y.bound + swing * std::fabs(along_u)});
+    };
+    set_pair(VQ_SCU, VQ_SCV, w.got(VQ_SCY), w.got(VQ_SCZ));
+    set_pair(VQ_RU, VQ_RV, w.got(VQ_RY, w.got(VQ_IYY).value), w.got(VQ_RZ, w.got(VQ_IZZ).value));
+    w.set(VQ_RU, w.got(VQ_RU, 1 / w.got(VQ_I2).value));
+    w.set(VQ_RV, w.got(VQ_RV, 1 / w.got(VQ_I1).value));
+
+    const auto beside_diagonal = [](const Slots& of) {
+        const auto [a, b] = direction(of);
+        return (of[VQ_GAU] - of[VQ_GAV]) * a * b + of[VQ_GAUV] * (a * a - b * b);
+    };
+    const Estimate Y = w.got(VQ_GAY), Z = w.got(VQ_GAZ);
+    const Estimate YZ = estimate_of(w, beside_diagonal, warped, SOLVED * w.shear);
+    const double cc = c * c, ss = s * s, cs = c * s;
+    const double GAU = cc * Y.value + ss * Z.value + 2 * cs * YZ.value;
+    const double GAV = ss * Y.value + cc * Z.value - 2 * cs * YZ.value;
+    const double GAUV = cs * (Z.value - Y.value) + (cc - ss) * YZ.value;
+    const double common = 2 * C * S * YZ.bound + 2 * swing * std::fabs(GAUV);
+    w.set(VQ_GAU, {GAU, cc * Y.bound + ss * Z.bound + common});
+    w.set(VQ_GAV, {GAV, ss * Y.bound + cc * Z.bound + common});
+    w.set(VQ_GAUV, {GAUV, C * S * (Y.bound + Z.bound) + std::fabs(cc - ss) * YZ.bound + swing * std::fabs(GAU - GAV)});
+
+    // The centre of coupled groups is turned crosswise.
+    const auto centre = [&](bool along_z) {
+        const auto component = [along_z](const Slots& of) {
+            const auto [a, b] = direction(of);
+            return along_z ? a * of[VQ_COUP2] - b * of[VQ_COUP1] : a * of[VQ_COUP1] + b * of[VQ_COUP2];
+        };
+        return estimate_of(w, component, SMOOTH, EXACT * w.away);
+    };
+    set_pair(VQ_COUP2, VQ_COUP1, centre(true), centre(false));
+    return to;
+}
+
+// In principal axes from the levels that have these in common.
+void plastic_slots(Work& w, const Direction& to, double swing) {
+    int alike = 0;
+    for (; alike < w.count(); ++alike) {
+        const auto [a, b] = direction(w.level(alike));
+        if (!(std::fabs(a * to.s - b * to.c) < SAMEAXES && a * to.c + b * to.s > 0)) break;
+    }
+    for (const int frame : {VQ_PLAXIS_Y, VQ_PLAXIS_U}) {
+        const bool principal = frame == VQ_PLAXIS_U;
+        double moment = 0;
+        for (int slot = frame + 8; slot < frame + 12; ++slot) moment = std::max(moment, std::fabs(w.finest(slot)));
+        // A moment of plastic forces N is at most N radius or so, and dN = 2 N dL / radius or more.
+        const double step = moment > 0 ? PLASTICSTEP + 10 * PLASTICBALANCE * w.radius * w.radius / moment : 0;
+        for (int slot = frame; slot < frame + 12; ++slot) {
+            const double size = std::fabs(w.finest(slot));
+            set_slot(w, slot, SMOOTH, (slot < frame + 4 ? step : 0) + (SOLVED + (principal ? swing : 0)) * size,
+                     principal ? std::max(alike, 1) : w.count());
+        }
+    }
+}
+
+void without_limit(Work& w, const Nature& nature) {
+    if (nature.pieces || nature.stiff_bars)
+        for (const int slot : on_warping) w.set(slot, {w.finest(slot), infinity});
+    if (nature.bars)
+        for (const int slot : of_shear) w.bound(slot) = infinity;
+    if (nature.exponent > 0) w.bound(VQ_WT) = infinity;
 }
 
 }  // namespace
 
-Estimate estimate(const double* values, int count, double floor) {
-    int first = count;
-    while (first > 0 && std::isfinite(values[first - 1])) --first;
-    const int finite = count - first;
-    const double v2 = values[count - 1];
-    if (finite == 0) return {v2, infinity};
-    if (finite == 1) return {v2, count == 1 ? unknown : infinity};
-    const double v1 = values[count - 2], d2 = v2 - v1;
-    if (finite == 2) return {v2 + d2 / 3, largest({std::fabs(d2), floor})};
-    const double d1 = v1 - values[count - 3];
-    if (largest({std::fabs(d1), std::fabs(d2)}) <= floor) return {v2, floor};
-    if (d2 == 0 || !(d1 / d2 > 1)) return {v2, largest({std::fabs(d1), std::fabs(d2), floor})};
-    const double fall = std::clamp(d1 / d2, MINFALL, MAXFALL), c = d2 / (fall - 1);
-    const double e = v2 + c, second_order = v2 + d2 / 3, before = v1 + d1 / (fall - 1);
-    return {e, largest({std::fabs(e - second_order), std::fabs(e - before) / 2, DOUBT * std::fabs(c), floor})};
+// Without the functions of the C library, whose last bits differ between processors:
+// tan ALPHA = -DYZ / (I1 - IYY) = -(I1 - IZZ) / DYZ.
+Direction direction(const Slots& slots) {
+    const double ALPHA = slots[VQ_ALPHA], DYZ = slots[VQ_DYZ];
+    if (ALPHA == 0) return {1, 0};
+    if (std::fabs(DYZ) < 1e-4 * (slots[VQ_IYY] + slots[VQ_IZZ])) return {0, std::copysign(1.0, ALPHA)};
+    const bool along_z = slots[VQ_IYY] > slots[VQ_IZZ];
+    const double c = along_z ? std::fabs(DYZ) : slots[VQ_I1] - slots[VQ_IYY];
+    const double s = along_z ? slots[VQ_I1] - slots[VQ_IZZ] : std::fabs(DYZ);
+    const double h = std::sqrt(c * c + s * s);
+    return {c / h, std::copysign(s / h, -DYZ)};
 }
 
-void extrapolate_slots(const std::vector<LevelResults>& levels, const Unlimited& unlimited, Slots& values,
-                       Slots& bounds) {
-    const int count = static_cast<int>(levels.size());
+Direction extrapolate_slots(const std::vector<LevelResults>& levels, const Nature& nature, Slots& values,
+                            Slots& bounds) {
     const Slots& finest = levels.back().slots;
-    values = finest;
-    const auto estimate_of = [&](const auto& value_of, double floor, int used) {
-        double v[VQ_MAXLEVELS] = {};
-        for (int k = 0; k < used; ++k) v[k] = value_of(levels[static_cast<std::size_t>(count - used + k)].slots);
-        return estimate(v, used, floor);
-    };
-    const auto set = [&](int slot, const Estimate& e) {
-        values[static_cast<std::size_t>(slot)] = e.value;
-        bounds[static_cast<std::size_t>(slot)] = e.bound;
-    };
-    const auto scalar = [&](int slot, double floor) {
-        set(slot, estimate_of([slot](const Slots& s) { return s[static_cast<std::size_t>(slot)]; }, floor, count));
-    };
-
-    // natural sizes: radius of gyration, distance from the origin, second moments and area about it
-    const double EA = std::fabs(finest[VQ_EA]), IP = std::fabs(finest[VQ_IYY]) + std::fabs(finest[VQ_IZZ]);
-    const double radius = std::sqrt(IP / EA);
-    const double away = std::fabs(finest[VQ_YC]) + std::fabs(finest[VQ_ZC]) + radius, moment = IP + EA * away * away;
-    const double G = largest({std::fabs(finest[VQ_GAY]), std::fabs(finest[VQ_GAZ])});
-    const double skew = radius * radius * std::sqrt(EA / std::fabs(finest[VQ_IW]));
-
-    scalar(VQ_EA, EXACT * EA);
-    for (int slot : {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}) scalar(slot, EXACT * moment);
-    for (int slot : {VQ_YC, VQ_ZC}) scalar(slot, EXACT * away);
-    for (int slot : {VQ_SCY, VQ_SCZ, VQ_RY, VQ_RZ}) scalar(slot, SOLVED * away);
-    for (int slot : {VQ_GJ, VQ_IW, VQ_IWS, VQ_WT})
-        scalar(slot, SOLVED * std::fabs(finest[static_cast<std::size_t>(slot)]));
-    for (int slot : {VQ_GAY, VQ_GAZ}) scalar(slot, SOLVED * G);
-    for (int slot : {VQ_WR1, VQ_WR2}) scalar(slot, std::isfinite(skew) ? SOLVED * skew : 0);
-    for (int slot : {VQ_ANET, VQ_WEIGHT}) scalar(slot, EXACT * std::fabs(finest[static_cast<std::size_t>(slot)]));
-    bounds[VQ_EREF] = bounds[VQ_GREF] = count == 1 ? unknown : 0;
-
-    // ALPHA stays the finest level's; directions and tensors are turned to it.
-    const auto [c, s] = direction(finest);
-    scalar(VQ_ALPHA, EXACT * moment / std::fabs(finest[VQ_I1] - finest[VQ_I2]));
-    bounds[VQ_ALPHA] += std::fabs(values[VQ_ALPHA] - finest[VQ_ALPHA]);
-    values[VQ_ALPHA] = finest[VQ_ALPHA];
-    const auto turned = [c = c, s = s](double y, double z) { return Direction{c * y + s * z, c * z - s * y}; };
-    const auto turned_bound = [c = std::fabs(c), s = std::fabs(s)](double y, double z) {
-        return Direction{c * y + s * z, c * z + s * y};
-    };
-    const auto set_pair = [&](int u, int v, double y, double z, double y_bound, double z_bound) {
-        const Direction value = turned(y, z), bound = turned_bound(y_bound, z_bound);
-        set(u, {value.c, bound.c});
-        set(v, {value.s, bound.s});
-    };
-    set_pair(VQ_SCU, VQ_SCV, values[VQ_SCY], values[VQ_SCZ], bounds[VQ_SCY], bounds[VQ_SCZ]);
-
-    const double SY = finest[VQ_IYY], SZ = finest[VQ_IZZ];
-    set_pair(VQ_RU, VQ_RV, values[VQ_RY] * SY, values[VQ_RZ] * SZ, bounds[VQ_RY] * SY, bounds[VQ_RZ] * SZ);
-    values[VQ_RU] /= finest[VQ_I2];
-    bounds[VQ_RU] /= finest[VQ_I2];
-    values[VQ_RV] /= finest[VQ_I1];
-    bounds[VQ_RV] /= finest[VQ_I1];
-
-    const Estimate YZ = estimate_of(
-        [](const Slots& of) {
-            const auto [a, b] = direction(of);
-            return (of[VQ_GAU] - of[VQ_GAV]) * a * b + of[VQ_GAUV] * (a * a - b * b);
-        },
-        SOLVED * G, count);
-    const double cc = c * c, ss = s * s, cs = c * s;
-    const double Y = bounds[VQ_GAY], Z = bounds[VQ_GAZ];
-    set(VQ_GAU, {cc * values[VQ_GAY] + ss * values[VQ_GAZ] + 2 * cs * YZ.value,
-                 cc * Y + ss * Z + 2 * std::fabs(cs) * YZ.bound});
-    set(VQ_GAV, {ss * values[VQ_GAY] + cc * values[VQ_GAZ] - 2 * cs * YZ.value,
-                 ss * Y + cc * Z + 2 * std::fabs(cs) * YZ.bound});
-    set(VQ_GAUV, {cs * (values[VQ_GAZ] - values[VQ_GAY]) + (cc - ss) * YZ.value,
-                  std::fabs(cs) * (Y + Z) + std::fabs(cc - ss) * YZ.bound});
-
-    // the centre of coupled groups, turned crosswise where ALPHA is not 0
-    const auto centre = [&](bool along_z) {
-        return estimate_of(
-            [along_z](const Slots& of) {
-                const auto [a, b] = direction(of);
-                return along_z ? a * of[VQ_COUP2] - b * of[VQ_COUP1] : a * of[VQ_COUP1] + b * of[VQ_COUP2];
-            },
-            EXACT * away, count);
-    };
-    const Estimate yc = centre(false), zc = centre(true);
-    set(VQ_COUP1, {c * yc.value - s * zc.value, std::fabs(c) * yc.bound + std::fabs(s) * zc.bound});
-    set(VQ_COUP2, {c * zc.value + s * yc.value, std::fabs(c) * zc.bound + std::fabs(s) * yc.bound});
-
-    // Plastic slots, in principal axes from the levels that have these in common.
-    int alike = 0;
-    while (alike < count) {
-        const auto [a, b] = direction(levels[static_cast<std::size_t>(count - 1 - alike)].slots);
-        if (!(std::fabs(a * s - b * c) < 0.01 && a * c + b * s > 0)) break;
-        ++alike;
-    }
-    for (int slot = VQ_PLAXIS_Y; slot <= VQ_PLMOM_U_NEG; ++slot) {
-        const int in_frame = (slot - VQ_PLAXIS_Y) % 12, frame = slot - in_frame;
-        double moments = 0;
-        for (int k = 8; k < 12; ++k)
-            moments = std::max(moments, std::fabs(finest[static_cast<std::size_t>(frame + k)]));
-        const double size = std::fabs(finest[static_cast<std::size_t>(slot)]);
-        // A moment of plastic forces N is at most N radius or so, and dN = 2 N dL / radius or more.
-        const double floor = in_frame >= 4 ? SOLVED * size
-                             : moments > 0
-                                 ? PLASTICSTEP + EXACT * size + 10 * PLASTICBALANCE * radius * radius / moments
-                                 : 0;
-        set(slot, estimate_of([slot](const Slots& of) { return of[static_cast<std::size_t>(slot)]; }, floor,
-                              frame == VQ_PLAXIS_Y ? count : std::max(alike, 1)));
-    }
-
-    if (count == 1) return;
-    if (unlimited.warping)
-        for (int slot : {VQ_SCY, VQ_SCZ, VQ_SCU, VQ_SCV, VQ_GJ, VQ_IW, VQ_IWS, VQ_WT, VQ_WR1, VQ_WR2})
-            bounds[static_cast<std::size_t>(slot)] = infinity;
-    if (unlimited.warping || unlimited.shear)
-        for (int slot : {VQ_GAY, VQ_GAZ, VQ_GAU, VQ_GAV, VQ_GAUV}) bounds[static_cast<std::size_t>(slot)] = infinity;
-    if (unlimited.stress) bounds[VQ_WT] = infinity;
-}
-
-void extrapolate_fields(std::vector<LevelResults>& levels, const Unlimited& unlimited,
-                        const std::vector<std::int8_t>& sharp) {
-    const std::size_t n = levels.size();
-    if (n == 1) return;
-    const auto [c, s] = direction(levels.back().slots);
-    for (std::size_t k = 0; k + 1 < n; ++k) {
-        const auto [a, b] = direction(levels[k].slots);
-        const double cosine = c * a + s * b, sine = s * a - c * b;
-        if (cosine == 1) continue;
-        const auto turn = [&](double& u, double& v) {
-            const double u_before = u;
-            u = cosine * u_before + sine * v;
-            v = cosine * v - sine * u_before;
-        };
-        std::vector<double>& w = levels[k].nodeout;
-        for (std::size_t i = w.size() / 3; i < 2 * (w.size() / 3); ++i) turn(w[i], w[i + w.size() / 3]);
-        std::vector<double>& e = levels[k].elemout;
-        for (std::size_t at = 0; at < e.size(); at += 12)
-            for (const auto& [u, v] : {std::pair{2, 4}, {3, 5}, {9, 10}}) turn(e[at + u], e[at + v]);
-        std::vector<double>& bar = levels[k].stress;
-        for (std::size_t at = 0; at < bar.size(); at += 4) turn(bar[at + 1], bar[at + 2]);
-    }
-    if (unlimited.warping) return;
-
-    LevelResults& last = levels[n - 1];
-    const LevelResults &v1 = levels[n - 2], &v0 = levels[n > 2 ? n - 3 : 0];
-    // Warping, and with it the axial stress of a bimoment, by one order for all of a field.
-    const auto correct = [&](std::vector<double> LevelResults::*field, std::size_t begin, std::size_t end,
-                             std::size_t step) {
-        std::vector<double>& v2 = last.*field;
-        double fall = 4;
-        if (n > 2)
-            fall = fall_of([&](const auto& visit) {
-                for (std::size_t i = begin; i < end; i += step) visit((v0.*field)[i], (v1.*field)[i], v2[i]);
-            });
-        if (fall == 0) return;
-        for (std::size_t i = begin; i < end; i += step) v2[i] += (v2[i] - (v1.*field)[i]) / (fall - 1);
-    };
-    const std::size_t nodes = last.nodeout.size() / 3;
-    for (std::size_t column = 0; column < 3; ++column)
-        correct(&LevelResults::nodeout, column * nodes, (column + 1) * nodes, 1);
-    correct(&LevelResults::elemout, 11, last.elemout.size(), 12);
-    correct(&LevelResults::stress, 3, last.stress.size(), 4);
-    // Shear stresses at corners are of the first order and regular in the second: (8 v2 - 6 v1 + v0) / 3 by
-    // Richardson's extrapolation.
-    for (std::size_t corner = 0; corner < last.elemout.size() / 12; ++corner) {
-        if (sharp[corner]) continue;
-        for (std::size_t i = 12 * corner; i < 12 * corner + 8; ++i) {
-            const double v2 = last.elemout[i], d2 = v2 - v1.elemout[i];
-            last.elemout[i] = n > 2 ? v2 + (5 * d2 - v1.elemout[i] + v0.elemout[i]) / 3 : v2 + d2;
-        }
-    }
+    const double EA = std::fabs(finest[VQ_EA]), polar = std::fabs(finest[VQ_IYY]) + std::fabs(finest[VQ_IZZ]);
+    const double radius = std::sqrt(polar / EA);
+    const double away = std::fabs(finest[VQ_YC]) + std::fabs(finest[VQ_ZC]) + radius;
+    Work w{levels,
+           values,
+           bounds,
+           radius,
+           away,
+           polar + EA * away * away,
+           std::max(std::fabs(finest[VQ_GAY]), std::fabs(finest[VQ_GAZ]))};
+    // A sharp corner adds an error of energy of order 2 k. Nothing is known of bars.
+    const Falls warped = nature.bars ? Falls{0, 0} : nature.exponent == 0 ? SMOOTH : Falls{power(nature.exponent), 4};
+    double swing;
+    outline_slots(w);
+    warping_slots(w, warped, nature.triangles);
+    const Direction to = principal_slots(w, warped, swing);
+    plastic_slots(w, to, swing);
+    without_limit(w, nature);
+    return to;
 }
 
 }  // namespace levels

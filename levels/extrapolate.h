@@ -11,8 +11,7 @@ namespace levels {
 
 using Slots = std::array<double, VQ_NSLOTS>;
 
-// What a level gave at the host's nodes, corners and bars. Where there are several levels, WT and the shear stresses of
-// a unit torque in quadrilaterals are of second order.
+// What a level gave at the host's nodes, corners and bars.
 struct LevelResults {
     Slots slots;
     std::vector<double> nodeout;  // (NNODES, 3)
@@ -20,28 +19,28 @@ struct LevelResults {
     std::vector<double> stress;   // 4 for each bar
 };
 
-// What has no limit on finer meshes.
-struct Unlimited {
-    bool warping = false;  // all that rests on warping: the mesh falls in pieces, or bars have a shear modulus
-    bool shear = false;    // shear stiffness: bars take part
-    bool stress = false;   // the largest shear stress: there are sharp corners
+// Cosine and sine of ALPHA.
+struct Direction {
+    double c, s;
+};
+Direction direction(const Slots& slots);
+
+// What is known of a section, besides the results of its levels.
+struct Nature {
+    bool pieces = false;       // parts hang together in no node or in one: what rests on warping has no limit
+    bool bars = false;         // bars take part: shear stiffness has none
+    bool stiff_bars = false;   // of them some have a shear modulus: all that rests on warping has none
+    bool triangles = false;    // among the elements
+    std::int8_t exponent = 0;  // in 64ths, the smallest at its sharp corners, where stress has no limit; 0 without any
 };
 
-// A value on an infinitely fine mesh, and how far from it that may be.
-struct Estimate {
-    double value, bound;
-};
+// All slots from those of the levels, two or more, and the direction of their principal axes.
+Direction extrapolate_slots(const std::vector<LevelResults>& levels, const Nature& nature, Slots& values,
+                            Slots& bounds);
 
-// From the values of `count` levels, at least one, the finest last; the bound is at least `floor`.
-Estimate estimate(const double* values, int count, double floor);
-
-// All slots from those of the levels; principal axes are the finest level's.
-void extrapolate_slots(const std::vector<LevelResults>& levels, const Unlimited& unlimited, Slots& values,
-                       Slots& bounds);
-
-// The finest level's fields become extrapolated ones, all others turned to its principal axes on the way. Shear
-// stresses at corners with sharp = 1, (4, NELEMS), stay as they are.
-void extrapolate_fields(std::vector<LevelResults>& levels, const Unlimited& unlimited,
+// The finest level's fields become extrapolated ones in the axes of `to`; the others are turned to them on the way.
+// Shear stresses at corners with sharp = 1, (4, NELEMS), stay those of the finest level.
+void extrapolate_fields(std::vector<LevelResults>& levels, const Nature& nature, const Direction& to,
                         const std::vector<std::int8_t>& sharp);
 
 }  // namespace levels

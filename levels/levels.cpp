@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -9,6 +10,7 @@
 #include "levels/extrapolate.h"
 #include "levels/mesh.h"
 #include "levels/pieces.h"
+#include "levels/plastic.h"
 #include "levels/sharp.h"
 
 namespace levels {
@@ -91,12 +93,15 @@ double torsional_modulus(const Tables& mesh, const Call& call) {
 }
 
 // What the host's nodes, corners and bars have of a call on a mesh `level` refinements below the host's.
-// `alone`: WT as the library gave it, for want of another level.
+// `alone`: slots as the library gave them, for want of another level.
 LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const Tables& mesh, const Call& call,
-                     const std::vector<VYZTUZE_INFO>& bars, bool alone) {
+                     const std::vector<VYZTUZE_INFO>& bars, double mode, bool alone) {
     LevelResults results;
     results.slots = call.slots;
-    if (!alone) results.slots[VQ_WT] = torsional_modulus(mesh, call);
+    if (!alone) {
+        results.slots[VQ_WT] = torsional_modulus(mesh, call);
+        part_plastic_moments(mesh, mode, results.slots);
+    }
     for (std::size_t column = 0; column < 3; ++column) {
         const double* from = call.nodeout.get() + column * static_cast<std::size_t>(mesh.NNODES);
         results.nodeout.insert(results.nodeout.end(), from, from + host.NNODES);
@@ -117,10 +122,10 @@ LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const 
 
 // Everything that a run makes before it writes to the host's tables.
 struct Run {
-    std::int32_t status = VQ_DONE;     // of the level that did not go well
-    std::vector<LevelResults> levels;  // those that did
-    std::vector<VYZTUZE_INFO> bars;    // as the host's own mesh fills them
-    std::vector<std::int8_t> sharp;    // (NNODES)
+    std::int32_t status = VQ_DONE;      // of the level that did not go well
+    std::vector<LevelResults> levels;   // those that did
+    std::vector<VYZTUZE_INFO> bars;     // as the host's own mesh fills them
+    std::vector<std::int8_t> exponent;  // (NNODES)  see sharp.h
 };
 
 // One level's results are added to the run, or its status is set.
@@ -137,9 +142,9 @@ void run_level(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, d
     }
     if (run.status != VQ_DONE) return;
     if (level == 0) run.bars.assign(bars.begin(), bars.begin() + NPOINTS);
-    std::vector<std::int8_t> sharp = sharp_nodes(host, mesh, level);
-    run.levels.push_back(at_host(host, NPOINTS, level, mesh, call, bars, alone));
-    run.sharp = std::move(sharp);
+    std::vector<std::int8_t> exponent = exponents(host, mesh, level);
+    run.levels.push_back(at_host(host, NPOINTS, level, mesh, call, bars, mode, alone));
+    run.exponent = std::move(exponent);
 }
 
 Run run_levels(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, const VYZTUZE_INFO* POINTS, double mode,
@@ -207,22 +212,30 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
         return;
     }
     try {
-        Unlimited unlimited;
+        Nature nature;
         for (std::int32_t b = 0; b < NPOINTS; ++b) {
-            unlimited.shear = unlimited.shear || takes_part(POINTS[b]);
-            unlimited.warping = unlimited.warping || (takes_part(POINTS[b]) && POINTS[b].GMODUL != 0);
+            nature.bars = nature.bars || takes_part(POINTS[b]);
+            nature.stiff_bars = nature.stiff_bars || (takes_part(POINTS[b]) && POINTS[b].GMODUL != 0);
         }
-        unlimited.warping = unlimited.warping || count_pieces(host) > 1;
+        nature.pieces = count_pieces(host) > 1;
+        for (std::size_t e = 0; e < static_cast<std::size_t>(NELEMS) && !nature.triangles; ++e)
+            nature.triangles = host.corners(e) == 3;
+        for (const std::int8_t k : run.exponent) {
+            if (k == 0) nature.pieces = true;
+            if (k > 0 && k <= levels::SHARP) nature.exponent = nature.exponent == 0 ? k : std::min(nature.exponent, k);
+        }
         std::vector<std::int8_t> sharp_corner(4 * static_cast<std::size_t>(NELEMS));
         for (std::size_t k = 0; k < sharp_corner.size(); ++k)
-            sharp_corner[k] = run.sharp[static_cast<std::size_t>(host.node(k / 4, static_cast<int>(k % 4))) - 1];
-        unlimited.stress = std::count(sharp_corner.begin(), sharp_corner.end(), 1) > 0;
+            sharp_corner[k] =
+                run.exponent[static_cast<std::size_t>(host.node(k / 4, static_cast<int>(k % 4))) - 1] <= levels::SHARP;
 
         Slots values, bounds;
-        extrapolate_slots(run.levels, unlimited, values, bounds);
-        extrapolate_fields(run.levels, unlimited, sharp_corner);
+        values = run.levels.back().slots;
+        bounds.fill(std::numeric_limits<double>::quiet_NaN());
+        if (good > 1)
+            extrapolate_fields(run.levels, nature, extrapolate_slots(run.levels, nature, values, bounds), sharp_corner);
         const LevelResults& finest = run.levels.back();
-        if (unlimited.stress && good > 1) values[VQ_WT] = largest_elsewhere(finest.elemout, sharp_corner);
+        if (nature.exponent > 0 && good > 1) values[VQ_WT] = largest_elsewhere(finest.elemout, sharp_corner);
 
         std::copy(values.begin(), values.end(), RESULT);
         std::copy(bounds.begin(), bounds.end(), BOUNDS);
@@ -232,7 +245,7 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
             std::copy_n(&finest.stress[4 * b], 4, run.bars[b].STRESS);
             POINTS[b] = run.bars[b];
         }
-        if (SHARP) std::copy(run.sharp.begin(), run.sharp.end(), SHARP);
+        for (std::size_t n = 0; SHARP && n < run.exponent.size(); ++n) SHARP[n] = run.exponent[n] <= levels::SHARP;
         *STATUS = VQ_DONE;
     } catch (...) {
         *STATUS = VQ_OUT_OF_MEMORY;

@@ -7,8 +7,7 @@ namespace levels {
 namespace {
 
 constexpr double PI = 3.14159265358979324;
-// What the angle at a node may be beyond straight: arcs without a true course are polygons.
-constexpr double STRAIGHT = 20 * PI / 180;
+constexpr int REGULAR = 64, HINGE = 0;
 
 // The corner of an element at a node of the host: counter-clockwise from its edge to node `from` to that to node `to`.
 struct Sector {
@@ -18,53 +17,67 @@ struct Sector {
 
 bool follows(const Sector& a, const Sector& b) { return a.to == b.from; }
 
-// Near the node u = r^k f(angle) solves div G grad u = 0 with free outer edges, and its gradient is infinite if the
-// smallest k above 0 is below 1. For k = 1 (f, -f') = (cos p, sin p) with p growing by the angle in each sector, while
-// G f' passes from one to the next; the solution of k has p = pi in the end (Sturm's oscillation theorem).
-bool is_sharp_chain(const std::vector<const Sector*>& chain) {
+// Near a node u = r^k f(angle) solves div G grad u = 0: f'' = -k^2 f in each sector, while f and G f' pass from one to
+// the next.
+
+// Between free edges, where G f' = 0: f = cos p, f' = -k sin p, where p begins with 0 and grows by k times the angle.
+// It ends with pi for the smallest k above 0 (Sturm's oscillation theorem). Returns whether k is above that.
+bool is_above(const std::vector<const Sector*>& chain, double k) {
     double p = 0, G = chain.front()->G;
     for (const Sector* sector : chain) {
         const double turns = std::nearbyint(p / PI);
-        p = turns * PI + std::atan(std::tan(p - turns * PI) * G / sector->G) + sector->angle;
+        p = turns * PI + std::atan(std::tan(p - turns * PI) * G / sector->G) + k * sector->angle;
         G = sector->G;
     }
-    return p > PI + STRAIGHT;
+    return p > PI;
 }
 
-// All around a node stresses are finite where one material is, or where two meet in a straight line.
-bool is_sharp_ring(const std::vector<const Sector*>& ring) {
-    const std::size_t n = ring.size();
-    std::size_t begin = 0;
-    while (begin < n && ring[begin]->G == ring[(begin + n - 1) % n]->G) ++begin;
-    if (begin == n) return false;
-    std::vector<double> angles;
-    for (std::size_t k = 0; k < n; ++k) {
-        const Sector &sector = *ring[(begin + k) % n], &before = *ring[(begin + k + n - 1) % n];
-        if (sector.G != before.G) angles.push_back(0);
-        angles.back() += sector.angle;
+// All around, f must come back to itself: the trace of what takes (f, G f' / k) once around is 2, as it is for k = 0,
+// and above 2 just beyond the smallest k above 0.
+bool is_above_closed(const std::vector<const Sector*>& ring, double k) {
+    double a = 1, b = 0, c = 0, d = 1;
+    for (const Sector* sector : ring) {
+        const double cosine = std::cos(k * sector->angle), sine = std::sin(k * sector->angle), G = sector->G;
+        const double a_before = a, b_before = b;
+        a = cosine * a + sine / G * c;
+        b = cosine * b + sine / G * d;
+        c = cosine * c - G * sine * a_before;
+        d = cosine * d - G * sine * b_before;
     }
-    return angles.size() > 2 ||
-           std::any_of(angles.begin(), angles.end(), [](double angle) { return std::fabs(angle - PI) > STRAIGHT; });
+    return a + d > 2 + 1e-9;
 }
 
-// The sectors at one node, by the angles at which they begin.
-bool is_sharp(const Sector* sectors, std::size_t n) {
+// The smallest k above 0 in 64ths, as far as it is below 1.
+template <class Test>
+int smallest(const std::vector<const Sector*>& sectors, Test is_above_at) {
+    int k = 1;
+    while (k < REGULAR && !is_above_at(sectors, (k + 0.5) / REGULAR)) ++k;
+    return k;
+}
+
+bool has_one_material(const std::vector<const Sector*>& sectors) {
+    return std::all_of(sectors.begin(), sectors.end(), [&](const Sector* s) { return s->G == sectors[0]->G; });
+}
+
+// The sectors at one node, by the angles at which they begin: chains from free edge to free edge, or all around.
+int exponent(const Sector* sectors, std::size_t n) {
     std::size_t begin = 0;
     while (begin < n && follows(sectors[(begin + n - 1) % n], sectors[begin])) ++begin;
+    int least = REGULAR, chains = 0;
     std::vector<const Sector*> chain;
     for (std::size_t k = 0; k < n; ++k) {
         chain.push_back(&sectors[(begin + k) % n]);
-        if (begin < n && (k + 1 == n || !follows(*chain.back(), sectors[(begin + k + 1) % n]))) {
-            if (is_sharp_chain(chain)) return true;
-            chain.clear();
-        }
+        if (begin == n || (k + 1 < n && follows(*chain.back(), sectors[(begin + k + 1) % n]))) continue;
+        if (++chains > 1) return HINGE;
+        if (is_above(chain, 1)) least = std::min(least, smallest(chain, is_above));
+        chain.clear();
     }
-    return begin == n && is_sharp_ring(chain);
+    return begin == n && !has_one_material(chain) ? smallest(chain, is_above_closed) : least;
 }
 
 }  // namespace
 
-std::vector<std::int8_t> sharp_nodes(const Tables& host, const Tables& finest, int level) {
+std::vector<std::int8_t> exponents(const Tables& host, const Tables& finest, int level) {
     std::vector<Sector> sectors;
     sectors.reserve(4 * static_cast<std::size_t>(host.NELEMS));
     for (std::size_t e = 0; e < static_cast<std::size_t>(host.NELEMS); ++e) {
@@ -82,12 +95,12 @@ std::vector<std::int8_t> sharp_nodes(const Tables& host, const Tables& finest, i
     std::sort(sectors.begin(), sectors.end(), [](const Sector& a, const Sector& b) {
         return a.node != b.node ? a.node < b.node : a.begin != b.begin ? a.begin < b.begin : a.from < b.from;
     });
-    std::vector<std::int8_t> sharp(static_cast<std::size_t>(host.NNODES));
+    std::vector<std::int8_t> found(static_cast<std::size_t>(host.NNODES), REGULAR);
     for (std::size_t k = 0, end; k < sectors.size(); k = end) {
         for (end = k; end < sectors.size() && sectors[end].node == sectors[k].node;) ++end;
-        sharp[static_cast<std::size_t>(sectors[k].node) - 1] = is_sharp(&sectors[k], end - k) ? 1 : 0;
+        found[static_cast<std::size_t>(sectors[k].node) - 1] = static_cast<std::int8_t>(exponent(&sectors[k], end - k));
     }
-    return sharp;
+    return found;
 }
 
 }  // namespace levels
