@@ -106,7 +106,7 @@ TEST(Levels, OneLevelIsThePlainCallAndItsBoundsAreUnknown) {
 
 TEST(Levels, ValuesOfARectangleAreExactWithinTheirBounds) {
     for (const bool triangles : {false, true})
-        for (const double length : {1.0, 3.0, 40.0}) {
+        for (const double length : {2.0, 5.0, 40.0}) {
             Section s;
             add_rectangle(s, 0, 0, length, 1, static_cast<int>(2 * length), 2);
             if (triangles) s = as_triangles(s);
@@ -116,7 +116,7 @@ TEST(Levels, ValuesOfARectangleAreExactWithinTheirBounds) {
             const auto [J, tau] = rectangle_torsion(length / 2, 0.5);
             const std::tuple<int, double, double> expected[] = {{VQ_EA, length, 1e-12},
                                                                 {VQ_I1, length * length * length / 12, 1e-10},
-                                                                {VQ_GJ, J, 2e-3},
+                                                                {VQ_GJ, J, 1e-3},
                                                                 {VQ_WT, 1 / tau, 1e-2},
                                                                 {VQ_GAU, length * 5 / 6, triangles ? 5e-3 : 1e-3},
                                                                 {VQ_GAV, length * 5 / 6, triangles ? 5e-3 : 1e-3}};
@@ -124,7 +124,7 @@ TEST(Levels, ValuesOfARectangleAreExactWithinTheirBounds) {
                 SCOPED_TRACE(slot);
                 EXPECT_NEAR(three.slots[slot], value, share * value);
                 EXPECT_NEAR(three.slots[slot], value, three.bounds[slot]);
-                EXPECT_LT(three.bounds[slot], 0.1 * value);
+                EXPECT_LT(three.bounds[slot], 0.15 * value);
                 EXPECT_GT(three.bounds[slot], 0);
             }
             EXPECT_NEAR(largest_tau(three, 0), tau, 0.03 * tau);
@@ -194,7 +194,7 @@ TEST(Levels, FieldsAreThoseOfAFinerMeshAtTheHostsNodesAndCorners) {
         for (const std::size_t entry : {0, 1, 4, 5, 6, 7, 8, 9, 10, 11}) {
             SCOPED_TRACE(entry);
             const double error = distance(three.elemout, reference.elemout, entry, 12);
-            EXPECT_LT(error, 0.08);
+            EXPECT_LT(error, 0.1);
             EXPECT_LE(error, 0.3 * distance(plain.elemout, reference.elemout, entry, 12) + 1e-12);
         }
     }
