@@ -28,36 +28,41 @@ enum { VQ_MAXLEVELS = 6 };
  * has, or that lies between elements of different properties.
  *
  *   context  what the host gave to vq_levels
- *   A, B     in    the ends of the host's edge, numbers of the host's nodes, in the order of one element that has it
- *   t        in    share of the way from A to B, between 0 and 1: 1/2 on the second level, 1/4 and 3/4 on the third,
- * ... YZ       both  the new node: on entry halfway between its neighbours on the edge, on return on the true course
+ *   A, B     in    ends of the host's edge, numbers of the host's nodes, in the order of one element that has it
+ *   t        in    share of the way from A to B: 1/2 on the second level, 1/4 and 3/4 on the third, and so on
+ *   YZ       both  the new node: on entry halfway between its neighbours on the edge, on return on the true course
  *
- * It is called once for each such node, on the thread of the call, and must return: no exception, no longjmp. */
+ * It is called once for each such node, on the thread of the call, in the floating-point environment that a program
+ * starts with, and must return: no exception, no longjmp. */
 typedef void (*vq_place)(void* context, int32_t A, int32_t B, double t, double* YZ);
 
 /* Calculates one section on nested meshes.
  *
- * The first eleven arguments are those of vq_velquor, filled in the same way:
- *   STATUS         both  as there. On return VQ_DONE, or why the first level, or of several the second, has no results.
- *   POINTS         both  bars; STRESS from the finest level, the other outputs for the host's own element
- *   RESULT         both  in: the mode. Out: extrapolated values.
- *   NODEOUT        out   at the host's nodes, extrapolated from the levels
- *   ELEMOUT        out   at the corners of the host's elements, extrapolated; at sharp corners shear stresses are those
- * of the finest level and mean nothing and further LEVELS         both  in: 1 to VQ_MAXLEVELS, the finest having
- * 4^(LEVELS - 1) elements for each of the host's. 1: a plain call. Out: levels that went well. Where a finer level is
- * refused, not solved or too large, two that went well are enough for VQ_DONE. 0 with null STATUS aside, any other
- * number is VQ_REFUSED. BOUNDS         out   (VQ_NSLOTS) the value on an infinitely fine mesh is expected within RESULT
- * -+ BOUNDS. Infinite where there is no such value: of slots that bars with a GMODUL take part in, or any bars in shear
- *                        stiffness; of warping in a mesh of several pieces; of WT where stresses have no limit. Not a
- *                        number where it is not known, as with one level. Never below rounding.
- *   SHARP          out   (NNODES) 1 at nodes where shear stresses grow without limit as the mesh becomes finer:
- * re-entrant corners, and corners of an interface between materials. Else 0. WT is then the reciprocal of the largest
- * stress at the other corners of the host's mesh. May be null. place          in    null: edges are straight, as the
- * host's mesh has them context        in    handed on to place
+ * The first eleven arguments are those of vq_velquor and are filled in the same way. What comes out of them, and the
+ * further ones:
  *
- * With any other status than VQ_DONE all tables but STATUS and LEVELS are as the host gave them. Principal axes are
- * those of the finest level. Where a plastic search would begin at 100.0 and end there at once, the levels get an
- * unused node that moves its beginning. What the bound rests on, and where it can fail: docs/theory_levels.md.
+ *   STATUS   both  as there; on return VQ_DONE, or why the first level, or of several the second, has no results
+ *   POINTS   both  STRESS extrapolated, the other outputs for the host's own element
+ *   RESULT   both  in: the mode. Out: extrapolated values.
+ *   NODEOUT  out   at the host's nodes, extrapolated
+ *   ELEMOUT  out   at the corners of the host's elements, extrapolated; where SHARP is 1, shear stresses are those of
+ *                  the finest level and mean nothing
+ *   LEVELS   both  in: 1 to VQ_MAXLEVELS, any other number is refused. The finest has 4^(LEVELS - 1) elements for each
+ *                  of the host's; 1 is the plain call. Out: levels that went well. Where a finer level is refused, not
+ *                  solved or too large, two that went well are enough for VQ_DONE.
+ *   BOUNDS   out   (VQ_NSLOTS) the value on an infinitely fine mesh is expected within RESULT -+ BOUNDS; never below
+ *                  rounding. Infinite where there is no such value: for what rests on warping where the mesh falls in
+ *                  pieces, or hangs together in a single node, or bars have a GMODUL; for shear stiffness where any
+ *                  bars take part; for WT where stresses are infinite. Not a number with one level.
+ *   SHARP    out   (NNODES) 1 at nodes where shear stresses grow without limit as the mesh becomes finer: re-entrant
+ *                  corners, corners where materials meet, nodes in which alone parts touch. Else 0. WT is then the
+ *                  reciprocal of the largest stress at the other corners of the host's elements. May be null.
+ *   place    in    null: edges are straight, as the host's mesh has them
+ *   context  in    handed on to place, which alone looks at it
+ *
+ * With any other status than VQ_DONE all tables but STATUS and LEVELS are as the host gave them. NODEOUT, ELEMOUT and
+ * SHARP have the sizes of the host's mesh. Where a plastic search would begin at 100.0 and end there at once, an unused
+ * node moves its beginning. What the bounds rest on, and where they can fail: docs/levels.md.
  */
 VQ_LEVELS_EXPORT void vq_levels(int32_t* STATUS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS,
                                 int32_t NELEMS, const double* PROPS, int32_t NPOINTS, VYZTUZE_INFO* POINTS,
@@ -96,7 +101,8 @@ enum {
     VQ_STRENGTH_MISSING = 21,  /* PROPS, row 0, plastic modes: no element that takes part has both strengths */
     VQ_STRENGTH_MIXED = 22,    /* PROPS, plastic modes: this row has none, others have */
     VQ_STRENGTH_NEGATIVE = 23, /* PROPS, plastic modes */
-    VQ_BAR_OUTSIDE = 24        /* POINTS: the bar's node lies outside its element */
+    VQ_BAR_OUTSIDE = 24,       /* POINTS: the bar's node lies outside its element */
+    VQ_HINGE = 25              /* NODES: parts touch in this node alone, which holds them less on every finer mesh */
 };
 
 typedef struct vq_finding {

@@ -1,13 +1,13 @@
 """The pages quote what they say they quote: code, output, slot numbers; and their links lead somewhere.
 
-    check_pages.py <project folder> <program first_call> <header>
+    check_pages.py <project folder> <folder of the example programs> <header>
 """
 import re
 import subprocess
 import sys
 from pathlib import Path
 
-root, first_call, header = Path(sys.argv[1]), sys.argv[2], Path(sys.argv[3]).read_text()
+root, programs, header = Path(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3]).read_text()
 pages = sorted([*root.glob("*.md"), *(root / "docs").glob("*.md")])
 faults = []
 
@@ -23,17 +23,19 @@ def expect(holds, fault):
 
 guide = root / "docs" / "host_guide.md"
 
-# The blocks of the guide are the whole example, in its order.
-rest = (root / "examples" / "first_call.c").read_text()
-blocks = quotes(guide, "examples/first_call.c")
-for block in blocks:
-    rest = rest.lstrip("\n")
-    expect(rest.startswith(block + "\n"), f"not the next part of first_call.c:\n{block}")
-    rest = rest[len(block):]
-expect(len(blocks) > 5 and not rest.strip(), f"not quoted of first_call.c: {rest.strip()}")
-
-output = subprocess.run([first_call], capture_output=True, text=True, check=True).stdout
-expect(quotes(guide, "the output of first_call") == [output.rstrip("\n")], f"first_call prints\n{output}")
+# The blocks of the guide are the whole of each example, in its order.
+blocks = []
+for example in ("first_call", "levels"):
+    rest = (root / "examples" / f"{example}.c").read_text()
+    parts = quotes(guide, f"examples/{example}.c")
+    for part in parts:
+        rest = rest.lstrip("\n")
+        expect(rest.startswith(part + "\n"), f"not the next part of {example}.c:\n{part}")
+        rest = rest[len(part):]
+    expect(parts and not rest.strip(), f"not quoted of {example}.c: {rest.strip()}")
+    output = subprocess.run([programs / example], capture_output=True, text=True, check=True).stdout
+    expect(quotes(guide, f"the output of {example}") == [output.rstrip("\n")], f"{example} prints\n{output}")
+    blocks += parts
 
 # Slots, property columns, modes and statuses as the header has them.
 value = {name: int(number) for name, number in re.findall(r"^    VQ_(\w+) = (\d+)", header, re.MULTILINE)}
