@@ -1,5 +1,6 @@
-// Fuzz target of the whole call. An input is a small recipe: a structured mesh, then edits to it, of which each takes a
-// few bytes. Most recipes stay near to a mesh that is accepted, so that all stages of a run are reached.
+// Fuzz target of the whole call, of the look at its tables, and of the call on several levels. An input is a small
+// recipe: a structured mesh, then edits to it, of which each takes a few bytes. Most recipes stay near to a mesh that
+// is accepted, so that all stages of a run are reached.
 #include <malloc.h>
 
 #include <array>
@@ -7,6 +8,7 @@
 
 #include "api/velquor.h"
 #include "fuzz/input.h"
+#include "levels/velquor_levels.h"
 
 namespace {
 
@@ -26,6 +28,8 @@ struct Section {
     bool other_counts = false;
     std::int32_t counts[4] = {};  // NNODES, NELEMS, NPOINTS, NGROUPS
     int missing = 0;              // bits 0 to 6: NODES, ELEMENTS, PROPS, POINTS, RESULT, NODEOUT, ELEMOUT
+    std::int32_t levels = 1;
+    bool placed = false;  // new nodes of the outline are moved
 };
 
 // Everything that one call is handed.
@@ -34,6 +38,10 @@ struct Tables {
     Exact<double> NODES, PROPS, RESULT, NODEOUT, ELEMOUT;
     Exact<std::int32_t> ELEMENTS;
     Exact<VYZTUZE_INFO> POINTS;
+    // of vq_levels
+    Exact<double> BOUNDS;
+    Exact<std::int32_t> SHARP;
+    std::int32_t LEVELS;
 };
 
 std::int32_t add_node(Section& s, double y, double z) {
@@ -270,7 +278,10 @@ Tables tables_of(const Section& s, int run) {
              Exact<double>(3 * nodes),
              Exact<double>(48 * elements),
              Exact<std::int32_t>(4 * elements),
-             Exact<VYZTUZE_INFO>(s.bars.size())};
+             Exact<VYZTUZE_INFO>(s.bars.size()),
+             Exact<double>(VQ_NSLOTS),
+             Exact<std::int32_t>(nodes),
+             s.levels};
     if (s.other_counts) {
         t.NNODES = s.counts[0];
         t.NELEMS = s.counts[1];
@@ -289,7 +300,7 @@ Tables tables_of(const Section& s, int run) {
     const std::uint64_t bits = 0x7ffc0de000000001u + static_cast<unsigned>(run);
     double unwritten;
     std::memcpy(&unwritten, &bits, sizeof unwritten);
-    for (Exact<double>* output : {&t.RESULT, &t.NODEOUT, &t.ELEMOUT})
+    for (Exact<double>* output : {&t.RESULT, &t.NODEOUT, &t.ELEMOUT, &t.BOUNDS})
         std::fill_n(output->begin(), output->size, unwritten);
     t.RESULT[VQ_MODE_SLOT] = s.mode;
     return t;
@@ -340,6 +351,44 @@ void call(const Section& s, Tables& t) {
                given(5, t.NODEOUT.begin()), given(6, t.ELEMOUT.begin()));
 }
 
+void move_outwards(void*, std::int32_t A, std::int32_t, double t, double* YZ) {
+    const double factor = 1 + (A % 3 - 1) * 0.1 * t * (1 - t);
+    YZ[0] *= factor;
+    YZ[1] *= factor;
+}
+
+void call_levels(const Section& s, Tables& t) {
+    const auto given = [&](int table, auto* memory) { return s.missing >> table & 1 ? nullptr : memory; };
+    vq_levels(&t.STATUS, given(0, t.NODES.begin()), t.NNODES, given(1, t.ELEMENTS.begin()), t.NELEMS,
+              given(2, t.PROPS.begin()), t.NPOINTS, given(3, t.POINTS.begin()), given(4, t.RESULT.begin()),
+              given(5, t.NODEOUT.begin()), given(6, t.ELEMOUT.begin()), &t.LEVELS, t.BOUNDS.begin(), t.SHARP.begin(),
+              s.placed ? move_outwards : nullptr, nullptr);
+}
+
+// Errors where and only where the call is refused, whatever part of the findings is asked for.
+void check_findings(const Section& s, const Tables& t, std::int32_t STATUS) {
+    const auto given = [&](int table, const auto* memory) { return s.missing >> table & 1 ? nullptr : memory; };
+    const auto look = [&](std::int32_t CAPACITY, vq_finding* list) {
+        return vq_check(t.STATUS, given(0, t.NODES.begin()), t.NNODES, given(1, t.ELEMENTS.begin()), t.NELEMS,
+                        given(2, t.PROPS.begin()), t.NPOINTS, given(3, t.POINTS.begin()), s.mode, CAPACITY, list);
+    };
+    const std::int32_t count = look(0, nullptr);
+    expect(count >= 0, "a small section's tables can be looked at");
+    Exact<vq_finding> all(static_cast<std::size_t>(count)), half(static_cast<std::size_t>(count / 2));
+    expect(look(count, all.begin()) == count && look(count / 2, half.begin()) == count &&
+               std::memcmp(all.begin(), half.begin(), half.size * sizeof(vq_finding)) == 0,
+           "findings are the same in every list");
+    bool refused = false;
+    for (std::size_t k = 0; k < all.size; ++k) {
+        refused = refused || all[k].SEVERITY == VQ_ERROR;
+        expect(vq_reason(all[k].REASON)[0] != 0 && all[k].ROW >= 0, "a finding has a row and a reason");
+        expect(k == 0 || all[k - 1].TABLE < all[k].TABLE ||
+                   (all[k - 1].TABLE == all[k].TABLE && all[k - 1].ROW <= all[k].ROW),
+               "findings are in the order of the tables");
+    }
+    if ((s.missing & 0x70) == 0) expect(refused == (STATUS == VQ_REFUSED), "errors are found where a call is refused");
+}
+
 // Of a bar that takes part only the output fields may differ, of a triangle not the fourth node; of any other nothing.
 void check_bar(const VYZTUZE_INFO& before, const VYZTUZE_INFO& after) {
     VYZTUZE_INFO expected = before;
@@ -376,23 +425,55 @@ void check(const Section& s, const Tables& before, const Tables& after) {
     for (std::size_t b = 0; b < after.POINTS.size; ++b) check_bar(before.POINTS[b], after.POINTS[b]);
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const Section s = decode({data, size});
+// Twice with other bytes in the memory and in the outputs: the same answer. Returns the first.
+Tables check_call(const Section& s, void (*make)(const Section&, Tables&),
+                  void (*judge)(const Section&, const Tables&, const Tables&)) {
     Tables first = tables_of(s, 1), second = tables_of(s, 2);
     const Tables before = first, before_second = second;
     // Memory from the heap begins with other bytes in each run, where no sanitizer stands before it.
     mallopt(M_PERTURB, 0x3f);
-    call(s, first);
-    check(s, before, first);
+    make(s, first);
+    judge(s, before, first);
     mallopt(M_PERTURB, 0xc0);
-    call(s, second);
-    check(s, before_second, second);
-    expect(first.STATUS == second.STATUS && same_bits(first.POINTS, second.POINTS), "a second run gives the same bits");
+    make(s, second);
+    judge(s, before_second, second);
+    expect(first.STATUS == second.STATUS && first.LEVELS == second.LEVELS && same_bits(first.POINTS, second.POINTS) &&
+               same_bits(first.SHARP, second.SHARP),
+           "a second run gives the same bits");
     if (first.STATUS == VQ_DONE)
         expect(same_bits(first.RESULT, second.RESULT) && same_bits(first.NODEOUT, second.NODEOUT) &&
                    same_bits(first.ELEMOUT, second.ELEMOUT),
                "a second run gives the same bits");
+    return first;
+}
+
+// What a call on several levels leaves: bars and input as a plain one, fields and bounds written or untouched.
+void check_levels(const Section& s, const Tables& before, const Tables& after) {
+    if (after.STATUS == VQ_NOT_SOLVED)
+        expect(same_bits(before.POINTS, after.POINTS), "bars are untouched without status 0");
+    check(s, before, after);
+    if (after.STATUS == VQ_DONE) {
+        expect(after.LEVELS == s.levels || after.LEVELS >= 2, "one level is enough only where one was wanted");
+        check_written(before.BOUNDS, after.BOUNDS);
+        for (std::size_t k = 0; k < after.BOUNDS.size; ++k) expect(!(after.BOUNDS[k] < 0), "no bound is negative");
+    } else {
+        expect(same_bits(before.BOUNDS, after.BOUNDS) && same_bits(before.SHARP, after.SHARP) && after.LEVELS < 2,
+               "bounds are untouched without status 0");
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Section s = decode({data, size});
+    const Tables plain = check_call(s, call, check);
+    check_findings(s, tables_of(s, 1), plain.STATUS);
+    s.levels = 1 + static_cast<std::int32_t>(size % 3);
+    s.placed = size % 2 == 1;
+    const Tables levels = check_call(s, call_levels, check_levels);
+    if (s.levels == 1)
+        expect(levels.STATUS == plain.STATUS && same_bits(levels.RESULT, plain.RESULT) &&
+                   same_bits(levels.NODEOUT, plain.NODEOUT) && same_bits(levels.ELEMOUT, plain.ELEMOUT),
+               "one level is the plain call");
     return 0;
 }

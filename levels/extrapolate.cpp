@@ -49,7 +49,8 @@ struct Work {
     double finest(int slot) const { return level(0)[static_cast<std::size_t>(slot)]; }
     double& bound(int slot) { return bounds[static_cast<std::size_t>(slot)]; }
     Estimate got(int slot, double factor = 1) const {
-        return {values[static_cast<std::size_t>(slot)] * factor, bounds[static_cast<std::size_t>(slot)] * factor};
+        return {values[static_cast<std::size_t>(slot)] * factor,
+                bounds[static_cast<std::size_t>(slot)] * std::fabs(factor)};
     }
     void set(int slot, const Estimate& e) {
         values[static_cast<std::size_t>(slot)] = e.value;

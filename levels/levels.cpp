@@ -114,9 +114,9 @@ LevelResults at_host(const Tables& host, std::int32_t NPOINTS, int level, const 
             const double* from = call.elemout.get() + 48 * part + 12 * corner;
             results.elemout.insert(results.elemout.end(), from, from + 12);
         }
-    for (std::int32_t b = 0; b < NPOINTS; ++b)
-        results.stress.insert(results.stress.end(), bars[static_cast<std::size_t>(b)].STRESS,
-                              bars[static_cast<std::size_t>(b)].STRESS + 4);
+    results.stress.resize(4 * static_cast<std::size_t>(NPOINTS));
+    for (std::size_t b = 0; b < static_cast<std::size_t>(NPOINTS); ++b)
+        if (takes_part(bars[b])) std::copy_n(bars[b].STRESS, 4, &results.stress[4 * b]);
     return results;
 }
 
@@ -198,8 +198,8 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
     if (LEVELS) *LEVELS = 0;
     const bool complete =
         NODES && ELEMENTS && PROPS && RESULT && NODEOUT && ELEMOUT && BOUNDS && (POINTS || NPOINTS == 0);
-    const bool counted =
-        NNODES >= 0 && NELEMS >= 0 && NPOINTS >= 0 && NNODES < INT32_MAX && NELEMS < INT32_MAX && NPOINTS < INT32_MAX;
+    const bool counted = NGROUPS >= 0 && NNODES >= 0 && NELEMS >= 0 && NPOINTS >= 0 && NNODES < INT32_MAX &&
+                         NELEMS < INT32_MAX && NPOINTS < INT32_MAX;
     if (!complete || !counted || wanted < 1 || wanted > VQ_MAXLEVELS) return;
 
     const velquor::ThreadState state;
@@ -242,7 +242,7 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
         std::copy(finest.nodeout.begin(), finest.nodeout.end(), NODEOUT);
         std::copy(finest.elemout.begin(), finest.elemout.end(), ELEMOUT);
         for (std::size_t b = 0; b < run.bars.size(); ++b) {
-            std::copy_n(&finest.stress[4 * b], 4, run.bars[b].STRESS);
+            if (takes_part(run.bars[b])) std::copy_n(&finest.stress[4 * b], 4, run.bars[b].STRESS);
             POINTS[b] = run.bars[b];
         }
         for (std::size_t n = 0; SHARP && n < run.exponent.size(); ++n) SHARP[n] = run.exponent[n] <= levels::SHARP;
