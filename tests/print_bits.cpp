@@ -1,5 +1,5 @@
-// Prints a fingerprint of every output of twenty sections and of 400 small turned ones, the same from every build and
-// on every machine: `./run bits` compares them.
+// Prints a fingerprint of every output of twenty sections and of 400 small turned ones, plain and on three levels, the
+// same from every build and on every machine: `./run bits` compares them.
 #include <cinttypes>
 #include <cmath>
 #include <cstdio>
@@ -28,6 +28,12 @@ void print_fingerprint(const char* kind, int number, Section section, int mode) 
     std::uint64_t hash = fingerprint(r.slots, 0xcbf29ce484222325u);
     for (const auto* table : {&r.nodeout, &r.elemout}) hash = fingerprint(*table, hash);
     std::printf("%s %3d  status %d  %016" PRIx64 "\n", kind, number, r.status, fingerprint(r.bars, hash));
+    if (section.y.size() > 1000) return;
+    Host levels = host_of(section, mode, 3);
+    call(levels);
+    hash = fingerprint(levels.SHARP, fingerprint(levels.RESULT, 0xcbf29ce484222325u));
+    for (const auto* table : {&levels.BOUNDS, &levels.NODEOUT, &levels.ELEMOUT}) hash = fingerprint(*table, hash);
+    std::printf("%s %3d  levels %d  %016" PRIx64 "\n", kind, number, levels.REACHED, hash);
 }
 
 // A tee, an angle of unequal legs or an unsymmetric shape, cells of one lattice, in quadrilaterals or triangles. It is
