@@ -82,7 +82,7 @@ void find_in_shape(std::int32_t e, int n, Point* at, Findings& findings) {
     if (n == 4 && shape.sine < MINSINE) add(findings, VQ_IN_ELEMENTS, e, VQ_CORNER_BAD);
 }
 
-// Without an EREF above 0 no element counts as soft.
+// Without a reference EREF is 0, and no element counts as soft.
 void find_in_element(const Tables& t, std::int32_t e, double EREF, Findings& findings) {
     const Corners c = corners_of(t, e);
     Point at[4];
@@ -143,8 +143,7 @@ void find_errors(const Tables& t, std::vector<unsigned char>& used, Findings& fi
     for (std::int32_t node = 1; node <= t.NNODES; ++node)
         if (used[node - 1] && !is_finite(place_of(t, node))) add(findings, VQ_IN_NODES, node, VQ_NOT_FINITE);
     const std::int32_t reference = reference_element(t);
-    double EREF = reference == 0 ? 0.0 : property(t, reference, VQ_EMOD);
-    if (!(EREF > 0.0 && std::isfinite(EREF))) EREF = 0.0;
+    const double EREF = reference == 0 ? 0.0 : property(t, reference, VQ_EMOD);
     for (std::int32_t e = 1; e <= t.NELEMS; ++e) find_in_element(t, e, EREF, findings);
     find_in_properties(t, reference, findings);
     find_in_bars(t, used, findings);

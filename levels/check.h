@@ -78,8 +78,8 @@ void find_errors(const Tables& t, std::vector<unsigned char>& used, Findings& fi
 void find_warnings(const Tables& t, const std::vector<unsigned char>& used, Findings& findings);
 
 // The quadrilateral whose shape makes torsion most wrong in a thin wall, where that is worth a warning, or 0. In a wall
-// of n layers of elements that are rho times as long along the wall as across it, GJ is wrong by (rho^2 - 1) / n^2
-// (docs/theory.md).
+// of n layers of elements that are rho times as long along the wall as across it, GJ is too large by (rho^2 - 1) / n^2,
+// or too small where they are shorter (docs/theory.md).
 std::int32_t find_oblong(const Tables& t, const std::vector<unsigned char>& used);
 
 }  // namespace velquor

@@ -190,8 +190,8 @@ TEST(Check, WarnsWhereThePlasticSearchEndsAtOnce) {
 TEST(Check, WarnsOfOblongsInThinWalls) {
     const double exact = 64 * 8 / 3.0 * (1 - 0.630249 * 2 / 64);
     int warned = 0;
-    for (const int layers : {1, 2, 3, 4, 6})
-        for (const int along : {8, 16, 26, 32, 36, 64, 96, 128, 256, 512}) {
+    for (const int layers : {1, 2, 3, 4})
+        for (const int along : {8, 16, 26, 32, 36, 64, 96, 128, 256}) {
             Section s;
             add_rectangle(s, 0, 0, 64, 2, along, layers);
             const bool wrong = std::fabs(run(s).slots[VQ_GJ] / exact - 1) > 0.05;
@@ -199,14 +199,14 @@ TEST(Check, WarnsOfOblongsInThinWalls) {
             EXPECT_TRUE(list.size() == wrong && (!wrong || list[0][2] == VQ_OBLONG)) << along << " x " << layers;
             warned += wrong;
         }
-    EXPECT_TRUE(warned > 15 && warned < 45) << warned;
+    EXPECT_TRUE(warned > 10 && warned < 30) << warned;
 
     // The worst wall is named, whatever lies between the walls, and nothing in a block.
     Section walls, block;
     add_rectangle(walls, 0, 0, 64, 2, 64, 2);
     add_rectangle(walls, 31, 2, 33, 34, 2, 16);
     add_rectangle(walls, 0, 34, 64, 36, 16, 2);
-    add_rectangle(walls, 0, 2, 31, 34, 31, 2, {1e-5, 1e-5});
+    add_rectangle(walls, 0, 2, 28, 34, 7, 8, {1e-5, 1e-5});
     EXPECT_EQ(found_in(host_of(walls)), (List{{VQ_IN_ELEMENTS, 128 + 32 + 1, VQ_OBLONG}}));
     add_rectangle(block, 0, 0, 8, 8, 2, 16);
     EXPECT_EQ(found_in(host_of(block)), List{});
@@ -216,7 +216,7 @@ TEST(Check, WarnsOfOblongsInThinWalls) {
 TEST(Check, NamesEveryElementThatTheLibraryRefuses) {
     meshes::Random random{7};
     int refused = 0, rows = 0;
-    for (int n = 0; n < 600; ++n) {
+    for (int n = 0; n < 300; ++n) {
         Section s;
         add_rectangle(s, 10, 0, 11, 1, 1, 1);
         add_rectangle(s, 0, 0, 2, 2, 2, 2);
