@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cfenv>
 
-namespace velquor {
+namespace levels {
 
 // What arithmetic and the C library may change of the calling thread's state. A host may round in another direction,
 // flush denormal numbers to zero or let exceptions trap; while this record lives, the thread has the default
@@ -25,4 +25,4 @@ struct ThreadState {
     ThreadState& operator=(const ThreadState&) = delete;
 };
 
-}  // namespace velquor
+}  // namespace levels

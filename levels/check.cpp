@@ -5,8 +5,9 @@
 #include <limits>
 
 #include "levels/boundary.h"
+#include "levels/plastic.h"
 
-namespace velquor {
+namespace levels {
 
 namespace {
 
@@ -16,13 +17,7 @@ constexpr double MINSINE = 0.08;
 
 constexpr std::int32_t TOOLARGE = std::numeric_limits<std::int32_t>::max();
 
-bool is_plastic(double mode) {
-    for (const double first : {VQ_PLASTIC, VQ_PLASTIC_TWO, VQ_PLASTIC_TWO_21})
-        if (mode >= first && mode < first + 1) return true;
-    return false;
-}
-
-void find_in_call(const Tables& t, Findings& findings) {
+void find_in_call(const Host& t, Findings& findings) {
     if (!t.NODES || !t.ELEMENTS || !t.PROPS || (!t.POINTS && t.NPOINTS != 0))
         add(findings, VQ_IN_CALL, 0, VQ_NULL_TABLE);
     if (std::min({t.NGROUPS, t.NNODES, t.NELEMS, t.NPOINTS}) < 0) add(findings, VQ_IN_CALL, 0, VQ_NEGATIVE_COUNT);
@@ -31,7 +26,7 @@ void find_in_call(const Tables& t, Findings& findings) {
 
 bool is_inside(std::int32_t number, std::int32_t count) { return number >= 1 && number <= count; }
 
-std::vector<unsigned char> used_nodes(const Tables& t) {
+std::vector<unsigned char> used_nodes(const Host& t) {
     std::vector<unsigned char> used(static_cast<std::size_t>(t.NNODES));
     for (std::int32_t e = 1; e <= t.NELEMS; ++e)
         for (const std::int32_t node : corners_of(t, e).node)
@@ -83,7 +78,7 @@ void find_in_shape(std::int32_t e, int n, Point* at, Findings& findings) {
 }
 
 // Without a reference EREF is 0, and no element counts as soft.
-void find_in_element(const Tables& t, std::int32_t e, double EREF, Findings& findings) {
+void find_in_element(const Host& t, std::int32_t e, double EREF, Findings& findings) {
     const Corners c = corners_of(t, e);
     Point at[4];
     bool has_shape = true;
@@ -97,7 +92,7 @@ void find_in_element(const Tables& t, std::int32_t e, double EREF, Findings& fin
     if (has_shape) find_in_shape(e, c.n, at, findings);
 }
 
-bool has_finite_properties(const Tables& t, std::int32_t e) {
+bool has_finite_properties(const Host& t, std::int32_t e) {
     for (int column = 1; column <= VQ_NCOLUMNS; ++column) {
         if (column == VQ_CARRIED || column == VQ_TENTH) continue;
         if ((column == VQ_FNEG || column == VQ_FPOS) && !t.plastic) continue;
@@ -106,7 +101,7 @@ bool has_finite_properties(const Tables& t, std::int32_t e) {
     return true;
 }
 
-void find_in_properties(const Tables& t, std::int32_t reference, Findings& findings) {
+void find_in_properties(const Host& t, std::int32_t reference, Findings& findings) {
     if (reference == 0) add(findings, VQ_IN_PROPS, 0, VQ_NO_REFERENCE);
     for (std::int32_t e = 1; e <= t.NELEMS; ++e) {
         if (!has_finite_properties(t, e)) add(findings, VQ_IN_PROPS, e, VQ_NOT_FINITE);
@@ -118,7 +113,7 @@ void find_in_properties(const Tables& t, std::int32_t reference, Findings& findi
 }
 
 // The first of several bars on one node keeps it.
-void find_in_bars(const Tables& t, const std::vector<unsigned char>& used, Findings& findings) {
+void find_in_bars(const Host& t, const std::vector<unsigned char>& used, Findings& findings) {
     std::vector<bool> taken(used.size());
     for (std::int32_t b = 1; b <= t.NPOINTS; ++b) {
         const VYZTUZE_INFO& bar = t.POINTS[b - 1];
@@ -138,7 +133,7 @@ void find_in_bars(const Tables& t, const std::vector<unsigned char>& used, Findi
 
 }  // namespace
 
-void find_errors(const Tables& t, std::vector<unsigned char>& used, Findings& findings) {
+void find_errors(const Host& t, std::vector<unsigned char>& used, Findings& findings) {
     used = used_nodes(t);
     for (std::int32_t node = 1; node <= t.NNODES; ++node)
         if (used[node - 1] && !is_finite(place_of(t, node))) add(findings, VQ_IN_NODES, node, VQ_NOT_FINITE);
@@ -149,15 +144,15 @@ void find_errors(const Tables& t, std::vector<unsigned char>& used, Findings& fi
     find_in_bars(t, used, findings);
 }
 
-}  // namespace velquor
+}  // namespace levels
 
 extern "C" std::int32_t vq_check(std::int32_t NGROUPS, const double* NODES, std::int32_t NNODES,
                                  const std::int32_t* ELEMENTS, std::int32_t NELEMS, const double* PROPS,
                                  std::int32_t NPOINTS, const VYZTUZE_INFO* POINTS, double mode, std::int32_t CAPACITY,
                                  vq_finding* FINDINGS) {
-    using namespace velquor;
+    using namespace levels;
     const ThreadState state;
-    const Tables t{NGROUPS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, NPOINTS, POINTS, is_plastic(mode)};
+    const Host t{{NODES, NNODES, ELEMENTS, NELEMS, PROPS}, NGROUPS, NPOINTS, POINTS, is_plastic(mode)};
     Findings findings{FINDINGS, FINDINGS ? CAPACITY : 0, 0};
     find_in_call(t, findings);
     if (findings.count > 0) return static_cast<std::int32_t>(findings.count);
@@ -196,6 +191,7 @@ extern "C" const char* vq_reason(std::int32_t REASON) {
         case VQ_STRENGTH_MISSING: return "has no row with both strengths, so PLAXIS is only the middle of the extent";
         case VQ_STRENGTH_MIXED: return "lacks a strength that others have";
         case VQ_STRENGTH_NEGATIVE: return "has a negative strength: FNEG and FPOS are both positive";
+        case VQ_HINGE: return "alone holds parts together that touch in no other node";
         case VQ_BAR_OUTSIDE: return "lies outside its ELEMENT, and is pulled to its boundary";
         default: return "has a reason that is not known here";
     }

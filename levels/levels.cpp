@@ -18,9 +18,6 @@ namespace {
 
 // A search for a plastic axis that begins here ends here.
 constexpr double TRAP = 100.0, TRAPPED = 1e-9;
-constexpr double MINMODULUS = 2.0;  // of a bar that takes part
-
-bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >= MINMODULUS; }
 
 // One call on a level of its own.
 struct Call {
@@ -202,7 +199,7 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
                          NELEMS < INT32_MAX && NPOINTS < INT32_MAX;
     if (!complete || !counted || wanted < 1 || wanted > VQ_MAXLEVELS) return;
 
-    const velquor::ThreadState state;
+    const ThreadState state;
     const Tables host{NODES, NNODES, ELEMENTS, NELEMS, PROPS};
     Run run = run_levels(host, NGROUPS, NPOINTS, POINTS, RESULT[VQ_MODE_SLOT], wanted, place, context);
     const std::int32_t good = static_cast<std::int32_t>(run.levels.size());
@@ -221,8 +218,9 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
         for (std::size_t e = 0; e < static_cast<std::size_t>(NELEMS) && !nature.triangles; ++e)
             nature.triangles = host.corners(e) == 3;
         for (const std::int8_t k : run.exponent) {
-            if (k == 0) nature.pieces = true;
-            if (k > 0 && k <= levels::SHARP) nature.exponent = nature.exponent == 0 ? k : std::min(nature.exponent, k);
+            if (k == HINGE) nature.pieces = true;
+            if (k > HINGE && k <= levels::SHARP)
+                nature.exponent = nature.exponent == 0 ? k : std::min(nature.exponent, k);
         }
         std::vector<std::int8_t> sharp_corner(4 * static_cast<std::size_t>(NELEMS));
         for (std::size_t k = 0; k < sharp_corner.size(); ++k)

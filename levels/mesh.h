@@ -29,6 +29,8 @@ struct Tables {
     }
 };
 
+inline bool takes_part(const VYZTUZE_INFO& bar) { return bar.NODE >= 1 && bar.EMODUL >= 2.0; }
+
 // A piece of the true course of a host's edge that is one edge of the present level.
 struct Arc {
     std::int32_t A, B;  // the host's edge

@@ -4,7 +4,7 @@
 
 #include "levels/check.h"
 
-namespace velquor {
+namespace levels {
 
 namespace {
 
@@ -18,7 +18,7 @@ constexpr double MINSTIFF = 0.001;  // of the largest GMOD: softer elements carr
 struct Sides {
     double mean[2];
 };
-Sides sides_of(const Tables& t, std::int32_t e) {
+Sides sides_of(const Host& t, std::int32_t e) {
     const Corners c = corners_of(t, e);
     double L[4];
     for (int s = 0; s < 4; ++s) L[s] = distance(place_of(t, c.node[s]), place_of(t, c.node[(s + 1) % 4]));
@@ -26,7 +26,7 @@ Sides sides_of(const Tables& t, std::int32_t e) {
 }
 
 // Quadrilaterals that carry torsion, one for each element.
-std::vector<bool> stiff_quadrilaterals(const Tables& t) {
+std::vector<bool> stiff_quadrilaterals(const Host& t) {
     double GMAX = 0.0;
     for (std::int32_t e = 1; e <= t.NELEMS; ++e) GMAX = std::max(GMAX, std::fabs(property(t, e, VQ_GMOD)));
     std::vector<bool> stiff(static_cast<std::size_t>(t.NELEMS));
@@ -38,7 +38,7 @@ std::vector<bool> stiff_quadrilaterals(const Tables& t) {
 }
 
 // (4, NELEMS)  the element across each side, 0 where none is. Sides are brought together by their smaller node.
-std::vector<std::int32_t> elements_beside(const Tables& t, const std::vector<bool>& stiff) {
+std::vector<std::int32_t> elements_beside(const Host& t, const std::vector<bool>& stiff) {
     struct Side {
         std::int32_t larger, e, s;
     };
@@ -79,7 +79,7 @@ struct Layers {
 };
 
 // Adds the layers from element e across its side s to the free edge, at most so many that there are `most`.
-void walk(const Tables& t, const std::vector<std::int32_t>& beside, std::int32_t e, int s, int most, Layers& layers) {
+void walk(const Host& t, const std::vector<std::int32_t>& beside, std::int32_t e, int s, int most, Layers& layers) {
     while (layers.n < most) {
         const std::int32_t next = beside[4 * std::size_t(e - 1) + s];
         if (next == 0) return;
@@ -94,7 +94,7 @@ void walk(const Tables& t, const std::vector<std::int32_t>& beside, std::int32_t
 
 }  // namespace
 
-std::int32_t find_oblong(const Tables& t, const std::vector<unsigned char>& used) {
+std::int32_t find_oblong(const Host& t, const std::vector<unsigned char>& used) {
     Point lo{HUGE_VAL, HUGE_VAL}, hi{-HUGE_VAL, -HUGE_VAL};
     for (std::int32_t n = 1; n <= t.NNODES; ++n) {
         if (!(used[n - 1] & BY_ELEMENT)) continue;
@@ -128,4 +128,4 @@ std::int32_t find_oblong(const Tables& t, const std::vector<unsigned char>& used
     return found;
 }
 
-}  // namespace velquor
+}  // namespace levels

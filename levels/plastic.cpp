@@ -61,12 +61,15 @@ bool has_equal_strengths(const Tables& mesh) {
 
 }  // namespace
 
+bool is_plastic(double mode) {
+    for (const double first : {VQ_PLASTIC, VQ_PLASTIC_TWO, VQ_PLASTIC_TWO_21})
+        if (mode >= first && mode < first + 1) return true;
+    return false;
+}
+
 void part_plastic_moments(const Tables& mesh, double mode, Slots& slots) {
-    if (has_equal_strengths(mesh)) return;
-    const bool four = mode >= VQ_PLASTIC && mode < VQ_PLASTIC + 1;
-    if (!four && !(mode >= VQ_PLASTIC_TWO && mode < VQ_PLASTIC_TWO + 1) &&
-        !(mode >= VQ_PLASTIC_TWO_21 && mode < VQ_PLASTIC_TWO_21 + 1))
-        return;
+    if (!is_plastic(mode) || has_equal_strengths(mesh)) return;
+    const bool four = mode < VQ_PLASTIC + 1;
     const auto slot = [&](int k) -> double& { return slots[static_cast<std::size_t>(k)]; };
     const Direction to = direction(slots);
     for (const int first : {VQ_PLAXIS_Y, VQ_PLAXIS_U}) {

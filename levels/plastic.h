@@ -6,6 +6,9 @@
 
 namespace levels {
 
+// Whether a mode asks for a plastic calculation.
+bool is_plastic(double mode);
+
 // The library gives an element that the line cuts one of its two strengths as a whole, which makes PLMOM an error of
 // the row of elements at the line. Here each part has its own: the PLMOM of `slots`, results of this mesh, become exact
 // for it.

@@ -7,7 +7,8 @@ namespace levels {
 namespace {
 
 constexpr double PI = 3.14159265358979324;
-constexpr int REGULAR = 64, HINGE = 0;
+constexpr int REGULAR = 64;
+constexpr double FLAT = 1e-9;  // angle of an element without area, up to rounding
 
 // The corner of an element at a node of the host: counter-clockwise from its edge to node `from` to that to node `to`.
 struct Sector {
@@ -83,14 +84,19 @@ std::vector<std::int8_t> exponents(const Tables& host, const Tables& finest, int
     for (std::size_t e = 0; e < static_cast<std::size_t>(host.NELEMS); ++e) {
         const int n = host.corners(e);
         const double G = std::fabs(host.property(e, VQ_GMOD));
+        const std::size_t before = sectors.size();
+        bool flat = false;  // without area, as a triangle may be: its corners belong to no fan
         for (int p = 0; p < n && G > 0; ++p) {
             const std::size_t part = part_at_corner(e, p, level);
             const std::int32_t at = finest.node(part, p), from = finest.node(part, (p + 1) % n),
                                to = finest.node(part, (p + n - 1) % n);
             const double ay = finest.y(from) - finest.y(at), az = finest.z(from) - finest.z(at);
             const double by = finest.y(to) - finest.y(at), bz = finest.z(to) - finest.z(at);
-            sectors.push_back({at, from, to, std::atan2(az, ay), std::atan2(ay * bz - az * by, ay * by + az * bz), G});
+            const double angle = std::atan2(ay * bz - az * by, ay * by + az * bz);
+            flat = flat || !(angle > FLAT);
+            sectors.push_back({at, from, to, std::atan2(az, ay), angle, G});
         }
+        if (flat) sectors.resize(before);
     }
     std::sort(sectors.begin(), sectors.end(), [](const Sector& a, const Sector& b) {
         return a.node != b.node ? a.node < b.node : a.begin != b.begin ? a.begin < b.begin : a.from < b.from;

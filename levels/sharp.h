@@ -11,7 +11,7 @@ namespace levels {
 // straight ones.
 std::vector<std::int8_t> exponents(const Tables& host, const Tables& finest, int level);
 
-// At a node of this exponent stresses count as infinite. Above it are the corners of polygons that stand for arcs.
-constexpr std::int8_t SHARP = 58;
+// Up to this exponent stresses count as infinite; above it are the corners of polygons that stand for arcs.
+constexpr std::int8_t SHARP = 58, HINGE = 0;
 
 }  // namespace levels

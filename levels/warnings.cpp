@@ -3,8 +3,10 @@
 #include <limits>
 
 #include "levels/check.h"
+#include "levels/pieces.h"
+#include "levels/sharp.h"
 
-namespace velquor {
+namespace levels {
 
 namespace {
 
@@ -12,38 +14,20 @@ namespace {
 constexpr double FIRSTLINE = 100.0, MINSTEP = 1e-9;
 constexpr double OUTSIDE = 1e-6;  // of a host element's longest edge
 
-// First node of the piece that a node belongs to. Nodes on the way are moved nearer to it.
-std::int32_t first_of(std::vector<std::int32_t>& piece, std::int32_t n) {
-    while (piece[n - 1] != n) n = piece[n - 1] = piece[piece[n - 1] - 1];
-    return n;
-}
-
-// One of GMOD 0 carries no shear and connects nothing: a node that only such elements have is a piece of its own,
-// unless they have no EMOD either.
-void find_loose_pieces(const Tables& t, Findings& findings) {
-    std::vector<std::int32_t> piece(static_cast<std::size_t>(t.NNODES));
-    for (std::int32_t e = 1; e <= t.NELEMS; ++e) {
-        const bool ties = property(t, e, VQ_GMOD) != 0.0;
-        if (!ties && property(t, e, VQ_EMOD) == 0.0) continue;
-        const Corners c = corners_of(t, e);
-        for (int i = 0; i < c.n; ++i) {
-            if (piece[c.node[i] - 1] == 0) piece[c.node[i] - 1] = c.node[i];
-            if (!ties) continue;
-            const std::int32_t a = first_of(piece, c.node[0]), b = first_of(piece, c.node[i]);
-            piece[std::max(a, b) - 1] = std::min(a, b);
-        }
-    }
+void find_in_nodes(const Host& t, Findings& findings) {
+    const std::vector<std::int32_t> piece = pieces_of(t);
+    const std::vector<std::int8_t> exponent = exponents(t, t, 0);
     bool found = false;
     for (std::int32_t n = 1; n <= t.NNODES; ++n) {
-        if (piece[n - 1] != n) continue;
-        if (found) add(findings, VQ_IN_NODES, n, VQ_LOOSE_PIECE);
-        found = true;
+        if (piece[n - 1] == n && found) add(findings, VQ_IN_NODES, n, VQ_LOOSE_PIECE);
+        found = found || piece[n - 1] == n;
+        if (exponent[n - 1] == HINGE) add(findings, VQ_IN_NODES, n, VQ_HINGE);
     }
 }
 
 // All nodes widen the interval of the search: those that nothing uses stand at the origin in it, those of bars that
 // take no part at their places, where these are finite.
-bool is_middle_at_first_line(const Tables& t, const std::vector<unsigned char>& used) {
+bool is_middle_at_first_line(const Host& t, const std::vector<unsigned char>& used) {
     std::vector<bool> placed(used.begin(), used.end());
     for (std::int32_t b = 0; b < t.NPOINTS; ++b) {
         const std::int32_t node = t.POINTS[b].NODE;
@@ -60,7 +44,7 @@ bool is_middle_at_first_line(const Tables& t, const std::vector<unsigned char>& 
 }
 
 // Without area, up to the rounding of its coordinates.
-bool is_flat_triangle(const Tables& t, std::int32_t e) {
+bool is_flat_triangle(const Host& t, std::int32_t e) {
     const Corners c = corners_of(t, e);
     if (c.n != 3 || property(t, e, VQ_GMOD) == 0.0) return false;
     const Point p[] = {place_of(t, c.node[0]), place_of(t, c.node[1]), place_of(t, c.node[2])};
@@ -73,7 +57,7 @@ bool is_flat_triangle(const Tables& t, std::int32_t e) {
     return std::fabs(area) <= 4 * std::numeric_limits<double>::epsilon() * (farthest / L);
 }
 
-void find_in_properties(const Tables& t, Findings& findings) {
+void find_in_properties(const Host& t, Findings& findings) {
     const double ELIM = (property(t, reference_element(t), VQ_EMOD) + 10.0) / 1000000.0;
     const auto counts = [&](std::int32_t e) {
         return property(t, e, VQ_MATFLAG) >= 0.5 && property(t, e, VQ_EMOD) >= ELIM;
@@ -101,7 +85,7 @@ void find_in_properties(const Tables& t, Findings& findings) {
 
 // Lengths over the longest edge, so that none overflows. Of any polygon in either order: by the parity of the edges
 // that a ray crosses, and the distance from the nearest edge.
-bool is_outside(const Tables& t, const VYZTUZE_INFO& bar) {
+bool is_outside(const Host& t, const VYZTUZE_INFO& bar) {
     const Corners c = corners_of(t, bar.ELEMENT);
     const Point at = place_of(t, bar.NODE);
     Point corner[4];
@@ -125,9 +109,9 @@ bool is_outside(const Tables& t, const VYZTUZE_INFO& bar) {
 
 }  // namespace
 
-void find_warnings(const Tables& t, const std::vector<unsigned char>& used, Findings& findings) {
+void find_warnings(const Host& t, const std::vector<unsigned char>& used, Findings& findings) {
     if (t.plastic && is_middle_at_first_line(t, used)) add(findings, VQ_IN_NODES, 0, VQ_MIDDLE_AT_100);
-    find_loose_pieces(t, findings);
+    find_in_nodes(t, findings);
     const std::int32_t oblong = find_oblong(t, used);
     for (std::int32_t e = 1; e <= t.NELEMS; ++e) {
         if (is_flat_triangle(t, e)) add(findings, VQ_IN_ELEMENTS, e, VQ_FLAT_TRIANGLE);
@@ -139,4 +123,4 @@ void find_warnings(const Tables& t, const std::vector<unsigned char>& used, Find
             add(findings, VQ_IN_POINTS, b, VQ_BAR_OUTSIDE);
 }
 
-}  // namespace velquor
+}  // namespace levels

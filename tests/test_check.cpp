@@ -206,8 +206,10 @@ TEST(Check, WarnsOfOblongsInThinWalls) {
     add_rectangle(walls, 0, 0, 64, 2, 64, 2);
     add_rectangle(walls, 31, 2, 33, 34, 2, 16);
     add_rectangle(walls, 0, 34, 64, 36, 16, 2);
-    add_rectangle(walls, 0, 2, 28, 34, 7, 8, {1e-5, 1e-5});
-    EXPECT_EQ(found_in(host_of(walls)), (List{{VQ_IN_ELEMENTS, 128 + 32 + 1, VQ_OBLONG}}));
+    add_rectangle(walls, 0, 2, 28, 30, 28, 7, {1e-5, 1e-5});
+    const std::int32_t meeting = node_at(walls, 32, 34);  // the one node in which web and coarse flange meet
+    EXPECT_EQ(found_in(host_of(walls)),
+              (List{{VQ_IN_NODES, meeting, VQ_HINGE}, {VQ_IN_ELEMENTS, 128 + 32 + 1, VQ_OBLONG}}));
     add_rectangle(block, 0, 0, 8, 8, 2, 16);
     EXPECT_EQ(found_in(host_of(block)), List{});
 }
