@@ -10,8 +10,8 @@ namespace {
 // Where nothing is known of an error: the orders p that are believed, 0.9 to 2.2, as powers 2^p.
 constexpr double MINFALL = 1.866065983073615, MAXFALL = 4.59479341998814;
 // Shares in the bound, found on random meshes (docs/levels.md): of the correction, where its order is not known; of the
-// second correction and of both where they are.
-constexpr double DOUBT = 0.3, SECOND = 3, BOTH = 0.1;
+// second correction and of both where they are, the latter larger where the orders are not those of a smooth outline.
+constexpr double DOUBT = 0.3, SECOND = 3, BOTH = 0.1, BOTHSHARP = 0.2;
 
 // The order that three values show.
 Estimate fitted(double v1, double v2, double d1, double d2) {
@@ -27,7 +27,8 @@ Estimate known(double v1, double v2, double d1, double d2, const Falls& falls) {
     const double e = first + (first - before) / (falls.second - 1);
     const double otherwise = fitted(v1, v2, d1, d2).value;
     const double not_falling = std::fabs(d2) < std::fabs(d1) ? 0 : std::fabs(d2);
-    return {e, std::max({SECOND * std::fabs(e - first), BOTH * std::fabs(e - v2), DOUBT * std::fabs(e - otherwise),
+    const double both = falls.first == SMOOTH.first ? BOTH : BOTHSHARP;
+    return {e, std::max({SECOND * std::fabs(e - first), both * std::fabs(e - v2), DOUBT * std::fabs(e - otherwise),
                          not_falling})};
 }
 

@@ -22,6 +22,8 @@ constexpr double PLASTICSTEP = 1e-9, PLASTICBALANCE = 1e-4;
 // centre, in the sums of warping times distance; of the change of the largest stress between the levels before the
 // finest.
 constexpr double COARSE = 0.01, COARSESKEW = 0.1, MOVED = 0.5;
+// The sum of warping times distance, in the host's units, below which WR1 and WR2 are 0.
+constexpr double MINSKEWSUM = 0.0001;
 // A change of ALPHA beyond this is a change of axes.
 constexpr double SAMEAXES = 0.01;
 
@@ -108,6 +110,14 @@ void warping_slots(Work& w, const Falls& warped, bool triangles) {
     };
     share(VQ_SCY, VQ_SCZ, SOLVED * w.away);
     share(VQ_GAY, VQ_GAZ, SOLVED * w.shear);
+
+    // By definition both are 0 where the sum is below a limit, which its extrapolated value can be, too.
+    const double IWS = std::fabs(w.got(VQ_IWS).value), sum = std::fabs(w.got(VQ_WR2).value) * IWS;
+    for (const int slot : {VQ_WR1, VQ_WR2}) {
+        const Estimate e = w.got(slot);
+        if (std::fabs(sum - MINSKEWSUM) <= w.bound(VQ_WR2) * IWS) w.bound(slot) = e.bound + std::fabs(e.value);
+        if (sum < MINSKEWSUM) w.set(slot, {0, w.bound(slot)});
+    }
 
     // The largest stress is of the first order in triangles, and may change its place from level to level.
     set_slot(w, VQ_WT, triangles ? Falls{2, 4} : SMOOTH, SOLVED * std::fabs(w.finest(VQ_WT)));

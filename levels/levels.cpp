@@ -139,7 +139,7 @@ void run_level(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, d
     }
     if (run.status != VQ_DONE) return;
     if (level == 0) run.bars.assign(bars.begin(), bars.begin() + NPOINTS);
-    std::vector<std::int8_t> exponent = exponents(host, mesh, level);
+    std::vector<std::int8_t> exponent = alone || level > 0 ? exponents(host, mesh, level) : std::vector<std::int8_t>();
     run.levels.push_back(at_host(host, NPOINTS, level, mesh, call, bars, mode, alone));
     run.exponent = std::move(exponent);
 }

@@ -48,12 +48,17 @@ bool is_above_closed(const std::vector<const Sector*>& ring, double k) {
     return a + d > 2 + 1e-9;
 }
 
-// The smallest k above 0 in 64ths, as far as it is below 1.
+// The smallest k above 0 in 64ths, as far as it is below 1: is_above(sectors, k) for that and all others up to 1.
 template <class Test>
 int smallest(const std::vector<const Sector*>& sectors, Test is_above_at) {
-    int k = 1;
-    while (k < REGULAR && !is_above_at(sectors, (k + 0.5) / REGULAR)) ++k;
-    return k;
+    const auto passed = [&](int k) { return is_above_at(sectors, (k + 0.5) / REGULAR); };
+    int below = 0, above = REGULAR;
+    if (!passed(REGULAR - 1)) return REGULAR;
+    while (above - below > 1) {
+        const int k = (below + above) / 2;
+        (passed(k) ? above : below) = k;
+    }
+    return above;
 }
 
 bool has_one_material(const std::vector<const Sector*>& sectors) {
@@ -70,7 +75,7 @@ int exponent(const Sector* sectors, std::size_t n) {
         chain.push_back(&sectors[(begin + k) % n]);
         if (begin == n || (k + 1 < n && follows(*chain.back(), sectors[(begin + k + 1) % n]))) continue;
         if (++chains > 1) return HINGE;
-        if (is_above(chain, 1)) least = std::min(least, smallest(chain, is_above));
+        least = std::min(least, smallest(chain, is_above));
         chain.clear();
     }
     return begin == n && !has_one_material(chain) ? smallest(chain, is_above_closed) : least;
