@@ -39,7 +39,7 @@ struct Arc {
 };
 
 // A level of its own memory. Its first nodes are those of the level before, its elements 4 e to 4 e + 3 parts of that
-// level's element e: part k holds corner k, in the same place among its own corners, part 3 of a triangle the middle.
+// level's element e: part k holds corner k, in the same place among its own corners, the last of a triangle the middle.
 struct Mesh {
     std::vector<double> nodes;           // (nodes, 2)
     std::vector<std::int32_t> elements;  // (elements, 4)
