@@ -137,6 +137,10 @@ TEST(Check, WarnsOfWhatIsSeldomMeant) {
     expect({}, [](Section&) {});
     expect({}, [](Section& s) { s = as_triangles(s); });
     expect({{VQ_IN_NODES, 17, VQ_LOOSE_PIECE}}, [](Section& s) { add_rectangle(s, 20, 0, 22, 2, 1, 1); });
+    // Without shear modulus an element holds no node; without any it is not there.
+    expect({{VQ_IN_NODES, 13, VQ_LOOSE_PIECE}, {VQ_IN_NODES, 14, VQ_LOOSE_PIECE}},
+           [](Section& s) { s.bars.clear(), s.materials[5].GMOD = 0; });
+    expect({}, [](Section& s) { s.bars.clear(), s.materials[5].EMOD = s.materials[5].GMOD = 0; });
     const auto props = [](std::int32_t row, std::int32_t reason, auto change) {
         expect({{VQ_IN_PROPS, row, reason}}, change);
         if (reason != VQ_COUPLING_ZERO) expect({}, change, VQ_ELASTIC);

@@ -222,6 +222,7 @@ TEST(Levels, ValuesFollowTheSectionWhenItTurns) {
             EXPECT_NEAR(r[VQ_GAY], cos * cos * r[VQ_GAU] + sin * sin * r[VQ_GAV] - 2 * cos * sin * r[VQ_GAUV],
                         1e-9 * r[VQ_GAY]);
             EXPECT_NEAR(r[VQ_SCU], cos * r[VQ_SCY] + sin * r[VQ_SCZ], 1e-9);
+            EXPECT_NEAR(r[VQ_RU] * r[VQ_I2], cos * r[VQ_RY] * r[VQ_IYY] + sin * r[VQ_RZ] * r[VQ_IZZ], 1e-8 * r[VQ_I1]);
             EXPECT_NEAR(r[VQ_RV] * r[VQ_I1], cos * r[VQ_RZ] * r[VQ_IZZ] - sin * r[VQ_RY] * r[VQ_IYY], 1e-8 * r[VQ_I1]);
             EXPECT_NEAR(r[VQ_COUP1], cos * r[VQ_YC] - sin * r[VQ_ZC], 1e-9);
         }
@@ -234,9 +235,11 @@ TEST(Levels, BarsFindTheirPlaceAndWhatHasNoLimitIsSaidToHaveNone) {
     s = as_triangles(s);
     add_bar(s, 40, 45, 1, 314, 200).RADIUS = 70;
     add_bar(s, 260, 460, static_cast<std::int32_t>(s.elements.size()), 314, 200);
+    add_bar(s, 150, 250, 3, 1, 1).STRESS[2] = 17;  // takes no part
     const Results plain = run(s, VQ_ELASTIC);
-    const Levels three = run_levels(s, 3, VQ_ELASTIC);
+    const Levels three = run_levels(s, 3, VQ_ELASTIC), five = run_levels(s, 5, VQ_ELASTIC);
     ASSERT_EQ(three.status, VQ_DONE);
+    EXPECT_EQ(std::memcmp(&three.bars[2], &s.bars[2], sizeof(VYZTUZE_INFO)), 0);
     for (const int slot : {VQ_EA, VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_YC, VQ_ZC, VQ_RY})
         EXPECT_NEAR(three.slots[slot], plain.slots[slot], 0.02 * std::fabs(plain.slots[slot])) << slot;
     for (int slot = 0; slot < VQ_NSLOTS; ++slot)
@@ -247,6 +250,7 @@ TEST(Levels, BarsFindTheirPlaceAndWhatHasNoLimitIsSaidToHaveNone) {
         EXPECT_EQ(three.bars[b].ELEMENT, s.bars[b].ELEMENT);
         EXPECT_EQ(std::memcmp(three.bars[b].ELNODES, plain.bars[b].ELNODES, sizeof three.bars[b].ELNODES), 0);
         for (int k = 0; k < 3; ++k) EXPECT_NEAR(three.bars[b].STRESS[k], plain.bars[b].STRESS[k], 1e-12);
+        EXPECT_NEAR(three.bars[b].STRESS[3], five.bars[b].STRESS[3], 0.12 * std::fabs(five.bars[b].STRESS[3]));
     }
     s.bars[0].GMODUL = 80;
     for (const int slot : warping_slots) EXPECT_TRUE(std::isinf(run_levels(s, 3, VQ_ELASTIC).bounds[slot])) << slot;
@@ -287,6 +291,12 @@ TEST(Levels, StressesAreInfiniteAtSharpCornersAlone) {
     add_rectangle(core, 2, 0, 4, 2, 2, 2);
     add_rectangle(core, 0, 2, 4, 4, 4, 2);
     EXPECT_EQ(sharp_places(core, run_levels(core, 2)), (Places{{2, 2}}));
+    Section inclined;  // an interface at 45 degrees: where the stiffer part has the sharp angle
+    inclined.y = {0, 2, 6, 0, 4, 6};
+    inclined.z = {0, 0, 0, 2, 2, 2};
+    inclined.elements = {{1, 2, 5, 4}, {2, 3, 6, 5}};
+    inclined.materials = {{}, {10, 10}};
+    EXPECT_EQ(sharp_places(inclined, run_levels(inclined, 2)), (Places{{2, 0}}));
     Section notch;  // an element without shear modulus is a hole
     add_rectangle(notch, 0, 0, 3, 1, 3, 1);
     notch.materials[1].GMOD = 0;
@@ -304,6 +314,76 @@ TEST(Levels, PlasticSearchesDoNotBeginWhereTheyWouldEnd) {
     for (int slot = VQ_PLMOD_Z; slot <= VQ_PLMOM_Y_NEG; ++slot)
         EXPECT_NEAR(at_100.slots[slot], elsewhere.slots[slot], 1e-6 * elsewhere.slots[slot]) << slot;
     EXPECT_EQ(at_100.nodeout.size(), 3 * s.y.size());
+}
+
+// A rectangle 2 by 3 of other strength above than below the line, which no edge of its elements follows.
+TEST(Levels, PlasticMomentsGiveEachPartItsOwnStrength) {
+    const auto moment = [](double width, double height, double above, double below) {
+        const double a = height * below / (above + below), b = height - a;
+        return width / 2 * (above * a * a + below * b * b);
+    };
+    for (const bool triangles : {false, true})
+        for (const double angle : {0.0, 0.5}) {
+            Section s;
+            add_rectangle(s, -1, -1.5, 1, 1.5, 2, 1, {1, 1, 0, 1, 1, 1, 100, 250});
+            if (triangles) s = as_triangles(s);
+            s = moved(s, angle == 0 ? 4 : 0, 0, angle);
+            const Levels two = run_levels(s, 2), pair = run_levels(s, 2, VQ_PLASTIC_TWO);
+            ASSERT_EQ(two.status, VQ_DONE);
+            const double Z = moment(2, 3, 250, 100), Y = moment(3, 2, 250, 100);  // both signs alike by symmetry
+            for (const int slot : {VQ_PLMOM_V, VQ_PLMOM_V_NEG}) EXPECT_NEAR(two.slots[slot], Z, 1e-6 * Z);
+            for (const int slot : {VQ_PLMOM_U, VQ_PLMOM_U_NEG}) EXPECT_NEAR(two.slots[slot], Y, 1e-6 * Y);
+            EXPECT_NEAR(two.slots[VQ_PLMOM_Z], angle == 0 ? Z : two.slots[VQ_PLMOM_Z_NEG], 1e-6 * Z);
+            EXPECT_NEAR(two.slots[VQ_PLMOM_Y_NEG], angle == 0 ? Y : two.slots[VQ_PLMOM_Y], 1e-6 * Z);
+            EXPECT_EQ(pair.slots[VQ_PLMOM_U], two.slots[VQ_PLMOM_U]);
+            EXPECT_EQ(pair.slots[VQ_PLMOM_U_NEG], 0);
+        }
+    Section layers;  // unsymmetric: the line in the upper layer, its signs apart
+    add_rectangle(layers, 0, 0, 2, 2, 1, 1, {1, 1, 0, 1, 1, 1, 100, 250});
+    add_rectangle(layers, 0, 2, 2, 4, 1, 1, {1, 1, 0, 1, 1, 1, 300, 300});
+    const Levels two = run_levels(layers, 2);
+    const double L = 4 - (2 * 300 + 2 * 100) / 600.0;  // 300 (4 - L) = 300 (L - 2) + 100 2
+    EXPECT_NEAR(two.slots[VQ_PLAXIS_Z], L, 1e-6);
+    EXPECT_NEAR(two.slots[VQ_PLMOM_Z], 300 * ((4 - L) * (4 - L) + (L - 2) * (L - 2)) + 100 * 4 * (L - 1), 1e-3);
+}
+
+// Nearly a circle, on a net that is turned against its axes: these are other ones on each level.
+TEST(Levels, AxesMayChangeFromLevelToLevel) {
+    Section s = ellipse(2, 2, 2);
+    s.y[0] = -2 * std::cos(0.5), s.z[0] = -2 * std::sin(0.5);  // a corner of the net moved along the circle
+    s = moved(s, 0, 0, 0.6);
+    for (double& y : s.y) y *= 1.01;
+    Ellipse on{2.02, 2, &s};
+    const Results plain = run(s);
+    const Levels three = run_levels(s, 3, VQ_PLASTIC, place_on_ellipse, &on);
+    ASSERT_EQ(three.status, VQ_DONE);
+    const double ALPHA = three.slots[VQ_ALPHA], c = std::cos(ALPHA), sine = std::sin(ALPHA);
+    EXPECT_GT(std::fabs(std::sin(plain.slots[VQ_ALPHA] - ALPHA)), 0.02);
+    for (std::size_t e = 0; e < s.elements.size(); ++e)
+        for (std::size_t p = 0; p < 4; ++p) {
+            const std::size_t node = static_cast<std::size_t>(s.elements[e][p]) - 1;
+            const double u = c * s.y[node] + sine * s.z[node], v = c * s.z[node] - sine * s.y[node];
+            const double* corner = &three.elemout[48 * e + 12 * p];
+            EXPECT_NEAR(corner[9], v / three.slots[VQ_I1], 4e-3 * 2 / three.slots[VQ_I1]);
+            EXPECT_NEAR(corner[10], -u / three.slots[VQ_I2], 4e-3 * 2 / three.slots[VQ_I2]);
+        }
+}
+
+TEST(Levels, TwoLevelsAndMeshesThatCannotWarp) {
+    Section s;
+    add_rectangle(s, 0, 0, 5, 1, 10, 2);
+    const Levels two = run_levels(s, 2);
+    const double J = rectangle_torsion(2.5, 0.5).first;
+    EXPECT_NEAR(two.slots[VQ_GJ], J, two.bounds[VQ_GJ]);
+    EXPECT_GT(two.bounds[VQ_GJ], std::fabs(run(s).slots[VQ_GJ] - J) / 2);
+    Section one;  // of one element, whose warping constant is 0
+    add_rectangle(one, 0, 0, 2, 1, 1, 1);
+    Section limp = one;
+    limp.materials[0].GMOD = 0;
+    EXPECT_TRUE(std::isinf(run_levels(limp, 3).bounds[VQ_WT]));
+    const Levels four = run_levels(as_triangles(one), 4);
+    EXPECT_NEAR(four.slots[VQ_GJ], rectangle_torsion(1, 0.5).first, four.bounds[VQ_GJ]);
+    for (const double bound : four.bounds) EXPECT_TRUE(std::isfinite(bound));
 }
 
 TEST(Levels, WhatIsRefusedLeavesTheTables) {
