@@ -191,8 +191,8 @@ extern "C" const char* vq_reason(std::int32_t REASON) {
         case VQ_STRENGTH_MISSING: return "has no row with both strengths, so PLAXIS is only the middle of the extent";
         case VQ_STRENGTH_MIXED: return "lacks a strength that others have";
         case VQ_STRENGTH_NEGATIVE: return "has a negative strength: FNEG and FPOS are both positive";
-        case VQ_HINGE: return "alone holds parts together that touch in no other node";
         case VQ_BAR_OUTSIDE: return "lies outside its ELEMENT, and is pulled to its boundary";
+        case VQ_HINGE: return "joins corners that share no edge, and holds them less on every finer mesh";
         default: return "has a reason that is not known here";
     }
 }

@@ -313,8 +313,8 @@ TEST(Check, LeavesTheThreadAsItWas) {
 
 TEST(Check, EveryReasonHasItsSentence) {
     std::set<std::string> sentences;
-    for (std::int32_t reason = 0; reason <= VQ_BAR_OUTSIDE; ++reason) sentences.insert(vq_reason(reason));
-    EXPECT_EQ(sentences.size(), VQ_BAR_OUTSIDE + 1);
+    for (std::int32_t reason = 0; reason <= VQ_HINGE; ++reason) sentences.insert(vq_reason(reason));
+    EXPECT_EQ(sentences.size(), VQ_HINGE + 1);
     EXPECT_EQ(sentences.count(vq_reason(INT32_MIN)), 1);
 }
 

@@ -49,6 +49,10 @@ for line in re.findall(r"^\| `(PL\w+)_\.\.\.`: [^|]*\|(.*)\|$", guide.read_text(
 listed = {int(number) for number, name in rows if name in value}
 expect(listed >= set(range(value["NSLOTS"])), f"slots missing: {set(range(value['NSLOTS'])) - listed}")
 
+# Reasons, of the second header.
+for name in re.findall(r"VQ_(\w+) =", (root / "levels/velquor_levels.h").read_text().split("/* Reasons")[1]):
+    expect(f"`{name}`" in guide.read_text(), f"{name} is not in the guide")
+
 
 # Links and pictures, with their headings as sites that render Markdown name them.
 def anchors(page):
