@@ -67,9 +67,9 @@ void find_errors(const Host& t, std::vector<unsigned char>& used, Findings& find
 // What it accepts though it is seldom meant; the tables are without errors.
 void find_warnings(const Host& t, const std::vector<unsigned char>& used, Findings& findings);
 
-// The quadrilateral whose shape makes torsion most wrong in a thin wall, where that is worth a warning, or 0. In a wall
-// of n layers of elements that are rho times as long along the wall as across it, GJ is too large by (rho^2 - 1) / n^2,
-// or too small where they are shorter (docs/theory.md).
+// Where oblong quadrilaterals in thin walls make GJ wrong by more than is worth a warning, the one whose shape does
+// most beside its wall's thickness, or 0. Elements of area A with sides a along the wall and b across it change GJ by
+// the sum of G A (a^2 - b^2) / 3 (docs/theory.md).
 std::int32_t find_oblong(const Host& t, const std::vector<unsigned char>& used);
 
 }  // namespace levels

@@ -96,7 +96,7 @@ enum {
     VQ_LOOSE_PIECE = 16,       /* NODES: the first node of each piece after the first */
     VQ_MIDDLE_AT_100 = 17,     /* NODES, row 0, plastic modes */
     VQ_FLAT_TRIANGLE = 18,     /* ELEMENTS */
-    VQ_OBLONG = 19,            /* ELEMENTS: of all elements long beside the layers of their wall, the worst */
+    VQ_OBLONG = 19,            /* ELEMENTS: where thin walls of few layers make GJ wrong, the most oblong element */
     VQ_COUPLING_ZERO = 20,     /* PROPS: the first row that has it */
     VQ_STRENGTH_MISSING = 21,  /* PROPS, row 0, plastic modes: no element that takes part has both strengths */
     VQ_STRENGTH_MIXED = 22,    /* PROPS, plastic modes: this row has none, others have */
