@@ -114,7 +114,7 @@ typedef struct vq_finding {
  * Returns the number of findings, in the order of the tables and of their rows, or -1 where memory could not be had.
  * The first CAPACITY of them are written to FINDINGS, which may be null when CAPACITY is 0. vq_velquor refuses the
  * tables if and only if one of the findings is a VQ_ERROR; RESULT, NODEOUT and ELEMOUT, which this routine does not
- * get, must not be null either. Warnings that need an accepted mesh are left out where there is an error. */
+ * get, must not be null either. Where there is an error there are no warnings. */
 VQ_LEVELS_EXPORT int32_t vq_check(int32_t NGROUPS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS,
                                   int32_t NELEMS, const double* PROPS, int32_t NPOINTS, const VYZTUZE_INFO* POINTS,
                                   double mode, int32_t CAPACITY, vq_finding* FINDINGS);

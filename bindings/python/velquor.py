@@ -241,6 +241,8 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, leve
                 findings = _find(library, nodes, elements, props, bars, groups, mode)
         errors = [str(finding) for finding in findings if finding.is_error]
         told = "; ".join(errors[:3] + [f"and {len(errors) - 3} more"] * (len(errors) > 3)) or kind.meaning
+        if kind is Refused and done.value > 0:  # no row of the tables is at fault
+            told = "the refined mesh was refused: its elements are too small, or place put them out of shape"
         error = kind(f"status {status.value}: " + f"level {done.value + 1}: " * (done.value > 0) + told)
         error.status, error.findings = status.value, findings
         raise error

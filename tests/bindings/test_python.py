@@ -168,6 +168,8 @@ class Levels(unittest.TestCase):
         for wrong, failure in (lambda *_: 1 / 0, ZeroDivisionError), (lambda *_: None, TypeError):
             with self.assertRaises(failure):
                 velquor.calculate(nodes, elements, props, levels=2, place=wrong)
+        with self.assertRaisesRegex(velquor.Refused, "^status 1: level 2: the refined mesh was refused: .* place"):
+            velquor.calculate(nodes, elements, props, levels=2, place=lambda *_: (math.nan, 0))
 
 
 class Failures(unittest.TestCase):
