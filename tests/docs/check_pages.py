@@ -25,7 +25,7 @@ guide = root / "docs" / "host_guide.md"
 
 # The blocks of the guide are the whole of each example, in its order.
 blocks = []
-for example in ("first_call", "levels"):
+for example in ("first_call", "bounds"):
     rest = (root / "examples" / f"{example}.c").read_text()
     parts = quotes(guide, f"examples/{example}.c")
     for part in parts:
