@@ -44,23 +44,37 @@ bool has_axis_in_trap(const Slots& slots) {
     return false;
 }
 
-// Adds a bar that takes no part, on a node of its own beyond the section: it widens the interval of the plastic
-// searches, which begin in another middle then.
-void widen(const Tables& mesh, Mesh& wider, std::vector<VYZTUZE_INFO>& bars) {
+// Adds a bar that takes no part, on a node of its own beyond the section: it widens the intervals of the plastic
+// searches, which begin in another middle then. It stands away from the axes through the middle of the nodes, those of
+// the host and the principal ones, in the middle of the wider angle between them.
+void widen(const Tables& mesh, const Slots& slots, Mesh& wider, std::vector<VYZTUZE_INFO>& bars) {
     const std::size_t nodes = static_cast<std::size_t>(mesh.NNODES), elements = static_cast<std::size_t>(mesh.NELEMS);
     if (nodes >= INT32_MAX - 1) throw std::bad_alloc();
     double low[2] = {mesh.y(mesh.node(0, 0)), mesh.z(mesh.node(0, 0))}, high[2] = {low[0], low[1]};
-    for (std::size_t k = 0; k < 4 * elements; ++k)
+    const auto include = [&](std::int32_t node) {
+        const double at[2] = {mesh.y(node), mesh.z(node)};
+        if (!std::isfinite(at[0] + at[1])) return;
         for (std::size_t axis = 0; axis < 2; ++axis) {
-            const double x = mesh.NODES[axis * nodes + static_cast<std::size_t>(mesh.ELEMENTS[k]) - 1];
-            low[axis] = std::min(low[axis], x);
-            high[axis] = std::max(high[axis], x);
+            low[axis] = std::min(low[axis], at[axis]);
+            high[axis] = std::max(high[axis], at[axis]);
         }
+    };
+    for (std::size_t k = 0; k < 4 * elements; ++k) include(mesh.ELEMENTS[k]);
+    for (const VYZTUZE_INFO& bar : bars)
+        if (bar.NODE >= 1 && bar.NODE <= mesh.NNODES) include(bar.NODE);
+
+    Direction between = direction(slots);
+    if (between.c * between.s < 0) std::swap(between.c, between.s);
+    between = {std::fabs(between.c), std::fabs(between.s)};
+    (between.c < between.s ? between.c : between.s) += 1;
+    const double away = 2 * (high[0] - low[0] + high[1] - low[1]);
+    const double place[2] = {0.5 * (low[0] + high[0]) + away * between.c, 0.5 * (low[1] + high[1]) + away * between.s};
+
     Mesh copy;
     for (std::size_t axis = 0; axis < 2; ++axis) {
         const double* column = mesh.NODES + axis * nodes;
         copy.nodes.insert(copy.nodes.end(), column, column + nodes);
-        copy.nodes.push_back(high[axis] + 0.375 * (high[axis] - low[axis]));
+        copy.nodes.push_back(place[axis]);
     }
     copy.elements.assign(mesh.ELEMENTS, mesh.ELEMENTS + 4 * elements);
     copy.props.assign(mesh.PROPS, mesh.PROPS + VQ_NCOLUMNS * elements);
@@ -132,7 +146,7 @@ void run_level(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, d
     run.status = solve(mesh, NGROUPS, mode, bars, call);
     if (run.status == VQ_DONE && has_axis_in_trap(call.slots) && bars.size() == static_cast<std::size_t>(NPOINTS)) {
         Mesh wider;
-        widen(mesh, wider, bars);
+        widen(mesh, call.slots, wider, bars);
         owned = std::move(wider);
         mesh = owned.tables();
         run.status = solve(mesh, NGROUPS, mode, bars, call);
