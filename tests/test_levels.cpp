@@ -198,6 +198,11 @@ TEST(Levels, FieldsAreThoseOfAFinerMeshAtTheHostsNodesAndCorners) {
             EXPECT_LE(error, 0.3 * distance(plain.elemout, reference.elemout, entry, 12) + 1e-12);
         }
     }
+
+    // a mesh that cannot warp, as the first level here, divides by a warping constant of 0
+    Section square;
+    add_rectangle(square, 0, 0, 2, 2, 2, 2);
+    for (const double stress : run_levels(square, 3).elemout) EXPECT_LT(std::fabs(stress), 10);
 }
 
 // What does not depend on the axes must not depend on the angle, nor the rest on axes that change between levels.
@@ -314,6 +319,16 @@ TEST(Levels, PlasticSearchesDoNotBeginWhereTheyWouldEnd) {
     for (int slot = VQ_PLMOD_Z; slot <= VQ_PLMOM_Y_NEG; ++slot)
         EXPECT_NEAR(at_100.slots[slot], elsewhere.slots[slot], 1e-6 * elsewhere.slots[slot]) << slot;
     EXPECT_EQ(at_100.nodeout.size(), 3 * s.y.size());
+    // beyond a bar outside, along Z and along a principal axis that is turned
+    add_bar(s, 5, 400, 1, 1, 0);
+    s = moved(s, 0, -100);
+    ASSERT_EQ(run(s).slots[VQ_PLAXIS_Z], 100);
+    EXPECT_NEAR(run_levels(s, 2).slots[VQ_PLAXIS_Z], 80 + 20.0 / 11, 1e-6);
+    const double centroid = run(s).slots[VQ_ZC];
+    s.z.back() = 300 + 2 * centroid;
+    s = moved(s, 0, 0, PI / 4);
+    ASSERT_NEAR(run(s).slots[VQ_PLAXIS_V], 100, 1e-9);
+    EXPECT_NEAR(run_levels(s, 2).slots[VQ_PLAXIS_V], 80 + 20.0 / 11 - centroid, 1e-6);
 }
 
 // A rectangle 2 by 3 of other strength above than below the line, which no edge of its elements follows.
