@@ -14,8 +14,9 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-// Rounding of a slot beside its natural size: of closed integrals, and of solutions.
-constexpr double EXACT = 1e-13, SOLVED = 1e-11;
+// Rounding of a slot beside its natural size: of closed integrals, and of solutions; and the share in it of what is
+// large only because the origin is far away.
+constexpr double EXACT = 1e-12, SOLVED = 1e-11, FAR = 0.01;
 // The plastic search, in the host's units: its last step, and the balance of forces at which it ends.
 constexpr double PLASTICSTEP = 1e-9, PLASTICBALANCE = 1e-4;
 // Shares in bounds, found on random meshes: of the correction of stiffnesses, in warping constants and the shear
@@ -24,8 +25,8 @@ constexpr double PLASTICSTEP = 1e-9, PLASTICBALANCE = 1e-4;
 constexpr double COARSE = 0.01, COARSESKEW = 0.1, MOVED = 0.5;
 // The sum of warping times distance, in the host's units, below which WR1 and WR2 are 0.
 constexpr double MINSKEWSUM = 0.0001;
-// A change of ALPHA beyond this is a change of axes.
-constexpr double SAMEAXES = 0.01;
+// A change of ALPHA beyond this is a change of axes; what is not known of ALPHA beyond this is taken seriously.
+constexpr double SAMEAXES = 0.01, ANYAXES = 0.1;
 
 constexpr int on_warping[] = {VQ_SCY, VQ_SCZ, VQ_SCU,  VQ_SCV, VQ_GJ, VQ_GAY, VQ_GAZ, VQ_IW,
                               VQ_GAU, VQ_GAV, VQ_GAUV, VQ_IWS, VQ_WT, VQ_WR1, VQ_WR2};
@@ -43,7 +44,8 @@ double power(int n) {
 struct Work {
     const std::vector<LevelResults>& levels;
     Slots &values, &bounds;
-    // natural sizes: radius of gyration, distance from the origin, second moments about it, shear stiffness
+    // natural sizes: radius of gyration, distance from the origin, second moments as far as that has a share in their
+    // rounding, shear stiffness
     double radius, away, moments, shear;
 
     const Slots& level(int back) const { return levels[levels.size() - 1 - static_cast<std::size_t>(back)].slots; }
@@ -75,10 +77,13 @@ void set_slot(Work& w, int slot, const Falls& falls, double floor, int used = VQ
 }
 
 void outline_slots(Work& w) {
-    for (const int slot : {VQ_EA, VQ_ANET, VQ_WEIGHT}) set_slot(w, slot, SMOOTH, EXACT * std::fabs(w.finest(slot)));
+    for (const int slot : {VQ_EA, VQ_ANET, VQ_WEIGHT})
+        set_slot(w, slot, SMOOTH, EXACT * (1 + FAR * w.away / w.radius) * std::fabs(w.finest(slot)));
     for (const int slot : {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}) set_slot(w, slot, SMOOTH, EXACT * w.moments);
-    for (const int slot : {VQ_YC, VQ_ZC}) set_slot(w, slot, SMOOTH, EXACT * w.away);
-    for (const int slot : {VQ_RY, VQ_RZ}) set_slot(w, slot, SMOOTH, SOLVED * w.away);
+    for (const int slot : {VQ_YC, VQ_ZC}) set_slot(w, slot, SMOOTH, EXACT * (w.radius + FAR * w.away));
+    for (const auto& [slot, moment] : {std::pair{VQ_RY, VQ_IYY}, {VQ_RZ, VQ_IZZ}})
+        set_slot(w, slot, SMOOTH,
+                 SOLVED * w.away + EXACT * w.moments / std::fabs(w.finest(moment)) * std::fabs(w.finest(slot)));
     for (const int slot : {VQ_EREF, VQ_GREF}) w.set(slot, {w.finest(slot), 0});
 }
 
@@ -134,17 +139,25 @@ Direction turned(const Direction& from, double angle) {
 // `swing` becomes what is not known of ALPHA.
 Direction principal_slots(Work& w, const Falls& warped, double& swing) {
     set_slot(w, VQ_ALPHA, SMOOTH, EXACT * w.moments / std::fabs(w.finest(VQ_I1) - w.finest(VQ_I2)));
+    // Axes whose moments differ by little more than what is not known of them are as good as any.
+    const double unknown = std::max(w.bound(VQ_IYY), w.bound(VQ_IZZ)) + w.bound(VQ_DYZ);
+    const double any = unknown / std::fabs(w.finest(VQ_I1) - w.finest(VQ_I2));
+    if (any > ANYAXES) {
+        w.bound(VQ_ALPHA) = std::max(w.bound(VQ_ALPHA), any);
+        for (const int slot : {VQ_I1, VQ_I2}) w.bound(slot) = std::max(w.bound(slot), unknown);
+    }
     const Estimate ALPHA = w.got(VQ_ALPHA);
     swing = std::min(ALPHA.bound, 1.0);
     const double correction =
         std::fabs(ALPHA.value - w.finest(VQ_ALPHA)) < SAMEAXES ? ALPHA.value - w.finest(VQ_ALPHA) : 0;
-    w.set(VQ_ALPHA, {w.finest(VQ_ALPHA) + correction, ALPHA.bound});
+    const double corrected = w.finest(VQ_ALPHA) + correction;
+    w.set(VQ_ALPHA, {corrected, ALPHA.bound + std::fabs(ALPHA.value - corrected)});
     const Direction to = turned(direction(w.level(0)), correction);
     const double c = to.c, s = to.s, C = std::fabs(c), S = std::fabs(s);
     const auto set_pair = [&](int u, int v, const Estimate& y, const Estimate& z) {
         const double along_u = c * y.value + s * z.value, along_v = c * z.value - s * y.value;
-        w.set(u, {along_u, C * y.bound + S * z.bound + swing * std::fabs(along_v)});
-        w.set(v, {along_v, C * z.bound + S * y.bound + swing * std::fabs(along_u)});
+        w.set(u, {along_u, C * y.bound + S * z.bound + swing * (std::fabs(along_v) + swing * std::fabs(along_u))});
+        w.set(v, {along_v, C * z.bound + S * y.bound + swing * (std::fabs(along_u) + swing * std::fabs(along_v))});
     };
     set_pair(VQ_SCU, VQ_SCV, w.got(VQ_SCY), w.got(VQ_SCZ));
     set_pair(VQ_RU, VQ_RV, w.got(VQ_RY, w.got(VQ_IYY).value), w.got(VQ_RZ, w.got(VQ_IZZ).value));
@@ -161,10 +174,11 @@ Direction principal_slots(Work& w, const Falls& warped, double& swing) {
     const double GAU = cc * Y.value + ss * Z.value + 2 * cs * YZ.value;
     const double GAV = ss * Y.value + cc * Z.value - 2 * cs * YZ.value;
     const double GAUV = cs * (Z.value - Y.value) + (cc - ss) * YZ.value;
-    const double common = 2 * C * S * YZ.bound + 2 * swing * std::fabs(GAUV);
+    const double common = 2 * C * S * YZ.bound + swing * (2 * std::fabs(GAUV) + swing * std::fabs(GAU - GAV));
     w.set(VQ_GAU, {GAU, cc * Y.bound + ss * Z.bound + common});
     w.set(VQ_GAV, {GAV, ss * Y.bound + cc * Z.bound + common});
-    w.set(VQ_GAUV, {GAUV, C * S * (Y.bound + Z.bound) + std::fabs(cc - ss) * YZ.bound + swing * std::fabs(GAU - GAV)});
+    w.set(VQ_GAUV, {GAUV, C * S * (Y.bound + Z.bound) + std::fabs(cc - ss) * YZ.bound +
+                              swing * (std::fabs(GAU - GAV) + 2 * swing * std::fabs(GAUV))});
 
     // The centre of coupled groups is turned crosswise.
     const auto centre = [&](bool along_z) {
@@ -172,7 +186,7 @@ Direction principal_slots(Work& w, const Falls& warped, double& swing) {
             const auto [a, b] = direction(of);
             return along_z ? a * of[VQ_COUP2] - b * of[VQ_COUP1] : a * of[VQ_COUP1] + b * of[VQ_COUP2];
         };
-        return estimate_of(w, component, SMOOTH, EXACT * w.away);
+        return estimate_of(w, component, SMOOTH, EXACT * (w.radius + FAR * w.away));
     };
     set_pair(VQ_COUP2, VQ_COUP1, centre(true), centre(false));
     return to;
@@ -187,14 +201,30 @@ void plastic_slots(Work& w, const Direction& to, double swing) {
     }
     for (const int frame : {VQ_PLAXIS_Y, VQ_PLAXIS_U}) {
         const bool principal = frame == VQ_PLAXIS_U;
-        double moment = 0;
-        for (int slot = frame + 8; slot < frame + 12; ++slot) moment = std::max(moment, std::fabs(w.finest(slot)));
-        // A moment of plastic forces N is at most N radius or so, and dN = 2 N dL / radius or more.
-        const double step = moment > 0 ? PLASTICSTEP + 10 * PLASTICBALANCE * w.radius * w.radius / moment : 0;
+        double moment = 0, least = infinity, most = 0;  // of PLMOM over PLMOD
+        for (int slot = frame + 8; slot < frame + 12; ++slot) {
+            moment = std::max(moment, std::fabs(w.finest(slot)));
+            const double strength = std::fabs(w.finest(slot) / w.finest(slot - 4));
+            if (!(strength > 0)) continue;
+            least = std::min(least, strength);
+            most = std::max(most, strength);
+        }
+        // A moment of plastic forces N is at most N radius or so, and dN = 2 N dL / radius or more. The line is not
+        // further off than the nodes' extent.
+        const double step =
+            moment > 0 ? std::min(PLASTICSTEP + 10 * PLASTICBALANCE * w.radius * w.radius / moment, 4 * w.radius) : 0;
+        // By the forces that do not balance, PLMOM changes as the line moves; so does PLMOD with one strength, else by
+        // the areas.
+        const double of_moment = step * PLASTICBALANCE, one = 1 + 1e-9;
         for (int slot = frame; slot < frame + 12; ++slot) {
             const double size = std::fabs(w.finest(slot));
-            set_slot(w, slot, SMOOTH, (slot < frame + 4 ? step : 0) + (SOLVED + (principal ? swing : 0)) * size,
-                     principal ? std::max(alike, 1) : w.count());
+            const double stopped = slot < frame + 4        ? step
+                                   : size == 0             ? 0
+                                   : slot >= frame + 8     ? of_moment
+                                   : !(most > least * one) ? of_moment / least
+                                                           : step * size / w.radius;
+            set_slot(w, slot, SMOOTH, stopped + SOLVED * size, principal ? std::max(alike, 1) : w.count());
+            if (principal) w.bound(slot) += swing * size;
         }
     }
 }
@@ -227,13 +257,16 @@ Direction extrapolate_slots(const std::vector<LevelResults>& levels, const Natur
     const Slots& finest = levels.back().slots;
     const double EA = std::fabs(finest[VQ_EA]), polar = std::fabs(finest[VQ_IYY]) + std::fabs(finest[VQ_IZZ]);
     const double radius = std::sqrt(polar / EA);
-    const double away = std::fabs(finest[VQ_YC]) + std::fabs(finest[VQ_ZC]) + radius;
+    // a coupled section has its place in COUP1 and COUP2 alone
+    const double away = std::max(std::fabs(finest[VQ_YC]) + std::fabs(finest[VQ_ZC]),
+                                 std::fabs(finest[VQ_COUP1]) + std::fabs(finest[VQ_COUP2])) +
+                        radius;
     Work w{levels,
            values,
            bounds,
            radius,
            away,
-           polar + EA * away * away,
+           polar + FAR * EA * away * away,
            std::max(std::fabs(finest[VQ_GAY]), std::fabs(finest[VQ_GAZ]))};
     // A sharp corner adds an error of energy of order 2 k. Nothing is known of bars.
     const Falls warped = nature.bars ? Falls{0, 0} : nature.exponent == 0 ? SMOOTH : Falls{power(nature.exponent), 4};
