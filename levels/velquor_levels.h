@@ -53,7 +53,9 @@ typedef void (*vq_place)(void* context, int32_t A, int32_t B, double t, double* 
  *   BOUNDS   out   (VQ_NSLOTS) the value on an infinitely fine mesh is expected within RESULT -+ BOUNDS; never below
  *                  rounding. Infinite where there is no such value: for what rests on warping where the mesh falls in
  *                  pieces, or hangs together in a single node, or bars have a GMODUL; for shear stiffness where any
- *                  bars take part; for WT where stresses are infinite. Not a number with one level.
+ *                  bars take part; for WT where stresses are infinite; for ALPHA where I1 and I2 are equal; for what
+ *                  is a number on the finest level alone, or lies along principal axes that change before it. Not a
+ *                  number with one level.
  *   SHARP    out   (NNODES) 1 at nodes where shear stresses grow without limit as the mesh becomes finer: re-entrant
  *                  corners, corners where materials meet, nodes in which alone parts touch. Else 0. WT is then the
  *                  reciprocal of the largest stress at the other corners of the host's elements. May be null.
