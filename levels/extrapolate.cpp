@@ -276,6 +276,9 @@ Direction extrapolate_slots(const std::vector<LevelResults>& levels, const Natur
     const Direction to = principal_slots(w, warped, swing);
     plastic_slots(w, to, swing);
     without_limit(w, nature);
+    // no share of what is infinite
+    for (double& bound : bounds)
+        if (std::isnan(bound)) bound = infinity;
     return to;
 }
 

@@ -199,6 +199,10 @@ TEST(Levels, FieldsAreThoseOfAFinerMeshAtTheHostsNodesAndCorners) {
         }
     }
 
+    Section triangle;  // whose first level has no numbers, in line with its principal axes
+    triangle.y = {-1, 1, 0}, triangle.z = {0, 0, 3};
+    triangle.elements = {{1, 2, 3, 3}}, triangle.materials = {{}};
+    for (const double bound : run_levels(triangle, 2).bounds) EXPECT_GE(bound, 0);
     // a mesh that cannot warp, as the first level here, divides by a warping constant of 0
     Section square;
     add_rectangle(square, 0, 0, 2, 2, 2, 2);
