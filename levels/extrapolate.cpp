@@ -94,6 +94,11 @@ void warping_slots(Work& w, const Falls& warped, bool triangles) {
     const double skew = w.radius * w.radius * std::sqrt(std::fabs(w.finest(VQ_EA) / w.finest(VQ_IW)));
     for (const int slot : {VQ_WR1, VQ_WR2}) set_slot(w, slot, warped, std::isfinite(skew) ? SOLVED * skew : 0);
 
+    // Two levels of a mesh of one layer can agree because neither warps.
+    for (const int slot : {VQ_GJ, VQ_GAY, VQ_GAZ})
+        if (w.count() == 2 && std::fabs(w.level(0)[slot] - w.level(1)[slot]) <= SOLVED * std::fabs(w.finest(slot)))
+            w.bound(slot) = std::fabs(w.finest(slot));
+
     // Where the parts of an error cancel by chance, what the levels still change of the stiffnesses tells how coarse
     // the mesh is. What is 0 by symmetry stays exact.
     double coarse = 0;

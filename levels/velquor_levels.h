@@ -63,8 +63,8 @@ typedef void (*vq_place)(void* context, int32_t A, int32_t B, double t, double* 
  *   context  in    handed on to place, which alone looks at it
  *
  * With any other status than VQ_DONE all tables but STATUS and LEVELS are as the host gave them. NODEOUT, ELEMOUT and
- * SHARP have the sizes of the host's mesh. Where a plastic search would begin at 100.0 and end there at once, an unused
- * node moves its beginning. What the bounds rest on, and where they can fail: docs/levels.md.
+ * SHARP have the sizes of the host's mesh. Where a plastic search would begin at 100.0 and end there at once, with one
+ * level too, an unused node moves its beginning. What the bounds rest on, and where they can fail: docs/levels.md.
  */
 VQ_LEVELS_EXPORT void vq_levels(int32_t* STATUS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS,
                                 int32_t NELEMS, const double* PROPS, int32_t NPOINTS, VYZTUZE_INFO* POINTS,
