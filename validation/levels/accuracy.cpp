@@ -1,6 +1,7 @@
 // Errors of the values themselves, on outlines whose true course is known.
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 #include "rows.h"
 
@@ -22,6 +23,8 @@ struct Errors {
     std::vector<double> all;
     double reference_bound = 0;  // the largest, relative
     std::string worst;
+    double must = HUGE_VAL;
+    std::map<std::string, int> above;  // values of each mesh above what must be reached
 };
 
 void add(Errors& errors, const Value& v, std::vector<Value>& seen) {
@@ -29,6 +32,7 @@ void add(Errors& errors, const Value& v, std::vector<Value>& seen) {
     if (errors.all.empty() || error > *std::max_element(errors.all.begin(), errors.all.end()))
         errors.worst = v.section + ", " + name_of(v.slot);
     errors.all.push_back(error);
+    if (!(error <= errors.must)) ++errors.above[v.section];
     if (error > 0) errors.reference_bound = std::max(errors.reference_bound, v.reference_bound / v.error() * error);
     seen.push_back(v);
 }
@@ -38,9 +42,13 @@ std::string text(const Errors& errors) {
     std::vector<double> sorted = errors.all;
     std::sort(sorted.begin(), sorted.end());
     const std::string failed = errors.failed == 0 ? "" : formatted("; %zu meshes without three levels", errors.failed);
+    std::string above;
+    for (const auto& [section, count] : errors.above)
+        above += formatted("%s%d of %s", above.empty() ? "; above what must be: " : ", ", count, section.c_str());
     return formatted("largest %.1e (%s), 95 %% below %.1e, median %.1e; %zu values of %zu meshes, references to %.0e%s",
                      sorted.back(), errors.worst.c_str(), sorted[sorted.size() * 95 / 100], sorted[sorted.size() / 2],
-                     sorted.size(), errors.shapes, errors.reference_bound, failed.c_str());
+                     sorted.size(), errors.shapes, errors.reference_bound, failed.c_str()) +
+           above;
 }
 
 double largest_stress(const std::vector<double>& elemout) {  // of the unit torque
@@ -54,6 +62,7 @@ double largest_stress(const std::vector<double>& elemout) {  // of the unit torq
 
 std::vector<Row> smooth_rows(std::vector<Value>& seen) {
     Errors values, stresses;
+    values.must = 1e-3;
     for (const Shape& shape : smooth_shapes()) {
         const auto all = compare(shape, 0, 3, FINER);
         ++values.shapes, ++stresses.shapes;
@@ -69,6 +78,7 @@ std::vector<Row> smooth_rows(std::vector<Value>& seen) {
 
 Row sharp_row(std::vector<Value>& seen) {
     Errors errors;
+    errors.must = 2e-3;
     for (const Shape& shape : sharp_shapes()) {
         const auto all = compare(shape, 0, 3, FINER);
         ++errors.shapes;
