@@ -1,0 +1,95 @@
+// A cross-section as an engineer describes it. Y points to the right, Z upwards; lengths are in the section's unit of
+// length, stresses and moduli in its unit of force over the square of that.
+#pragma once
+
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace velquor {
+
+struct Point {
+    double y = 0, z = 0;
+};
+
+// An edge of an outline, from the end of the edge before it: a straight line, or the arc through a third point.
+struct Edge {
+    Point to;
+    bool arc = false;
+    Point through;  // of an arc: any of its points between the ends
+};
+
+// A closed line without crossings: the first edge begins where the last one ends. Either sense of rotation.
+struct Outline {
+    std::vector<Edge> edges;
+};
+
+// What an outline encloses, less its holes.
+struct Face {
+    Outline outer;
+    std::vector<Outline> holes;
+};
+
+struct Material {
+    std::string name;
+    double E = 0;
+    double G = 0;
+    double density = 0;                   // mass in a unit of volume
+    double tension = 0, compression = 0;  // strengths, both positive; 0: not known, no plastic values
+};
+
+// Where a part goes: mirrored at its own Z axis first, then turned counter-clockwise, then moved.
+struct Place {
+    bool mirrored = false;
+    double angle = 0;  // degrees
+    Point at;
+};
+
+// A piece of one material: a parametric shape, a rolled profile by its name, or faces as they are drawn.
+struct Part {
+    std::string name;
+    std::string material;
+    std::string shape;                         // a name of shapes.h, or empty
+    std::map<std::string, double> parameters;  // of the shape
+    std::string profile;                       // a name of profiles.json, or empty
+    std::vector<Face> faces;                   // where neither is given
+    Place place;
+    int group = 1;      // coupling group
+    double factor = 1;  // of its group; below 1 groups bend by themselves
+};
+
+struct Bar {
+    Point at;
+    double area = 0;
+    std::string material;
+    bool as_point = false;  // false: meshed as a disc, and takes part in everything
+};
+
+// How the section is to be calculated.
+struct Wishes {
+    double accuracy = 1e-3;  // relative bound that is to be reached
+    int levels = 3;
+    double size = 0;  // of the coarsest elements; 0: from the walls' thickness
+};
+
+struct Section {
+    std::string name;
+    std::string length = "mm", force = "N";
+    std::vector<Material> materials;
+    std::vector<Part> parts;  // a later part replaces what it covers of those before it
+    std::vector<Bar> bars;
+    Wishes wishes;
+};
+
+// A fault in what the user gave: where in the input, what is wrong, and what would be right.
+struct Error : std::runtime_error {
+    std::string place, fault, remedy;
+    Error(std::string where, std::string what, std::string instead)
+        : std::runtime_error(where + ": " + what + (instead.empty() ? "" : "; " + instead)),
+          place(std::move(where)),
+          fault(std::move(what)),
+          remedy(std::move(instead)) {}
+};
+
+}  // namespace velquor
