@@ -35,7 +35,7 @@ struct Material {
     std::string name;
     double E = 0;
     double G = 0;
-    double density = 0;                   // mass in a unit of volume
+    double density = 0;                   // mass in a unit of volume, in kg; 0: not known
     double tension = 0, compression = 0;  // strengths, both positive; 0: not known, no plastic values
 };
 
@@ -46,17 +46,17 @@ struct Place {
     Point at;
 };
 
-// A piece of one material: a parametric shape, a rolled profile by its name, or faces as they are drawn.
+// A piece of one material: a parametric shape, a rolled profile by its name, or a face as it is drawn.
 struct Part {
     std::string name;
     std::string material;
     std::string shape;                         // a name of shapes.h, or empty
-    std::map<std::string, double> parameters;  // of the shape
+    std::map<std::string, double> parameters;  // of the shape; those that have a default may be missing
     std::string profile;                       // a name of profiles.json, or empty
-    std::vector<Face> faces;                   // where neither is given
+    Face face;                                 // where neither is given
     Place place;
-    int group = 1;      // coupling group
-    double factor = 1;  // of its group; below 1 groups bend by themselves
+    int group = 1;      // coupling group, from 1
+    double factor = 1;  // of its group, 0 to 1; below 1 groups bend by themselves
 };
 
 struct Bar {
@@ -85,8 +85,8 @@ struct Section {
 // A fault in what the user gave: where in the input, what is wrong, and what would be right.
 struct Error : std::runtime_error {
     std::string place, fault, remedy;
-    Error(std::string where, std::string what, std::string instead)
-        : std::runtime_error(where + ": " + what + (instead.empty() ? "" : "; " + instead)),
+    Error(std::string where, std::string what, std::string instead = "")
+        : std::runtime_error(where + (where.empty() ? "" : ": ") + what + (instead.empty() ? "" : "; " + instead)),
           place(std::move(where)),
           fault(std::move(what)),
           remedy(std::move(instead)) {}

@@ -1,0 +1,94 @@
+#include "kit/section/shapes.h"
+
+#include <cmath>
+
+#include "kit/section/words.h"
+
+namespace velquor {
+
+namespace {
+
+constexpr double LARGEST = 1e9;
+
+[[noreturn]] void refuse(const Given& given, const char* name, const char* relation, const char* formula,
+                         double limit) {
+    std::string right = formula;
+    if (text_of(limit) != right) right += " = " + text_of(limit);
+    throw Error(given.place, std::string(name) + " = " + text_of(given(name)) + ": must be " + relation + " " + right);
+}
+
+const char* fault_of(Kind kind, double value) {
+    if (!std::isfinite(value) || std::abs(value) > LARGEST) return "must be a number between -1e9 and 1e9";
+    if (kind == Kind::length && value <= 0) return "must be above 0";
+    if ((kind == Kind::optional_length || kind == Kind::ratio) && value < 0) return "must not be below 0";
+    if (kind == Kind::count && (value != std::floor(value) || value < 3 || value > 1000))
+        return "must be a whole number from 3 to 1000";
+    return nullptr;
+}
+
+}  // namespace
+
+void Given::below(const char* name, const char* formula, double limit) const {
+    if (!((*this)(name) < limit)) refuse(*this, name, "below", formula, limit);
+}
+
+void Given::at_most(const char* name, const char* formula, double limit) const {
+    if (!((*this)(name) <= limit)) refuse(*this, name, "at most", formula, limit);
+}
+
+void Given::above(const char* name, const char* formula, double limit) const {
+    if (!((*this)(name) > limit)) refuse(*this, name, "above", formula, limit);
+}
+
+const std::vector<Shape>& shapes() {
+    static const std::vector<Shape> all = [] {
+        std::vector<Shape> table;
+        for (const auto& part : {massive_shapes(), rolled_shapes(), thin_shapes()})
+            table.insert(table.end(), part.begin(), part.end());
+        return table;
+    }();
+    return all;
+}
+
+const Shape& shape_of(const std::string& name, const std::string& place) {
+    std::vector<std::string> names;
+    for (const Shape& shape : shapes()) {
+        if (shape.name == name) return shape;
+        names.emplace_back(shape.name);
+    }
+    throw Error(place, "unknown shape " + in_quotes(name), did_you_mean(name, names));
+}
+
+std::vector<Face> faces_of(const Shape& shape, const std::map<std::string, double>& parameters,
+                           const std::string& place) {
+    std::vector<std::string> names;
+    std::map<std::string, double> values;
+    for (const Parameter& parameter : shape.parameters) {
+        names.emplace_back(parameter.name);
+        values[parameter.name] = parameter.standard;
+    }
+    for (const auto& [name, value] : parameters) {
+        if (!values.count(name))
+            throw Error(place, "shape \"" + std::string(shape.name) + "\" has no parameter " + in_quotes(name),
+                        did_you_mean(name, names));
+        values[name] = value;
+    }
+    for (const Parameter& parameter : shape.parameters) {
+        const auto given = parameters.find(parameter.name);
+        if (given == parameters.end()) {
+            if (parameter.required)
+                throw Error(place, std::string(parameter.name) + " is missing",
+                            "shape \"" + std::string(shape.name) + "\" needs it: " + parameter.meaning);
+        } else if (const char* wanted = fault_of(parameter.kind, given->second)) {
+            throw Error(place, std::string(parameter.name) + " = " + text_of(given->second) + ": " + wanted);
+        }
+    }
+    try {
+        return shape.faces({values, place});
+    } catch (const Error& error) {
+        if (!error.place.empty()) throw;
+        throw Error(place, error.fault, error.remedy);
+    }
+}
+
+}  // namespace velquor

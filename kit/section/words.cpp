@@ -1,0 +1,74 @@
+#include "kit/section/words.h"
+
+#include <algorithm>
+#include <charconv>
+#include <numeric>
+
+namespace velquor {
+
+namespace {
+
+constexpr std::size_t LONGEST_QUOTE = 60;
+constexpr std::size_t MOST_NAMES = 25;  // that are listed
+
+// Letters to insert, drop, replace or swap with their neighbour (restricted Damerau-Levenshtein distance).
+std::size_t edit_distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> last, row(b.size() + 1), next(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        next[0] = i;
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            next[j] = std::min({row[j] + 1, next[j - 1] + 1, row[j - 1] + (a[i - 1] != b[j - 1])});
+            if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+                next[j] = std::min(next[j], last[j - 2] + 1);
+        }
+        last = row;
+        std::swap(row, next);
+    }
+    return row[b.size()];
+}
+
+}  // namespace
+
+std::string text_of(double value) {
+    char text[40];
+    return {text, std::to_chars(text, text + sizeof text, value).ptr};
+}
+
+std::string in_quotes(std::string_view text) {
+    std::size_t end = std::min(text.size(), LONGEST_QUOTE);
+    while (end > 0 && end < text.size() && (text[end] & 0xc0) == 0x80) --end;  // between two characters of UTF-8
+    std::string shown = "\"";
+    for (const char c : text.substr(0, end)) shown += c == '\x7f' || (c >= 0 && c < ' ') ? '?' : c;
+    return shown + (end < text.size() ? "...\"" : "\"");
+}
+
+std::string plain(std::string_view name) {
+    std::string result;
+    for (const char c : name)
+        if (c >= 'A' && c <= 'Z')
+            result += static_cast<char>(c - 'A' + 'a');
+        else if (c != ' ' && c != '\t')
+            result += c;
+    return result;
+}
+
+std::string did_you_mean(std::string_view word, const std::vector<std::string>& names) {
+    const std::string wanted = plain(word.substr(0, LONGEST_QUOTE));
+    const std::string* nearest = nullptr;
+    std::size_t least = wanted.size() / 3 + 1;  // more than this many wrong letters: another word
+    for (const std::string& name : names) {
+        const std::size_t distance = edit_distance(wanted, plain(name));
+        if (distance < least || (distance == least && !nearest && distance < name.size())) {
+            least = distance;
+            nearest = &name;
+        }
+    }
+    if (nearest) return "did you mean " + in_quotes(*nearest) + "?";
+    if (names.empty() || names.size() > MOST_NAMES) return "";
+    std::string all = names.size() == 1 ? "it can only be " : "it can be one of ";
+    for (const std::string& name : names) all += (&name == &names.front() ? "" : ", ") + in_quotes(name);
+    return all;
+}
+
+}  // namespace velquor

@@ -1,0 +1,23 @@
+// Words for messages: numbers, quoted names, and the name that was meant.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velquor {
+
+// The shortest text that reads back as the same number; no locale changes it.
+std::string text_of(double value);
+
+// In double quotes; what cannot be printed is replaced, what is long is cut.
+std::string in_quotes(std::string_view text);
+
+// The name as it is compared: lower case, without blanks.
+std::string plain(std::string_view name);
+
+// "did you mean "IPE 300"?" with the nearest of the names, or the names themselves where none is near and they are few;
+// empty where neither helps.
+std::string did_you_mean(std::string_view word, const std::vector<std::string>& names);
+
+}  // namespace velquor
