@@ -1,0 +1,83 @@
+#include "kit/section/profiles.h"
+
+#include <nlohmann/json.hpp>
+#include <unordered_map>
+
+#include "kit/section/data.h"
+#include "kit/section/section.h"
+#include "kit/section/shapes.h"
+#include "kit/section/units.h"
+#include "kit/section/words.h"
+
+namespace velquor {
+
+namespace {
+
+struct Family {
+    std::string name, standard, shape, unit;
+    std::vector<std::string> columns;
+    double share = 0;  // of what the distance from a tip is to where tf is measured; 0: as the shape has it
+    bool less_web = false;
+};
+
+struct Row {
+    const Family* family;
+    std::string name;
+    std::vector<double> values;
+};
+
+struct Tables {
+    std::vector<Family> families;
+    std::vector<std::string> names;
+    std::unordered_map<std::string, Row> rows;  // by plain names
+};
+
+const Tables& tables() {
+    static const Tables all = [] {
+        Tables t;
+        const auto data = nlohmann::ordered_json::parse(data::PROFILES);
+        t.families.reserve(data.at("families").size());  // rows point into it
+        for (const auto& family : data.at("families")) {
+            t.families.push_back({family.at("name"), family.value("standard", ""), family.at("shape"),
+                                  family.at("unit"), family.at("columns")});
+            if (family.contains("tf_at")) {
+                t.families.back().share = family["tf_at"].at("share");
+                t.families.back().less_web = family["tf_at"].at("of") == "b - tw";
+            }
+            for (const auto& [name, values] : family.at("profiles").items()) {
+                t.names.push_back(name);
+                t.rows[plain(name)] = {&t.families.back(), name, values};
+            }
+        }
+        return t;
+    }();
+    return all;
+}
+
+}  // namespace
+
+const std::vector<std::string>& profile_names() { return tables().names; }
+
+Profile profile_of(const std::string& name, const std::string& length, const std::string& place) {
+    const auto found = tables().rows.find(plain(name));
+    if (found == tables().rows.end())
+        throw Error(place, "unknown profile " + in_quotes(name), did_you_mean(name, profile_names()));
+    const Row& row = found->second;
+    const Family& family = *row.family;
+    Profile profile = {row.name, family.name, family.standard, family.shape, {}};
+    for (std::size_t i = 0; i < family.columns.size(); ++i) profile.parameters[family.columns[i]] = row.values.at(i);
+    if (family.share > 0) {
+        const auto& p = profile.parameters;
+        profile.parameters["e"] = family.share * (p.at("b") - (family.less_web ? p.at("tw") : 0));
+    }
+    if (family.unit == length) return profile;
+    const double scale = size_of(lengths(), family.unit, place) / size_of(lengths(), length, place);
+    for (const Parameter& parameter : shape_of(profile.shape, place).parameters) {
+        const auto value = profile.parameters.find(parameter.name);
+        const bool has_unit = parameter.kind != Kind::ratio && parameter.kind != Kind::count;
+        if (value != profile.parameters.end() && has_unit) value->second *= scale;
+    }
+    return profile;
+}
+
+}  // namespace velquor
