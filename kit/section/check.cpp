@@ -1,0 +1,171 @@
+// What a section must satisfy beyond its form, and the faces of its parts.
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "kit/section/file.h"
+#include "kit/section/geometry.h"
+#include "kit/section/profiles.h"
+#include "kit/section/shapes.h"
+#include "kit/section/units.h"
+#include "kit/section/words.h"
+
+namespace velquor {
+
+namespace {
+
+constexpr double PI = 3.14159265358979323846;
+constexpr double SMALLEST = 1e-9;  // of an outline's extent: an edge that is shorter, a bend that is flatter
+
+std::string numbered(const char* list, std::size_t i) { return std::string(list) + "[" + std::to_string(i) + "]"; }
+
+void check_material(const Material& m, const std::string& place) {
+    const auto demand = [&](double value, const char* name, bool positive) {
+        if (!std::isfinite(value) || value < 0 || (positive && value == 0))
+            throw Error(place, std::string(name) + " = " + text_of(value) +
+                                   (positive ? ": must be above 0" : ": must not be below 0"));
+    };
+    demand(m.E, "E", true);
+    demand(m.G, "G", true);
+    demand(m.density, "density", false);
+    demand(m.tension, "tension", false);
+    demand(m.compression, "compression", false);
+    if ((m.tension > 0) != (m.compression > 0))
+        throw Error(place, "one strength of two", "give tension and compression, or neither");
+}
+
+void check_material_of(const std::string& name, const std::vector<Material>& materials, const std::string& place) {
+    std::vector<std::string> names;
+    for (const Material& m : materials) {
+        if (m.name == name) return;
+        names.push_back(m.name);
+    }
+    if (name.empty()) throw Error(place, "no material is named", did_you_mean(name, names));
+    throw Error(place + ".material", "unknown material " + in_quotes(name), did_you_mean(name, names));
+}
+
+void check_outline(const Outline& outline, const std::string& place) {
+    const auto& edges = outline.edges;
+    const bool arcs = std::any_of(edges.begin(), edges.end(), [](const Edge& e) { return e.arc; });
+    if (edges.size() < (arcs ? 2u : 3u))
+        throw Error(place, std::to_string(edges.size()) + " edges enclose nothing",
+                    "three are needed, or two with an arc");
+    double extent = 0;
+    for (const Edge& edge : edges)
+        for (const Point& p : {edge.to, edge.arc ? edge.through : edge.to}) {
+            if (!std::isfinite(p.y) || !std::isfinite(p.z)) throw Error(place, "a coordinate is not a number");
+            extent = std::max({extent, std::abs(p.y - edges[0].to.y), std::abs(p.z - edges[0].to.z)});
+        }
+    Point from = edges.back().to;
+    for (std::size_t i = 0; i < edges.size(); ++i) {
+        const Edge& edge = edges[i];
+        const std::string here = place + "[" + std::to_string(i) + "]";
+        const double length = std::hypot(edge.to.y - from.y, edge.to.z - from.z);
+        if (length <= SMALLEST * extent) {
+            const std::string last = i > 0 ? "the point before it" : "the last point: outlines close by themselves";
+            throw Error(here, "the same point as " + last, "leave one of the two out");
+        }
+        // The distance of the third point from the line between the ends.
+        const double bow =
+            ((edge.through.y - from.y) * (edge.to.z - from.z) - (edge.through.z - from.z) * (edge.to.y - from.y)) /
+            length;
+        if (edge.arc && std::abs(bow) <= SMALLEST * extent)
+            throw Error(here, "through lies on the line between the arc's ends",
+                        "give a point [y, z] for a straight edge");
+        from = edge.to;
+    }
+    if (std::abs(area_of(outline)) <= SMALLEST * extent * extent) throw Error(place, "encloses no area");
+}
+
+// Discs of two bars must not overlap; looked for among those that are near along y.
+void check_bars(const std::vector<Bar>& bars) {
+    std::vector<std::size_t> order;
+    double widest = 0;
+    const auto radius = [&](std::size_t i) { return std::sqrt(bars[i].area / PI); };
+    for (std::size_t i = 0; i < bars.size(); ++i)
+        if (!bars[i].as_point) {
+            order.push_back(i);
+            widest = std::max(widest, radius(i));
+        }
+    std::sort(order.begin(), order.end(), [&](std::size_t i, std::size_t j) { return bars[i].at.y < bars[j].at.y; });
+    for (std::size_t a = 0; a < order.size(); ++a)
+        for (std::size_t b = a + 1; b < order.size(); ++b) {
+            const Bar &one = bars[order[a]], &other = bars[order[b]];
+            if (other.at.y - one.at.y > radius(order[a]) + widest) break;
+            const double distance = std::hypot(other.at.y - one.at.y, other.at.z - one.at.z);
+            const double least = radius(order[a]) + radius(order[b]);
+            if (distance < least * (1 - SMALLEST)) {
+                const auto [first, second] = std::minmax(order[a], order[b]);
+                throw Error(numbered("bars", second), "overlaps " + numbered("bars", first),
+                            "their centres are " + text_of(distance) + " apart, and must be " + text_of(least));
+            }
+        }
+}
+
+void check_part(const Section& s, const Part& part, const std::string& place) {
+    check_material_of(part.material, s.materials, place);
+    if (part.group < 1) throw Error(place + ".group", text_of(part.group), "must be at least 1");
+    if (!(part.factor >= 0 && part.factor <= 1))
+        throw Error(place + ".factor", text_of(part.factor), "must be from 0 to 1");
+    if (part.shape.empty() && part.profile.empty()) {
+        check_outline(part.face.outer, place + ".outline");
+        for (std::size_t i = 0; i < part.face.holes.size(); ++i)
+            check_outline(part.face.holes[i], place + "." + numbered("holes", i));
+    } else {
+        faces_of(s, part, place);
+    }
+}
+
+template <class Named>
+void check_names(const std::vector<Named>& list, const char* key) {
+    std::map<std::string, std::size_t> seen;
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        if (list[i].name.empty()) continue;
+        const auto [first, fresh] = seen.emplace(list[i].name, i);
+        if (!fresh)
+            throw Error(numbered(key, i) + ".name",
+                        in_quotes(list[i].name) + " is the name of " + numbered(key, first->second),
+                        "names must differ");
+    }
+}
+
+}  // namespace
+
+void check_section(const Section& s) {
+    size_of(lengths(), s.length, "units.length");
+    size_of(forces(), s.force, "units.force");
+    if (s.parts.empty()) throw Error("parts", "a section without parts");
+    check_names(s.materials, "materials");
+    check_names(s.parts, "parts");
+    for (std::size_t i = 0; i < s.materials.size(); ++i) check_material(s.materials[i], numbered("materials", i));
+    std::map<int, std::size_t> groups;
+    for (std::size_t i = 0; i < s.parts.size(); ++i) {
+        const std::string place = numbered("parts", i);
+        check_part(s, s.parts[i], place);
+        const std::size_t first = groups.emplace(s.parts[i].group, i).first->second;
+        if (s.parts[first].factor != s.parts[i].factor)
+            throw Error(place + ".factor",
+                        text_of(s.parts[i].factor) + " differs from that of " + numbered("parts", first),
+                        "a group has one factor");
+    }
+    for (std::size_t i = 0; i < s.bars.size(); ++i) {
+        const std::string place = numbered("bars", i);
+        check_material_of(s.bars[i].material, s.materials, place);
+        if (!(s.bars[i].area > 0)) throw Error(place, "area = " + text_of(s.bars[i].area) + ": must be above 0");
+    }
+    check_bars(s.bars);
+}
+
+std::vector<Face> faces_of(const Section& section, const Part& part, const std::string& place) {
+    std::vector<Face> faces = {part.face};
+    if (!part.shape.empty()) {
+        faces = faces_of(shape_of(part.shape, place + ".shape"), part.parameters, place + ".parameters");
+    } else if (!part.profile.empty()) {
+        const Profile profile = profile_of(part.profile, section.length, place + ".profile");
+        faces = faces_of(shape_of(profile.shape, place), profile.parameters, place + ".profile");
+    }
+    for (Face& face : faces) face = placed(face, part.place);
+    return faces;
+}
+
+}  // namespace velquor

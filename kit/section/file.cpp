@@ -1,0 +1,201 @@
+#include "kit/section/file.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "kit/section/geometry.h"
+#include "kit/section/parse.h"
+#include "kit/section/words.h"
+
+namespace velquor {
+
+namespace {
+
+using nlohmann::json;
+using nlohmann::ordered_json;
+
+constexpr double PI = 3.14159265358979323846;
+constexpr double ROUNDING = 1e-9;  // by which half of a distance may exceed its radius
+
+Point point_of(const json& value) { return {value[0].get<double>(), value[1].get<double>()}; }
+
+Material material_of(const json& value, const std::string& place) {
+    Material m;
+    m.name = value.at("name");
+    m.E = value.at("E");
+    if (value.contains("nu") && value.contains("G"))
+        throw Error(place, "nu and G are both given", "one follows from the other: leave one out");
+    m.G = value.contains("G") ? value["G"].get<double>() : m.E / (2 * (1 + value.value("nu", 0.3)));
+    m.density = value.value("density", 0.0);
+    if (value.contains("strength")) {
+        const json& strength = value["strength"];
+        m.tension = strength.is_number() ? strength.get<double>() : strength.at("tension").get<double>();
+        m.compression = strength.is_number() ? m.tension : strength.at("compression").get<double>();
+    }
+    return m;
+}
+
+Outline outline_of(const json& list, const std::string& place) {
+    Outline outline;
+    const auto to = [&](std::size_t i) { return point_of(list[i].is_array() ? list[i] : list[i].at("arc")); };
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        const json& item = list[i];
+        const std::string here = place + "[" + std::to_string(i) + "]";
+        if (item.is_array()) {
+            outline.edges.push_back({to(i), false, {}});
+            continue;
+        }
+        if (item.contains("through") == item.contains("radius"))
+            throw Error(here, item.contains("radius") ? "through and radius are both given" : "an arc without its way",
+                        "give \"through\": [y, z], or \"radius\" and \"turn\"");
+        if (item.contains("through")) {
+            outline.edges.push_back({to(i), true, point_of(item["through"])});
+            continue;
+        }
+        const Point from = to(i > 0 ? i - 1 : list.size() - 1);
+        const double radius = item["radius"], half = std::hypot(to(i).y - from.y, to(i).z - from.z) / 2;
+        if (radius < half * (1 - ROUNDING) || half == 0)
+            throw Error(here, "radius = " + text_of(radius) + ": cannot reach",
+                        half > 0 ? "must be at least half of the distance = " + text_of(half)
+                                 : "an arc must end elsewhere than it begins");
+        outline.edges.push_back(arc_of(from, to(i), radius, item["turn"] == "left"));
+    }
+    return outline;
+}
+
+Part part_of(const json& value, const std::string& place) {
+    const int ways = static_cast<int>(value.contains("shape") + value.contains("profile") + value.contains("outline"));
+    if (ways != 1)
+        throw Error(place, ways == 0 ? "nothing to draw" : "drawn in several ways",
+                    "give one of \"shape\", \"profile\" and \"outline\"");
+    for (const auto& [key, owner] : {std::pair{"parameters", "shape"}, std::pair{"holes", "outline"}})
+        if (value.contains(key) && !value.contains(owner))
+            throw Error(place, in_quotes(key) + " without " + in_quotes(owner), "leave it out");
+    Part part;
+    part.name = value.value("name", "");
+    part.material = value.value("material", "");
+    part.shape = value.value("shape", "");
+    part.profile = value.value("profile", "");
+    if (value.contains("parameters")) part.parameters = value["parameters"].get<std::map<std::string, double>>();
+    if (value.contains("outline")) part.face.outer = outline_of(value["outline"], place + ".outline");
+    if (value.contains("holes"))
+        for (const json& hole : value["holes"]) {
+            const std::string here = place + ".holes[" + std::to_string(part.face.holes.size()) + "]";
+            part.face.holes.push_back(outline_of(hole, here));
+        }
+    part.place.mirrored = value.value("mirror", false);
+    part.place.angle = value.value("turn", 0.0);
+    if (value.contains("at")) part.place.at = point_of(value["at"]);
+    part.group = value.value("group", 1);
+    part.factor = value.value("factor", 1.0);
+    return part;
+}
+
+Bar bar_of(const json& value, const std::string& place) {
+    if (value.contains("diameter") == value.contains("area"))
+        throw Error(place, value.contains("area") ? "diameter and area are both given" : "a bar without a size",
+                    "give one of \"diameter\" and \"area\"");
+    const double d = value.value("diameter", 0.0);
+    return {point_of(value.at("at")), value.value("area", PI * d * d / 4), value.value("material", ""),
+            value.value("as_point", false)};
+}
+
+Section section_of(const json& value) {
+    Section s;
+    const auto each = [&](const char* key, auto take) {
+        if (!value.contains(key)) return;
+        for (std::size_t i = 0; i < value[key].size(); ++i)
+            take(value[key][i], std::string(key) + "[" + std::to_string(i) + "]");
+    };
+    s.name = value.value("name", "");
+    if (value.contains("units")) {
+        s.length = value["units"].value("length", s.length);
+        s.force = value["units"].value("force", s.force);
+    }
+    each("materials", [&](const json& v, const std::string& at) { s.materials.push_back(material_of(v, at)); });
+    each("parts", [&](const json& v, const std::string& at) { s.parts.push_back(part_of(v, at)); });
+    each("bars", [&](const json& v, const std::string& at) { s.bars.push_back(bar_of(v, at)); });
+    if (s.materials.size() == 1) {
+        const std::string& only = s.materials.front().name;
+        for (Part& part : s.parts) part.material = part.material.empty() ? only : part.material;
+        for (Bar& bar : s.bars) bar.material = bar.material.empty() ? only : bar.material;
+    }
+    if (value.contains("wishes")) {
+        const json& wishes = value["wishes"];
+        s.wishes.accuracy = wishes.value("accuracy", s.wishes.accuracy);
+        s.wishes.levels = wishes.value("levels", s.wishes.levels);
+        s.wishes.size = wishes.value("size", s.wishes.size);
+    }
+    return s;
+}
+
+ordered_json pair_of(const Point& p) { return ordered_json::array({p.y, p.z}); }
+
+ordered_json list_of(const Outline& outline) {
+    ordered_json list = ordered_json::array();
+    for (const Edge& edge : outline.edges)
+        if (edge.arc)
+            list.push_back({{"arc", pair_of(edge.to)}, {"through", pair_of(edge.through)}});
+        else
+            list.push_back(pair_of(edge.to));
+    return list;
+}
+
+ordered_json text_of(const Material& m) {
+    ordered_json text = {{"name", m.name}, {"E", m.E}, {"G", m.G}};
+    if (m.density > 0) text["density"] = m.density;
+    if (m.tension > 0) text["strength"] = {{"tension", m.tension}, {"compression", m.compression}};
+    return text;
+}
+
+ordered_json text_of(const Part& part) {
+    ordered_json text;
+    if (!part.name.empty()) text["name"] = part.name;
+    text["material"] = part.material;
+    if (!part.shape.empty()) {
+        text["shape"] = part.shape;
+        text["parameters"] = part.parameters;
+    } else if (!part.profile.empty()) {
+        text["profile"] = part.profile;
+    } else {
+        text["outline"] = list_of(part.face.outer);
+        for (const Outline& hole : part.face.holes) text["holes"].push_back(list_of(hole));
+    }
+    text["at"] = pair_of(part.place.at);
+    if (part.place.angle != 0) text["turn"] = part.place.angle;
+    if (part.place.mirrored) text["mirror"] = true;
+    text["group"] = part.group;
+    text["factor"] = part.factor;
+    return text;
+}
+
+}  // namespace
+
+Section read_section(std::string_view text) {
+    try {
+        const json value = parse_text(text);
+        check_structure(value);
+        Section section = section_of(value);
+        check_section(section);
+        return section;
+    } catch (const Error&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw Error("", std::string("the file cannot be read: ") + error.what());
+    }
+}
+
+std::string write_section(const Section& s) {
+    ordered_json text;
+    if (!s.name.empty()) text["name"] = s.name;
+    text["units"] = {{"length", s.length}, {"force", s.force}};
+    for (const Material& m : s.materials) text["materials"].push_back(text_of(m));
+    for (const Part& part : s.parts) text["parts"].push_back(text_of(part));
+    for (const Bar& bar : s.bars)
+        text["bars"].push_back(
+            {{"at", pair_of(bar.at)}, {"area", bar.area}, {"material", bar.material}, {"as_point", bar.as_point}});
+    text["wishes"] = {{"accuracy", s.wishes.accuracy}, {"levels", s.wishes.levels}, {"size", s.wishes.size}};
+    return text.dump(2) + "\n";
+}
+
+}  // namespace velquor

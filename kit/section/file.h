@@ -1,0 +1,32 @@
+// Sections as JSON text. The form is that of schema.json; lengths and forces are in the units that the text names.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "kit/section/section.h"
+
+namespace velquor {
+
+// Largest text that is read, and most numbers, texts, lists and objects in it.
+constexpr std::size_t LARGEST_TEXT = std::size_t{1} << 24;
+constexpr std::size_t MOST_VALUES = 200000;
+
+// The schema of the text, JSON Schema draft 7.
+std::string_view section_schema();
+
+// Reads and checks a section. Throws Error, and nothing else, with the place in the text as "parts[1].outline[3]", or
+// its line and column where it is no JSON.
+Section read_section(std::string_view text);
+
+// The text of a section, with every digit that its numbers need: read again it gives the same section.
+std::string write_section(const Section& section);
+
+// What the schema cannot say: that names are known and unlike, what excludes what, and that outlines enclose something.
+// Throws Error with the place as in the text.
+void check_section(const Section& section);
+
+// The faces of a part, in its place and in the section's unit of length. `place` is that of the part in the text.
+std::vector<Face> faces_of(const Section& section, const Part& part, const std::string& place);
+
+}  // namespace velquor
