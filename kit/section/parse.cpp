@@ -75,17 +75,13 @@ std::string line_and_column(std::string_view text, std::size_t byte) {
     return "line " + std::to_string(line) + ", column " + std::to_string(column);
 }
 
-// What the parser's own message says after its number, its place and its own account of what it read.
+// What the parser's own message says after its number, its place, and what it was reading.
 std::string fault_of(const json::parse_error& error) {
     std::string text = error.what();
-    for (const char* before : {"syntax error while parsing ", "parse error at line", "] "})
-        if (const std::size_t at = text.find(before); at != std::string::npos) {
-            text = text.substr(at + (before[0] == 's' ? 0 : std::string_view(before).size()));
-            break;
-        }
+    if (const std::size_t at = text.find(" - "); at != std::string::npos) text = text.substr(at + 3);
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c >= 0 && c < ' '; }, ' ');
-    return "not JSON: " + text.substr(0, 200);
+    return "not JSON: " + text;
 }
 
 }  // namespace

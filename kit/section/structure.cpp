@@ -72,12 +72,18 @@ std::string types_of(const json& schema) {
                 : name == "boolean" ? "true or false"
                                     : "a number";
     }
-    return text + (schema.contains("description") ? ": " + schema["description"].get<std::string>() : "");
+    return text;
+}
+
+std::string meaning_of(const json& schema) {
+    return schema.contains("description") ? ": " + schema["description"].get<std::string>() : "";
 }
 
 [[noreturn]] void refuse(const std::string& place, const json& value, const json* schema, const std::string& told) {
     if (!schema) throw Error(place, told);
-    if (begins(told, "Value type")) throw Error(place, shown(value) + " is given", "it must be " + types_of(*schema));
+    if (begins(told, "Value type"))
+        throw Error(place, shown(value) + " is given",
+                    "it must be " + types_of(*schema) + (place.empty() ? "" : meaning_of(*schema)));
     if (begins(told, "Missing required")) {
         for (const auto& key : schema->at("required"))
             if (!value.contains(key.get<std::string>()))
@@ -94,22 +100,23 @@ std::string types_of(const json& schema) {
         const auto names = schema->at("enum").get<std::vector<std::string>>();
         throw Error(place, shown(value) + " is unknown", did_you_mean(value.get<std::string>(), names));
     }
+    if (begins(told, "Missing dependency"))
+        for (const auto& [key, others] : schema->at("dependencies").items())
+            for (const auto& other : others)
+                if (value.contains(key) && !value.contains(other.get<std::string>()))
+                    throw Error(place, in_quotes(key) + " without " + in_quotes(other.get<std::string>()), "give both");
     const auto bound = [&](const char* key) { return schema->at(key).dump(); };
-    if (begins(told, "Expected number greater than or"))
-        throw Error(place, shown(value), "must be at least " + bound("minimum"));
-    if (begins(told, "Expected number greater"))
-        throw Error(place, shown(value), "must be above " + bound("exclusiveMinimum"));
-    if (begins(told, "Expected number less than or"))
-        throw Error(place, shown(value), "must be at most " + bound("maximum"));
-    if (begins(told, "Expected number less"))
-        throw Error(place, shown(value), "must be below " + bound("exclusiveMaximum"));
+    for (const auto& [words, key, side] : {std::array{"Expected number greater than or", "minimum", "at least "},
+                                           std::array{"Expected number greater", "exclusiveMinimum", "above "},
+                                           std::array{"Expected number less than or", "maximum", "at most "},
+                                           std::array{"Expected number less", "exclusiveMaximum", "below "}})
+        if (begins(told, words))
+            throw Error(place, shown(value) + " is given", "it must be " + std::string(side) + bound(key));
     for (const auto& [words, key, side] : {std::array{"Array should contain no fewer", "minItems", "at least "},
                                            std::array{"Array should contain no more", "maxItems", "at most "}})
         if (begins(told, words))
-            throw Error(
-                place, "a list of " + std::to_string(value.size()),
-                "it must have " + std::string(side) + bound(key) +
-                    (schema->contains("description") ? ": " + schema->at("description").get<std::string>() : ""));
+            throw Error(place, "a list of " + std::to_string(value.size()),
+                        "it must have " + std::string(side) + bound(key) + meaning_of(*schema));
     if (begins(told, "String should be no fewer")) throw Error(place, "an empty text", "a name is wanted");
     if (begins(told, "String should be no more"))
         throw Error(place, "a text of " + std::to_string(value.get_ref<const std::string&>().size()) + " letters",
