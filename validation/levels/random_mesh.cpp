@@ -4,23 +4,16 @@
 #include <array>
 #include <cmath>
 
+#include "bench/meshes.h"
+
 namespace {
 
 constexpr double PI = 3.14159265358979324;
 
-// splitmix64 (Steele, Lea, Flood 2014)
-struct Random {
-    std::uint64_t state;
-};
-std::uint64_t next(Random& random) {
-    std::uint64_t z = random.state += 0x9e3779b97f4a7c15;
-    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9;
-    z = (z ^ (z >> 27)) * 0x94d049bb133111eb;
-    return z ^ (z >> 31);
-}
-double uniform(Random& random, double low, double high) {
-    return low + (high - low) * (static_cast<double>(next(random) >> 11) * 0x1p-53);
-}
+using meshes::next;
+using meshes::Random;
+using meshes::uniform;
+
 int between(Random& random, int low, int high) {  // both may come
     return low + static_cast<int>(next(random) % static_cast<std::uint64_t>(high - low + 1));
 }
