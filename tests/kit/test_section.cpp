@@ -116,6 +116,8 @@ TEST(Shapes, ImpossibleParametersAreNamedWithTheirLimit) {
          "p: r = 30: must be below (h - 2 tf) / 2 = 20"},
         {"i", {{"h", 60}, {"b", 100}, {"tw", 5}}, "p: tf is missing; shape \"i\" needs it: thickness of the flanges"},
         {"i", {{"h", 60}, {"B", 100}}, "p: shape \"i\" has no parameter \"B\"; did you mean \"b\"?"},
+        {"i", {{"h", 100}, {"b", 80}, {"tw", 6}, {"tf", 50}, {"r", 0}}, "p: tf = 50: must be below h / 2 = 50"},
+        {"channel", {{"h", 100}, {"b", 80}, {"tw", 6}, {"tf", 50}, {"r", 0}}, "p: tf = 50: must be below h / 2 = 50"},
         {"ring", {{"d", 20}, {"t", 10}}, "p: t = 10: must be below d / 2 = 10"},
         {"circle", {{"d", -1}}, "p: d = -1: must be above 0"},
         {"circle", {{"d", NAN}}, "p: d = nan: must be a number between -1e9 and 1e9"},
