@@ -1,0 +1,205 @@
+#include "kit/mesh/divide.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "kit/section/vectors.h"
+
+namespace velquor {
+
+namespace {
+
+constexpr double LAYERS = 2;          // of elements through the thickness, at least
+constexpr double COMPACT = 5;         // elements along the side of a square of the section's area, at least
+constexpr double STRETCH = 4;         // length over width of a wall's elements, away from its ends
+constexpr double GROWTH = 0.5;        // of the size, over the distance
+constexpr double AT_SHARP = 0.15;     // size at a sharp point, over the size that it has without
+constexpr double MOST_TURN = PI / 4;  // of an arc in one element
+constexpr double MOST_NODES = 20000;  // on one curve
+
+struct Source {
+    Point at;
+    double size;
+};
+
+double size_at(const std::vector<Source>& sources, const Point& p) {
+    double size = std::numeric_limits<double>::infinity();
+    for (const Source& s : sources) size = std::min(size, s.size + GROWTH * length(p - s.at));
+    return size;
+}
+
+// Every curve as chords, for rays.
+struct Chord {
+    Point from, to;
+    int left, right;
+};
+
+std::vector<Chord> chords_of(const Plane& plane) {
+    std::vector<Chord> chords;
+    for (int k = 0; k < static_cast<int>(plane.curves.size()); ++k) {
+        const Curve& c = plane.curves[k];
+        const int n = c.sweep == 0 ? 1 : 6;
+        for (int i = 0; i < n; ++i)
+            chords.push_back({point_at(plane, k + 1, static_cast<double>(i) / n),
+                              point_at(plane, k + 1, static_cast<double>(i + 1) / n), c.left, c.right});
+    }
+    return chords;
+}
+
+// From a point of a side along its inward normal to the next curve of its owner.
+double thickness_at(const std::vector<Chord>& chords, const Point& p, const Point& normal, int owner, double least) {
+    double nearest = std::numeric_limits<double>::infinity();
+    for (const Chord& c : chords) {
+        if (c.left != owner && c.right != owner) continue;
+        const Point d = c.to - c.from;
+        const double det = cross(normal, d);
+        if (det == 0) continue;
+        const double s = cross(c.from - p, d) / det, t = cross(c.from - p, normal) / det;
+        if (t >= 0 && t <= 1 && s > least) nearest = std::min(nearest, s);
+    }
+    return nearest;
+}
+
+// Shares of the nodes along a side whose elements have these sizes, at least n of them.
+template <class Size>
+std::vector<double> shares_along(const Plane& plane, Side side, int n, Size size) {
+    const double total = length_of(plane, side);
+    std::vector<double> where = {0}, count = {0};
+    while (where.back() < total) {
+        const double s = where.back(), h = size(s / total);
+        const double step = std::min(0.3 * std::max(h, total / MOST_NODES), total - s);
+        const double middle = size((s + step / 2) / total);
+        where.push_back(total - (s + step) < 1e-9 * total ? total : s + step);
+        count.push_back(count.back() + step / std::max(middle, total / MOST_NODES));
+    }
+    n = std::max(n, static_cast<int>(std::ceil(count.back() - 0.2)));
+    std::vector<double> shares;
+    std::size_t k = 1;
+    for (int i = 1; i < n; ++i) {
+        const double wanted = count.back() * i / n;
+        while (count[k] < wanted) ++k;
+        const double part = (wanted - count[k - 1]) / (count[k] - count[k - 1]);
+        shares.push_back((where[k - 1] + part * (where[k] - where[k - 1])) / total);
+    }
+    return shares;
+}
+
+// Curves that must have the same shares, as opposite sides of walls; each with its direction in its class.
+struct Classes {
+    std::vector<Side> parent;  // of a curve, counted from 1: the side of another that corresponds to it
+
+    explicit Classes(std::size_t n) : parent(n) {
+        for (std::size_t k = 0; k < n; ++k) parent[k] = static_cast<Side>(k + 1);
+    }
+    Side root(Side s) const {
+        while (true) {
+            const Side up = s > 0 ? parent[s - 1] : -parent[-s - 1];
+            if (up == s) return s;
+            s = up;
+        }
+    }
+    void join(Side a, Side b) {
+        const Side ra = root(a), rb = root(b);
+        if (std::abs(ra) == std::abs(rb)) return;
+        parent[std::abs(rb) - 1] = rb > 0 ? ra : -ra;
+    }
+};
+
+std::vector<double> reversed(std::vector<double> shares) {
+    std::reverse(shares.begin(), shares.end());
+    for (double& t : shares) t = 1 - t;
+    return shares;
+}
+
+int turns(const Plane& plane, Side side) {
+    return std::max(1, static_cast<int>(std::ceil(std::abs(sweep_of(plane, side)) / MOST_TURN - 1e-6)));
+}
+
+double area_of(const Plane& plane) {
+    double area = 0;
+    for (const Curve& c : plane.curves) {
+        if ((c.left == OUTSIDE) == (c.right == OUTSIDE)) continue;
+        const Point a = plane.points[c.from] - plane.points[0], b = plane.points[c.to] - plane.points[0];
+        const double r = c.sweep == 0 ? 0 : length(plane.points[c.from] - c.centre);
+        const double below = cross(a, b) / 2 + r * r / 2 * (c.sweep - std::sin(c.sweep));
+        area += c.left != OUTSIDE ? below : -below;
+    }
+    return area;
+}
+
+}  // namespace
+
+std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wall>& walls,
+                                        const std::vector<bool>& sharp, double size, double fineness) {
+    const int n = static_cast<int>(plane.curves.size());
+    const double side = std::sqrt(area_of(plane));
+    double coarsest = side / COMPACT / fineness;
+    if (size > 0) coarsest = std::min(coarsest, size / fineness);
+
+    // The sides of walls are done by wall; all others by the thickness that is found behind them.
+    std::vector<bool> of_wall(2 * n, false);
+    const auto index = [](Side s) { return 2 * static_cast<std::size_t>(curve_of(s)) + (s < 0); };
+    std::vector<Source> sources;
+    std::vector<double> width(walls.size());
+    for (std::size_t w = 0; w < walls.size(); ++w) {
+        const auto& s = walls[w].sides;
+        const double thickness = std::max(length_of(plane, s[1]), length_of(plane, s[3]));
+        width[w] = thickness / std::max(std::ceil(LAYERS * fineness - 1e-9), std::ceil(thickness / coarsest - 1e-9));
+        for (const Side k : s) of_wall[index(k)] = true;
+        for (const int end : {1, 3})
+            for (const double t : {0.0, 0.5, 1.0}) sources.push_back({point_at(plane, s[end], t), width[w]});
+    }
+    const std::vector<Chord> chords = chords_of(plane);
+    for (int k = 0; k < n; ++k)
+        for (const Side s : {k + 1, -k - 1}) {
+            if (owner_of(plane, s) == OUTSIDE || of_wall[index(s)]) continue;
+            const double total = length_of(plane, s);
+            const int samples = static_cast<int>(std::clamp(20 * total / side, 3.0, 40.0));
+            for (int i = 0; i < samples; ++i) {
+                const double t = (i + 0.5) / samples;
+                const Point p = point_at(plane, s, t), inwards = left_of(direction_at(plane, s, t));
+                const double deep = thickness_at(chords, p, inwards, owner_of(plane, s), 1e-6 * side);
+                sources.push_back({p, std::min(deep / LAYERS / fineness, coarsest)});
+            }
+        }
+    const std::vector<Source> smooth = sources;
+    for (std::size_t p = 0; p < sharp.size(); ++p)
+        if (sharp[p]) sources.push_back({plane.points[p], AT_SHARP * size_at(smooth, plane.points[p])});
+
+    Classes classes(n);
+    for (const Wall& w : walls) {
+        classes.join(w.sides[0], -w.sides[2]);
+        classes.join(w.sides[1], -w.sides[3]);
+    }
+    std::vector<std::vector<double>> shares(n);
+    const auto offer = [&](Side s, const std::vector<double>& offered) {
+        const Side root = classes.root(s);
+        auto& kept = shares[curve_of(root)];
+        if (offered.size() > kept.size()) kept = root > 0 ? offered : reversed(offered);
+    };
+    for (std::size_t w = 0; w < walls.size(); ++w) {
+        const auto& s = walls[w].sides;
+        const int layers = static_cast<int>(std::max(length_of(plane, s[1]), length_of(plane, s[3])) / width[w] + 0.5);
+        std::vector<double> across;
+        for (int i = 1; i < layers; ++i) across.push_back(static_cast<double>(i) / layers);
+        offer(s[1], across);
+        const double longest = std::min(STRETCH * width[w], coarsest);
+        for (const Side along : {s[0], s[2]})
+            offer(along, shares_along(plane, along, turns(plane, along), [&](double t) {
+                      return std::min(longest, size_at(sources, point_at(plane, along, t)));
+                  }));
+    }
+    for (int k = 0; k < n; ++k)
+        if (!of_wall[2 * k] && !of_wall[2 * k + 1])
+            shares[k] = shares_along(plane, k + 1, turns(plane, k + 1), [&](double t) {
+                return std::min(coarsest, size_at(sources, point_at(plane, k + 1, t)));
+            });
+    for (int k = 0; k < n; ++k) {
+        const Side root = classes.root(k + 1);
+        if (curve_of(root) != k) shares[k] = root > 0 ? shares[curve_of(root)] : reversed(shares[curve_of(root)]);
+    }
+    return shares;
+}
+
+}  // namespace velquor

@@ -1,0 +1,290 @@
+// From parts and bars to the plane: who covers whom, and where they touch.
+#include <gmsh.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+
+#include "kit/mesh/gmsh_session.h"
+#include "kit/mesh/plane.h"
+#include "kit/section/file.h"
+#include "kit/section/geometry.h"
+#include "kit/section/vectors.h"
+
+namespace velquor {
+
+namespace {
+
+constexpr double QUARTER = PI / 2 * (1 + 1e-9);  // the largest piece of an arc
+constexpr double SAME = 1e-9;                    // of the section's extent: points that are one
+constexpr double EXTENT = 1000;                  // to which the section is scaled for the Boolean operations
+
+struct Owned {
+    Face face;
+    int owner;
+};
+
+struct Box {
+    double y0 = std::numeric_limits<double>::infinity(), y1 = -y0, z0 = y0, z1 = -y0;
+    void take(const Point& p) {
+        y0 = std::min(y0, p.y), y1 = std::max(y1, p.y);
+        z0 = std::min(z0, p.z), z1 = std::max(z1, p.z);
+    }
+    double extent() const { return std::max(y1 - y0, z1 - z0); }
+};
+
+// A closed line in pieces of less than half a circle: corner, and the arc that leads to the next corner.
+struct Piece {
+    Point at;
+    double sweep;
+    Point centre;
+};
+
+std::vector<Piece> pieces_of(const Outline& outline) {
+    std::vector<Piece> pieces;
+    Point from = outline.edges.back().to;
+    for (const Edge& edge : outline.edges) {
+        if (edge.arc) {
+            const Point c = circle_of(from, edge).centre;
+            const double sweep = sweep_of(from, edge);
+            const int n = std::max(1, static_cast<int>(std::ceil(std::abs(sweep) / QUARTER)));
+            for (int i = 0; i < n; ++i) {
+                const Point at = i > 0 ? c + turned(from - c, sweep * i / n) : from;
+                pieces.push_back({at, sweep / n, c});
+            }
+        } else {
+            pieces.push_back({from, 0, {}});
+        }
+        from = edge.to;
+    }
+    return pieces;
+}
+
+Box box_of(const Face& face) {
+    Box box;
+    Point from = face.outer.edges.back().to;
+    for (const Edge& edge : face.outer.edges) {
+        if (edge.arc) {
+            const Circle c = circle_of(from, edge);
+            box.take({c.centre.y - c.radius, c.centre.z - c.radius});
+            box.take({c.centre.y + c.radius, c.centre.z + c.radius});
+        }
+        box.take(edge.to);
+        from = edge.to;
+    }
+    return box;
+}
+
+std::vector<Owned> faces_of(const Section& section) {
+    std::vector<Owned> faces;
+    for (std::size_t i = 0; i < section.parts.size(); ++i)
+        for (Face& face : faces_of(section, section.parts[i], "parts[" + std::to_string(i) + "]"))
+            faces.push_back({std::move(face), static_cast<int>(i)});
+    for (std::size_t i = 0; i < section.bars.size(); ++i)
+        if (!section.bars[i].as_point)
+            faces.push_back({{circle_at(section.bars[i].at, std::sqrt(section.bars[i].area / PI)), {}},
+                             static_cast<int>(section.parts.size() + i)});
+    return faces;
+}
+
+void draw(Plane& plane, const Outline& outline, int owner, bool hole) {
+    const std::vector<Piece> pieces = pieces_of(outline);
+    const int n = static_cast<int>(pieces.size()), first = static_cast<int>(plane.points.size());
+    const bool owner_left = (area_of(outline) > 0) != hole;
+    for (int i = 0; i < n; ++i) {
+        plane.points.push_back(pieces[i].at);
+        plane.curves.push_back({first + i, first + (i + 1) % n, pieces[i].sweep, pieces[i].centre,
+                                owner_left ? owner : OUTSIDE, owner_left ? OUTSIDE : owner});
+    }
+}
+
+// Faces that do not come near each other: their outlines as they are.
+bool drawn_apart(Plane& plane, const std::vector<Owned>& faces, double same) {
+    std::vector<Box> boxes;
+    for (const Owned& f : faces) boxes.push_back(box_of(f.face));
+    if (faces.size() > 100) return false;
+    for (std::size_t i = 0; i < boxes.size(); ++i)
+        for (std::size_t j = 0; j < i; ++j) {
+            const Box &a = boxes[i], &b = boxes[j];
+            if (a.y0 <= b.y1 + same && b.y0 <= a.y1 + same && a.z0 <= b.z1 + same && b.z0 <= a.z1 + same) return false;
+        }
+    for (const Owned& f : faces) {
+        draw(plane, f.face.outer, f.owner, false);
+        for (const Outline& hole : f.face.holes) draw(plane, hole, f.owner, true);
+    }
+    return true;
+}
+
+// Coordinates for the Boolean operations and back. Points and circles that were drawn come back as they were drawn.
+struct Scale {
+    Point middle;
+    double factor, same;
+    std::multimap<double, Point> points, centres;  // by y
+
+    Point to(const Point& p) const { return factor * (p - middle); }
+    Point back(double y, double z, const std::multimap<double, Point>& drawn) const {
+        const Point p = middle + 1 / factor * Point{y, z};
+        for (auto k = drawn.lower_bound(p.y - same); k != drawn.end() && k->first <= p.y + same; ++k)
+            if (length(k->second - p) <= same) return k->second;
+        return p;
+    }
+};
+
+int loop_in(const Outline& outline, Scale& scale) {
+    std::vector<int> points, curves;
+    const std::vector<Piece> pieces = pieces_of(outline);
+    for (const Piece& piece : pieces) {
+        const Point p = scale.to(piece.at);
+        points.push_back(gmsh::model::occ::addPoint(p.y, p.z, 0));
+        scale.points.emplace(piece.at.y, piece.at);
+    }
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        const int from = points[i], to = points[(i + 1) % points.size()];
+        if (pieces[i].sweep == 0) {
+            curves.push_back(gmsh::model::occ::addLine(from, to));
+            continue;
+        }
+        const Point c = scale.to(pieces[i].centre);
+        scale.centres.emplace(pieces[i].centre.y, pieces[i].centre);
+        const int centre = gmsh::model::occ::addPoint(c.y, c.z, 0);
+        curves.push_back(gmsh::model::occ::addCircleArc(from, centre, to));
+    }
+    return gmsh::model::occ::addCurveLoop(curves);
+}
+
+Plane read_back(const std::map<int, int>& owners, const Scale& scale) {
+    Plane plane;
+    std::map<int, int> points, curves;  // by Gmsh's numbers
+    const auto point = [&](int tag) {
+        const auto [at, fresh] = points.emplace(tag, static_cast<int>(plane.points.size()));
+        if (fresh) {
+            std::vector<double> xyz;
+            gmsh::model::getValue(0, tag, {}, xyz);
+            plane.points.push_back(scale.back(xyz[0], xyz[1], scale.points));
+        }
+        return at->second;
+    };
+    const auto curve = [&](int tag) {
+        const auto [at, fresh] = curves.emplace(tag, static_cast<int>(plane.curves.size()));
+        if (!fresh) return at->second;
+        gmsh::vectorpair ends;
+        gmsh::model::getBoundary({{1, tag}}, ends, false, false);
+        if (ends.size() != 2) throw Error("", "the outlines of the parts could not be joined");
+        Curve c;
+        c.from = point(ends[0].second), c.to = point(ends[1].second);
+        std::string type;
+        gmsh::model::getType(1, tag, type);
+        if (type == "Circle") {
+            std::vector<double> low, high, xyz;
+            gmsh::model::getParametrizationBounds(1, tag, low, high);
+            gmsh::model::getValue(1, tag, {(low[0] + high[0]) / 2}, xyz);
+            const Point from = plane.points[c.from], to = plane.points[c.to];
+            const Edge edge = {to, true, scale.middle + 1 / scale.factor * Point{xyz[0], xyz[1]}};
+            const Point found = circle_of(from, edge).centre;
+            const Point scaled = scale.to(found);
+            c.centre = scale.back(scaled.y, scaled.z, scale.centres);
+            c.sweep = std::atan2(cross(from - c.centre, to - c.centre), dot(from - c.centre, to - c.centre));
+        } else if (type != "Line") {
+            throw Error("", "the outlines of the parts could not be joined");
+        }
+        plane.curves.push_back(c);
+        return at->second;
+    };
+    for (const auto& [surface, owner] : owners) {
+        gmsh::vectorpair boundary;
+        gmsh::model::getBoundary({{2, surface}}, boundary, false, true);
+        for (const auto& [dim, tag] : boundary) {
+            Curve& c = plane.curves[curve(std::abs(tag))];
+            (tag > 0 ? c.left : c.right) = owner;
+        }
+    }
+    return plane;
+}
+
+// Faces that touch or overlap: Boolean operations, then the pieces by their last owner.
+Plane joined(const std::vector<Owned>& faces, const Box& box) {
+    const MeshSession session;
+    Scale scale = {{(box.y0 + box.y1) / 2, (box.z0 + box.z1) / 2}, EXTENT / box.extent(), SAME * box.extent(), {}, {}};
+    gmsh::vectorpair surfaces, pieces;
+    for (const Owned& f : faces) {
+        std::vector<int> loops = {loop_in(f.face.outer, scale)};
+        for (const Outline& hole : f.face.holes) loops.push_back(loop_in(hole, scale));
+        surfaces.push_back({2, gmsh::model::occ::addPlaneSurface(loops)});
+    }
+    std::vector<gmsh::vectorpair> of_input;
+    gmsh::model::occ::fragment({surfaces.front()}, {surfaces.begin() + 1, surfaces.end()}, pieces, of_input);
+    gmsh::model::occ::synchronize();
+    std::map<int, int> owners;
+    for (std::size_t i = 0; i < faces.size(); ++i)
+        for (const auto& [dim, tag] : of_input[i])
+            if (dim == 2) owners[tag] = faces[i].owner;
+    return read_back(owners, scale);
+}
+
+// Removes curves with the same owner on both sides, then points between two pieces of one line or circle.
+void tidy(Plane& plane, double same) {
+    auto& curves = plane.curves;
+    curves.erase(std::remove_if(curves.begin(), curves.end(), [](const Curve& c) { return c.left == c.right; }),
+                 curves.end());
+    std::vector<std::vector<Side>> out(plane.points.size());  // sides that begin at a point
+    for (std::size_t k = 0; k < curves.size(); ++k) {
+        const Side s = static_cast<Side>(k + 1);
+        out[curves[k].from].push_back(s);
+        out[curves[k].to].push_back(-s);
+    }
+    std::vector<bool> gone(curves.size(), false);
+    for (std::size_t p = 0; p < out.size(); ++p) {
+        if (out[p].size() != 2) continue;
+        const Side in = -out[p][0], on = out[p][1];
+        Curve &a = curves[curve_of(in)], &b = curves[curve_of(on)];
+        if (curve_of(in) == curve_of(on) || end_of(plane, on) == begin_of(plane, in)) continue;
+        const double turn = std::abs(cross(direction_at(plane, in, 1), direction_at(plane, on, 0)));
+        const bool arcs = a.sweep != 0 && b.sweep != 0, lines = a.sweep == 0 && b.sweep == 0;
+        const double sweep = sweep_of(plane, in) + sweep_of(plane, on);
+        if (turn > 1e-7 || dot(direction_at(plane, in, 1), direction_at(plane, on, 0)) < 0) continue;
+        if (!lines && !(arcs && length(a.centre - b.centre) <= same && std::abs(sweep) <= QUARTER)) continue;
+        // The first takes both, in its own direction.
+        const int end = end_of(plane, on);
+        (in > 0 ? a.to : a.from) = end;
+        a.sweep = in > 0 ? sweep : -sweep;
+        gone[curve_of(on)] = true;
+        for (Side& s : out[end])
+            if (s == -on) s = -in;
+    }
+    std::size_t kept = 0;
+    for (std::size_t k = 0; k < curves.size(); ++k)
+        if (!gone[k]) curves[kept++] = curves[k];
+    curves.resize(kept);
+}
+
+}  // namespace
+
+Plane plane_of(const Section& section) {
+    const std::vector<Owned> faces = faces_of(section);
+    Box box;
+    for (const Owned& f : faces) {
+        const Box b = box_of(f.face);
+        box.take({b.y0, b.z0}), box.take({b.y1, b.z1});
+    }
+    Plane plane;
+    const double same = SAME * box.extent();
+    if (!drawn_apart(plane, faces, same)) plane = joined(faces, box);
+    tidy(plane, same);
+    plane.owners = static_cast<int>(section.parts.size() + section.bars.size());
+
+    std::vector<bool> seen(plane.owners, false);
+    for (const Curve& c : plane.curves)
+        for (const int owner : {c.left, c.right})
+            if (owner != OUTSIDE) seen[owner] = true;
+    for (const Owned& f : faces)
+        if (!seen[f.owner]) {
+            const int parts = static_cast<int>(section.parts.size());
+            throw Error(f.owner < parts ? "parts[" + std::to_string(f.owner) + "]"
+                                        : "bars[" + std::to_string(f.owner - parts) + "]",
+                        "later ones cover it whole", "leave it out, or put it behind them");
+        }
+    return plane;
+}
+
+}  // namespace velquor
