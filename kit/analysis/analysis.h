@@ -1,6 +1,7 @@
 // The section through the library: from its mesh to the 58 slots, each with a bound, warping and stresses.
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "kit/analysis/slots.h"
@@ -9,7 +10,7 @@
 
 namespace velquor {
 
-// Results in the section's own units and frame; the mass goes by kg.
+// Results in the section's own units and frame; masses in kg.
 struct Analysis {
     Mesh mesh;                        // the coarse mesh, to whose nodes and elements the fields belong
     Slots value{}, bound{};           // as RESULT and BOUNDS of vq_levels
@@ -19,19 +20,23 @@ struct Analysis {
     std::vector<std::int32_t> sharp;  // (nodes)   1 where shear stresses have no limit
     int levels = 0;                   // that went well
     bool plastic = false;             // plastic slots are filled
-    bool strengths = false;  // with strengths of the materials; else with 1 everywhere, and moments mean nothing
-    double reached = 0;      // largest bound, relative to its value's natural size
-    bool met = false;        // it is within the wished accuracy
+    bool strengths = false;           // with the strengths of the materials; else with 1: PLMOM means nothing
+    double reached = 0;               // the largest bound, relative to its value's natural size; without WT
+    int worst = 0;                    // the slot that has it
+    bool met = false;                 // it is within the wished accuracy
 };
 
-struct Limits {
-    std::int64_t nodes = 400000;  // of the finest level
-};
-
-// Throws Error where the section cannot be meshed or is refused, Unsolved where there is no solution.
 struct Unsolved : Error {
     using Error::Error;
 };
-Analysis analyse(const Section& section, const Limits& limits = {});
+
+// Calculates a checked section. Where the wished accuracy is not met by the wished number of levels, takes further
+// levels as long as the finest has at most this number of nodes. Throws Error where the section cannot be meshed or is
+// refused, Unsolved where there is no solution.
+constexpr std::int64_t MOST_NODES = 300000;
+Analysis analyse(const Section& section, std::int64_t most_nodes = MOST_NODES);
+
+// The same on a mesh that stands, with this number of levels alone.
+Analysis analyse(const Section& section, const Mesh& mesh, int levels);
 
 }  // namespace velquor

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "kit/section/vectors.h"
 
@@ -10,9 +11,11 @@ namespace velquor {
 
 namespace {
 
-constexpr double LAYERS = 2;          // of elements through the thickness, at least
-constexpr double COMPACT = 5;         // elements along the side of a square of the section's area, at least
-constexpr double STRETCH = 4;         // length over width of a wall's elements, away from its ends
+constexpr double LAYERS = 2;   // of elements through the thickness, at least
+constexpr double COMPACT = 5;  // elements along the side of a square of the section's area, at least
+// Length over width of a wall's elements, away from its ends. Oblongs make the torsional stiffness of the library wrong
+// by the square of their length over that of the wall's thickness: little where the wall is one of a closed cell.
+constexpr double STRETCH = 1, STRETCH_OF_CELL = 4;
 constexpr double GROWTH = 0.5;        // of the size, over the distance
 constexpr double AT_SHARP = 0.15;     // size at a sharp point, over the size that it has without
 constexpr double MOST_TURN = PI / 4;  // of an arc in one element
@@ -29,35 +32,34 @@ double size_at(const std::vector<Source>& sources, const Point& p) {
     return size;
 }
 
-// Every curve as chords, for rays.
-struct Chord {
-    Point from, to;
-    int left, right;
-};
-
-std::vector<Chord> chords_of(const Plane& plane) {
-    std::vector<Chord> chords;
-    for (int k = 0; k < static_cast<int>(plane.curves.size()); ++k) {
-        const Curve& c = plane.curves[k];
-        const int n = c.sweep == 0 ? 1 : 6;
-        for (int i = 0; i < n; ++i)
-            chords.push_back({point_at(plane, k + 1, static_cast<double>(i) / n),
-                              point_at(plane, k + 1, static_cast<double>(i + 1) / n), c.left, c.right});
+// Where a ray from p along the unit vector d meets a curve first, further away than `least`.
+double distance_to(const Plane& plane, int curve, const Point& p, const Point& d, double least) {
+    const Curve& c = plane.curves[curve];
+    const Point from = plane.points[c.from], to = plane.points[c.to];
+    double nearest = std::numeric_limits<double>::infinity();
+    if (c.sweep == 0) {
+        const double det = cross(d, to - from);
+        const double s = cross(from - p, to - from) / det, t = cross(from - p, d) / det;
+        if (det != 0 && t >= 0 && t <= 1 && s > least) nearest = s;
+        return nearest;
     }
-    return chords;
+    const Point m = p - c.centre, r = from - c.centre;
+    const double half = dot(m, d), root = std::sqrt(half * half - dot(m, m) + dot(r, r));
+    for (const double s : {-half - root, -half + root}) {  // not numbers where the ray passes by
+        const Point q = m + s * d;
+        double angle = std::atan2(cross(r, q), dot(r, q));
+        if (angle * c.sweep < 0 && std::abs(angle) > PI / 2) angle += c.sweep > 0 ? 2 * PI : -2 * PI;
+        if (s > least && angle / c.sweep >= 0 && angle / c.sweep <= 1) nearest = std::min(nearest, s);
+    }
+    return nearest;
 }
 
 // From a point of a side along its inward normal to the next curve of its owner.
-double thickness_at(const std::vector<Chord>& chords, const Point& p, const Point& normal, int owner, double least) {
+double thickness_at(const Plane& plane, const Point& p, const Point& inwards, int owner, double least) {
     double nearest = std::numeric_limits<double>::infinity();
-    for (const Chord& c : chords) {
-        if (c.left != owner && c.right != owner) continue;
-        const Point d = c.to - c.from;
-        const double det = cross(normal, d);
-        if (det == 0) continue;
-        const double s = cross(c.from - p, d) / det, t = cross(c.from - p, normal) / det;
-        if (t >= 0 && t <= 1 && s > least) nearest = std::min(nearest, s);
-    }
+    for (int k = 0; k < static_cast<int>(plane.curves.size()); ++k)
+        if (plane.curves[k].left == owner || plane.curves[k].right == owner)
+            nearest = std::min(nearest, distance_to(plane, k, p, inwards, least));
     return nearest;
 }
 
@@ -116,6 +118,20 @@ int turns(const Plane& plane, Side side) {
     return std::max(1, static_cast<int>(std::ceil(std::abs(sweep_of(plane, side)) / MOST_TURN - 1e-6)));
 }
 
+// Of every point on the outline the number of its closed line, so that the two sides of a cell's wall differ.
+std::vector<int> outlines_of(const Plane& plane) {
+    std::vector<int> line(plane.points.size());
+    std::iota(line.begin(), line.end(), 0);
+    const auto root = [&](int p) {
+        while (line[p] != p) p = line[p] = line[line[p]];
+        return p;
+    };
+    for (const Curve& c : plane.curves)
+        if (c.left == OUTSIDE || c.right == OUTSIDE) line[root(c.from)] = root(c.to);
+    for (std::size_t p = 0; p < line.size(); ++p) line[p] = root(static_cast<int>(p));
+    return line;
+}
+
 double area_of(const Plane& plane) {
     double area = 0;
     for (const Curve& c : plane.curves) {
@@ -150,7 +166,6 @@ std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wa
         for (const int end : {1, 3})
             for (const double t : {0.0, 0.5, 1.0}) sources.push_back({point_at(plane, s[end], t), width[w]});
     }
-    const std::vector<Chord> chords = chords_of(plane);
     for (int k = 0; k < n; ++k)
         for (const Side s : {k + 1, -k - 1}) {
             if (owner_of(plane, s) == OUTSIDE || of_wall[index(s)]) continue;
@@ -159,7 +174,7 @@ std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wa
             for (int i = 0; i < samples; ++i) {
                 const double t = (i + 0.5) / samples;
                 const Point p = point_at(plane, s, t), inwards = left_of(direction_at(plane, s, t));
-                const double deep = thickness_at(chords, p, inwards, owner_of(plane, s), 1e-6 * side);
+                const double deep = thickness_at(plane, p, inwards, owner_of(plane, s), 1e-6 * side);
                 sources.push_back({p, std::min(deep / LAYERS / fineness, coarsest)});
             }
         }
@@ -178,13 +193,17 @@ std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wa
         auto& kept = shares[curve_of(root)];
         if (offered.size() > kept.size()) kept = root > 0 ? offered : reversed(offered);
     };
+    const std::vector<int> lines = outlines_of(plane);
     for (std::size_t w = 0; w < walls.size(); ++w) {
         const auto& s = walls[w].sides;
         const int layers = static_cast<int>(std::max(length_of(plane, s[1]), length_of(plane, s[3])) / width[w] + 0.5);
         std::vector<double> across;
         for (int i = 1; i < layers; ++i) across.push_back(static_cast<double>(i) / layers);
         offer(s[1], across);
-        const double longest = std::min(STRETCH * width[w], coarsest);
+        const auto is_outline = [&](Side k) { return owner_of(plane, -k) == OUTSIDE; };
+        const bool of_cell =
+            is_outline(s[0]) && is_outline(s[2]) && lines[begin_of(plane, s[0])] != lines[begin_of(plane, s[2])];
+        const double longest = std::min((of_cell ? STRETCH_OF_CELL : STRETCH) * width[w], coarsest);
         for (const Side along : {s[0], s[2]})
             offer(along, shares_along(plane, along, turns(plane, along), [&](double t) {
                       return std::min(longest, size_at(sources, point_at(plane, along, t)));

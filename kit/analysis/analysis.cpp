@@ -1,0 +1,103 @@
+#include "kit/analysis/analysis.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "kit/analysis/tables.h"
+#include "kit/section/vectors.h"
+
+namespace velquor {
+
+namespace {
+
+constexpr double NO_WARPING = 1e-8;  // of the natural size of IW
+
+// The true courses of a call's edges.
+struct Course {
+    const Mesh* mesh;
+    const Tables* tables;
+};
+
+// A vq_place: new nodes of edges that stand for arcs go onto these.
+void place_on_arc(void* context, std::int32_t A, std::int32_t B, double t, double* YZ) {
+    const auto& [mesh, tables] = *static_cast<const Course*>(context);
+    const auto [a, b] = std::minmax(A, B);
+    const auto bow = std::lower_bound(mesh->bows.begin(), mesh->bows.end(), std::make_pair(a, b),
+                                      [](const Mesh::Bow& of, const std::pair<std::int32_t, std::int32_t>& key) {
+                                          return of.a != key.first ? of.a < key.first : of.b < key.second;
+                                      });
+    if (bow == mesh->bows.end() || bow->a != a || bow->b != b) return;
+    const Point c = bow->centre, from = mesh->nodes[A - 1] - c, to = mesh->nodes[B - 1] - c;
+    const double sweep = std::atan2(cross(from, to), dot(from, to));
+    const Point p = c + turned(from, t * sweep) - tables->origin;
+    YZ[0] = p.y * tables->scale;
+    YZ[1] = p.z * tables->scale;
+}
+
+// Slots along principal axes. These may lie anywhere where both second moments are equal.
+bool is_principal(int slot) {
+    return slot == VQ_SCU || slot == VQ_SCV || slot == VQ_ALPHA || (slot >= VQ_GAU && slot <= VQ_GAUV) ||
+           slot == VQ_RV || slot == VQ_RU || (slot >= VQ_PLAXIS_U && slot <= VQ_COUP2);
+}
+
+// Where nothing warps, as in a circle, WR1 and WR2 are one rounding error over another.
+void without_warping(Analysis& a) {
+    const double size = natural_sizes(a.value)[VQ_IW];
+    if (a.value[VQ_IW] > NO_WARPING * size && a.value[VQ_IWS] > NO_WARPING * size) return;
+    for (const int k : {VQ_WR1, VQ_WR2}) a.value[k] = a.bound[k] = 0;
+}
+
+void measure(Analysis& a, double wished) {
+    const Slots sizes = natural_sizes(a.value);
+    const bool any_axes = a.bound[VQ_ALPHA] > 0.5;
+    for (int k = 0; k < VQ_NSLOTS; ++k) {
+        if ((any_axes && is_principal(k)) || k == VQ_WT || !std::isfinite(a.bound[k]) || sizes[k] == 0) continue;
+        const double relative = a.bound[k] / sizes[k];
+        if (relative > a.reached) a.reached = relative, a.worst = k;
+    }
+    a.met = a.reached <= wished;
+}
+
+}  // namespace
+
+Analysis analyse(const Section& section, const Mesh& mesh, int levels) {
+    Tables t = tables_of(section, mesh);
+    Analysis a;
+    a.mesh = mesh;
+    a.warping.resize(3 * static_cast<std::size_t>(t.nodes));
+    a.stress.resize(48 * static_cast<std::size_t>(t.elements));
+    a.sharp.resize(t.nodes);
+    a.value[VQ_MODE_SLOT] = t.mode;
+    std::int32_t status = t.groups, done = levels;
+    Course course = {&mesh, &t};
+    vq_levels(&status, t.NODES.data(), t.nodes, t.ELEMENTS.data(), t.elements, t.PROPS.data(),
+              static_cast<std::int32_t>(t.bars.size()), t.bars.data(), a.value.data(), a.warping.data(),
+              a.stress.data(), &done, a.bound.data(), a.sharp.data(), place_on_arc, &course);
+    if (status == VQ_OUT_OF_MEMORY) throw std::bad_alloc();
+    if (status == VQ_NOT_SOLVED) throw Unsolved("", "the equations of the section could not be solved");
+    if (status != VQ_DONE) throw Error("", "the library refused the mesh");
+    bring_back(t, a.value, a.bound);
+    a.bars = t.bars;
+    a.levels = done;
+    a.plastic = t.mode != VQ_ELASTIC;
+    a.strengths = t.strengths;
+    without_warping(a);
+    measure(a, section.wishes.accuracy);
+    return a;
+}
+
+Analysis analyse(const Section& section, std::int64_t most_nodes) {
+    const Mesh mesh = mesh_of(section);
+    int levels = section.wishes.levels;
+    Analysis a = analyse(section, mesh, levels);
+    while (!a.met && a.levels == levels && levels < VQ_MAXLEVELS) {
+        // The finest has some four times the nodes of the one before.
+        const std::int64_t nodes = static_cast<std::int64_t>(mesh.nodes.size()) << (2 * levels);
+        if (nodes > most_nodes) break;
+        a = analyse(section, mesh, ++levels);
+    }
+    return a;
+}
+
+}  // namespace velquor

@@ -1,0 +1,170 @@
+#include "kit/analysis/tables.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <set>
+
+#include "kit/section/vectors.h"
+
+namespace velquor {
+
+namespace {
+
+constexpr int EXTENT = 10;   // lengths are scaled so that the section is 512 to 1024 across
+constexpr int MODULUS = 18;  // moduli so that the reference is 131072 to 262144
+
+double power_of_two_towards(double value, int exponent) {
+    int e = 0;
+    std::frexp(value, &e);
+    return std::ldexp(1.0, exponent - e);
+}
+
+const Material& material_named(const Section& s, const std::string& name) {
+    for (const Material& m : s.materials)
+        if (m.name == name) return m;
+    throw Error("", "no material has the name " + name);
+}
+
+bool in_triangle(const Point& a, const Point& b, const Point& c, const Point& p) {
+    return cross(b - a, p - a) >= 0 && cross(c - b, p - b) >= 0 && cross(a - c, p - c) >= 0;
+}
+
+// The first element that holds a point, numbered from 1; 0: none.
+std::int32_t element_at(const Mesh& mesh, const Point& p) {
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e) {
+        const auto& corners = mesh.elements[e];
+        const auto at = [&](int k) { return mesh.nodes[corners[k] - 1]; };
+        if (in_triangle(at(0), at(1), at(2), p) || (corners[2] != corners[3] && in_triangle(at(0), at(2), at(3), p)))
+            return static_cast<std::int32_t>(e + 1);
+    }
+    return 0;
+}
+
+}  // namespace
+
+Tables tables_of(const Section& section, const Mesh& mesh) {
+    Tables t;
+    const std::size_t parts = section.parts.size();
+    const bool coupled =
+        std::any_of(section.parts.begin(), section.parts.end(), [](const Part& p) { return p.factor < 1; });
+    Point low = mesh.nodes.front(), high = low;
+    for (const Point& p : mesh.nodes) {
+        low = {std::min(low.y, p.y), std::min(low.z, p.z)};
+        high = {std::max(high.y, p.y), std::max(high.z, p.z)};
+    }
+    if (!coupled) t.origin = 0.5 * (low + high);
+    t.scale = power_of_two_towards(std::max(high.y - low.y, high.z - low.z), EXTENT);
+    const Material& reference = material_named(section, section.parts.front().material);
+    t.modulus = power_of_two_towards(reference.E, MODULUS);
+
+    std::vector<Point> nodes = mesh.nodes;
+    for (std::size_t i = 0; i < section.bars.size(); ++i) {
+        const Bar& bar = section.bars[i];
+        if (!bar.as_point) continue;
+        const Material& m = material_named(section, bar.material);
+        VYZTUZE_INFO info{};
+        info.ELEMENT = element_at(mesh, bar.at);
+        if (info.ELEMENT == 0) throw Error("bars[" + std::to_string(i) + "]", "lies outside of all parts");
+        nodes.push_back(bar.at);
+        info.NODE = static_cast<std::int32_t>(nodes.size());
+        info.AREA = bar.area * t.scale * t.scale;
+        info.EMODUL = m.E * t.modulus;
+        if (info.EMODUL <= 2)
+            throw Error("bars[" + std::to_string(i) + "]", "its modulus is too small to count beside E");
+        info.BARWEIGHT = m.density / (t.scale * t.scale * t.scale);
+        t.bars.push_back(info);
+    }
+    t.nodes = static_cast<std::int32_t>(nodes.size());
+    t.elements = static_cast<std::int32_t>(mesh.elements.size());
+    t.NODES.resize(2 * nodes.size());
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        t.NODES[i] = (nodes[i].y - t.origin.y) * t.scale;
+        t.NODES[nodes.size() + i] = (nodes[i].z - t.origin.z) * t.scale;
+    }
+
+    // Of each owner: its material, and a disc goes with the group of the first part that it touches.
+    std::set<std::string> used;
+    for (const std::int32_t owner : mesh.owners)
+        used.insert(owner < static_cast<int>(parts) ? section.parts[owner].material
+                                                    : section.bars[owner - parts].material);
+    t.strengths = std::all_of(used.begin(), used.end(),
+                              [&](const std::string& name) { return material_named(section, name).tension > 0; });
+    const bool plastic = t.strengths || used.size() == 1;
+    t.mode = plastic ? VQ_PLASTIC : VQ_ELASTIC;
+    std::map<std::int32_t, std::int32_t> part_at;  // node: a part that has it
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e)
+        if (mesh.owners[e] < static_cast<int>(parts))
+            for (const std::int32_t node : mesh.elements[e]) part_at.emplace(node, mesh.owners[e]);
+
+    const std::size_t n = mesh.elements.size();
+    t.ELEMENTS.resize(4 * n);
+    t.PROPS.assign(VQ_NCOLUMNS * n, 0);
+    for (std::size_t e = 0; e < n; ++e) {
+        const std::int32_t owner = mesh.owners[e];
+        const bool is_part = owner < static_cast<int>(parts);
+        int part = owner;
+        for (int k = 0; k < 4; ++k) {
+            t.ELEMENTS[k * n + e] = mesh.elements[e][k];
+            if (is_part) continue;
+            const auto found = part_at.find(mesh.elements[e][k]);
+            if (found != part_at.end()) part = found->second;
+        }
+        const Part& group = section.parts[part < static_cast<int>(parts) ? part : 0];
+        const Material& m = material_named(section, is_part ? group.material : section.bars[owner - parts].material);
+        const auto set = [&](int column, double value) { t.PROPS[(column - 1) * n + e] = value; };
+        set(VQ_EMOD, m.E * t.modulus);
+        set(VQ_GMOD, m.G * t.modulus);
+        set(VQ_COUPLING, group.factor);
+        set(VQ_GROUP, group.group);
+        set(VQ_MATFLAG, &m == &reference ? 1.0 : 0.75);  // EREF is that of the first 1.0; all count in plastic sums
+        set(VQ_FNEG, t.strengths ? m.compression * t.modulus : plastic);
+        set(VQ_FPOS, t.strengths ? m.tension * t.modulus : plastic);
+        set(VQ_UNITWEIGHT, m.density / (t.scale * t.scale * t.scale));
+        t.groups = std::max(t.groups, group.group);
+    }
+    return t;
+}
+
+void bring_back(const Tables& t, Slots& value, Slots& bound) {
+    const double force = t.modulus * t.scale * t.scale;
+    for (int k = 0; k < VQ_NSLOTS; ++k) {
+        const Dimension d = slots()[k].dimension;
+        const double factor = std::pow(t.scale, -d.length) * std::pow(force, -d.force);
+        value[k] *= factor;
+        bound[k] *= factor;
+    }
+    const Point to = t.origin;
+    for (const int k : {VQ_YC, VQ_SCY}) value[k] += to.y;
+    for (const int k : {VQ_ZC, VQ_SCZ}) value[k] += to.z;
+    if (t.mode != VQ_ELASTIC) {
+        for (const int k : {VQ_PLAXIS_Y, VQ_PLAXIS_Y_NEG}) value[k] += to.y;
+        for (const int k : {VQ_PLAXIS_Z, VQ_PLAXIS_Z_NEG}) value[k] += to.z;
+    }
+    const double c = std::cos(value[VQ_ALPHA]), s = std::sin(value[VQ_ALPHA]);
+    value[VQ_SCU] += c * to.y + s * to.z;
+    value[VQ_SCV] += c * to.z - s * to.y;
+    value[VQ_COUP1] += c * to.y - s * to.z;
+    value[VQ_COUP2] += c * to.z + s * to.y;
+}
+
+Slots natural_sizes(const Slots& r) {
+    Slots sizes;
+    for (int k = 0; k < VQ_NSLOTS; ++k) sizes[k] = std::abs(r[k]);
+    const double moments = r[VQ_IYY] + r[VQ_IZZ], radius = std::sqrt(moments / r[VQ_EA]);
+    const double shear = r[VQ_GAY] + r[VQ_GAZ];
+    for (const int k :
+         {VQ_YC,       VQ_ZC,       VQ_SCY,          VQ_SCZ,          VQ_SCU,      VQ_SCV,          VQ_RZ,
+          VQ_RY,       VQ_RV,       VQ_RU,           VQ_PLAXIS_Y,     VQ_PLAXIS_Z, VQ_PLAXIS_Y_NEG, VQ_PLAXIS_Z_NEG,
+          VQ_PLAXIS_U, VQ_PLAXIS_V, VQ_PLAXIS_U_NEG, VQ_PLAXIS_V_NEG, VQ_COUP1,    VQ_COUP2})
+        sizes[k] = std::max(sizes[k], radius);
+    for (const int k : {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}) sizes[k] = moments;
+    for (const int k : {VQ_GAY, VQ_GAZ, VQ_GAU, VQ_GAV, VQ_GAUV}) sizes[k] = shear;
+    sizes[VQ_IW] = sizes[VQ_IWS] = moments * radius * radius;
+    sizes[VQ_ALPHA] = 1;
+    sizes[VQ_WR1] = std::max(sizes[VQ_WR1], moments / std::sqrt(r[VQ_EA] * r[VQ_IW]));
+    sizes[VQ_WR2] = std::max(sizes[VQ_WR2], moments / std::sqrt(r[VQ_EA] * r[VQ_IWS]));
+    return sizes;
+}
+
+}  // namespace velquor

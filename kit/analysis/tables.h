@@ -1,0 +1,38 @@
+// A section and its mesh as the tables of a call, and a call's slots back in the section's units and frame.
+#pragma once
+
+#include <vector>
+
+#include "kit/analysis/slots.h"
+#include "kit/mesh/mesh.h"
+#include "velquor_levels.h"
+
+namespace velquor {
+
+// Lengths and moduli are scaled by powers of two, so that limits of the library that have a unit are met by no section
+// of any unit, and every digit stays. The middle of the section is the origin of the tables, unless groups bend by
+// themselves: then the origin of the section has a meaning.
+struct Tables {
+    std::int32_t groups = 1, nodes = 0, elements = 0;
+    std::vector<double> NODES;           // (nodes, 2), those of bars that are points last
+    std::vector<std::int32_t> ELEMENTS;  // (elements, 4)
+    std::vector<double> PROPS;           // (elements, VQ_NCOLUMNS)
+    std::vector<VYZTUZE_INFO> bars;
+    double mode = VQ_ELASTIC;
+    bool strengths = false;  // those of the materials; else 1 in one material, nothing in several
+    double scale = 1;        // of lengths
+    double modulus = 1;      // of moduli and stresses
+    Point origin;            // in the section's frame
+};
+
+// Throws Error where a bar that is a point lies outside of all elements.
+Tables tables_of(const Section& section, const Mesh& mesh);
+
+// Slots of a call, in place.
+void bring_back(const Tables& tables, Slots& value, Slots& bound);
+
+// Natural sizes of the slots, by which a value of 0 is measured: lengths in radii of gyration, moments and couplings in
+// the sums of their kind.
+Slots natural_sizes(const Slots& value);
+
+}  // namespace velquor
