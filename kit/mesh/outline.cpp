@@ -34,7 +34,8 @@ struct Box {
     double extent() const { return std::max(y1 - y0, z1 - z0); }
 };
 
-// A closed line in pieces of less than half a circle: corner, and the arc that leads to the next corner.
+// A closed line in pieces of less than half a circle, counter-clockwise: corner, and the arc that leads to the next
+// one.
 struct Piece {
     Point at;
     double sweep;
@@ -58,7 +59,11 @@ std::vector<Piece> pieces_of(const Outline& outline) {
         }
         from = edge.to;
     }
-    return pieces;
+    if (area_of(outline) > 0) return pieces;
+    std::vector<Piece> turned_round;
+    for (std::size_t i = pieces.size(); i-- > 0;)
+        turned_round.push_back({pieces[(i + 1) % pieces.size()].at, -pieces[i].sweep, pieces[i].centre});
+    return turned_round;
 }
 
 Box box_of(const Face& face) {
@@ -91,11 +96,10 @@ std::vector<Owned> faces_of(const Section& section) {
 void draw(Plane& plane, const Outline& outline, int owner, bool hole) {
     const std::vector<Piece> pieces = pieces_of(outline);
     const int n = static_cast<int>(pieces.size()), first = static_cast<int>(plane.points.size());
-    const bool owner_left = (area_of(outline) > 0) != hole;
     for (int i = 0; i < n; ++i) {
         plane.points.push_back(pieces[i].at);
         plane.curves.push_back({first + i, first + (i + 1) % n, pieces[i].sweep, pieces[i].centre,
-                                owner_left ? owner : OUTSIDE, owner_left ? OUTSIDE : owner});
+                                hole ? OUTSIDE : owner, hole ? owner : OUTSIDE});
     }
 }
 
@@ -153,6 +157,28 @@ int loop_in(const Outline& outline, Scale& scale) {
     return gmsh::model::occ::addCurveLoop(curves);
 }
 
+// Gives a face to its owner: on which side of each of its curves it lies, an odd number of them tells on any ray.
+void set_owner(Plane& plane, const std::vector<int>& curves, int owner) {
+    constexpr int CHORDS = 33;  // of an arc, an odd number: one has the middle
+    std::vector<std::pair<Point, Point>> chords;
+    for (const int k : curves) {
+        const int n = plane.curves[k].sweep == 0 ? 1 : CHORDS;
+        for (int i = 0; i < n; ++i)
+            chords.push_back({point_at(plane, k + 1, static_cast<double>(i) / n),
+                              point_at(plane, k + 1, static_cast<double>(i + 1) / n)});
+    }
+    for (const int k : curves) {
+        const double half = plane.curves[k].sweep == 0 ? 0.5 : 0.5 / CHORDS;
+        const Point a = point_at(plane, k + 1, 0.5 - half), b = point_at(plane, k + 1, 0.5 + half);
+        const Point p = 0.5 * (a + b) + 1e-3 * left_of(b - a);
+        bool inside = false;
+        for (const auto& [from, to] : chords)
+            if ((from.z > p.z) != (to.z > p.z) && p.y < from.y + (p.z - from.z) / (to.z - from.z) * (to.y - from.y))
+                inside = !inside;
+        (inside ? plane.curves[k].left : plane.curves[k].right) = owner;
+    }
+}
+
 Plane read_back(const std::map<int, int>& owners, const Scale& scale) {
     Plane plane;
     std::map<int, int> points, curves;  // by Gmsh's numbers
@@ -194,10 +220,9 @@ Plane read_back(const std::map<int, int>& owners, const Scale& scale) {
     for (const auto& [surface, owner] : owners) {
         gmsh::vectorpair boundary;
         gmsh::model::getBoundary({{2, surface}}, boundary, false, true);
-        for (const auto& [dim, tag] : boundary) {
-            Curve& c = plane.curves[curve(std::abs(tag))];
-            (tag > 0 ? c.left : c.right) = owner;
-        }
+        std::vector<int> of_surface;
+        for (const auto& [dim, tag] : boundary) of_surface.push_back(curve(std::abs(tag)));
+        set_owner(plane, of_surface, owner);
     }
     return plane;
 }

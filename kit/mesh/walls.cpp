@@ -16,6 +16,7 @@ constexpr double TAPER = 0.2;              // sine of the largest angle between 
 constexpr double SHORTEST = 0.8;           // length over thickness
 constexpr double CUT_BACK = 1.0;           // from a sharp point, over thickness
 constexpr double NEAR = 0.3;               // over thickness: ends that count as opposite to each other
+constexpr double SNAP = 0.1;               // over thickness: a cut this near to a point goes through it
 constexpr double SMOOTH = PI + 0.3;        // angle of a corner up to which it is not sharp
 
 // Two sides that run beside each other, seen along the wall: stations are lengths, growing along the first side.
@@ -262,7 +263,7 @@ std::vector<Wall> cut_walls(Plane& plane, const std::vector<bool>& sharp) {
             for (const auto& mine : f.quads)
                 for (const auto& other : found[k].quads) free = free && !overlap(mine, other);
         if (!free) continue;
-        const double near = NEAR * p.thickness;
+        const double near = SNAP * p.thickness;
         f.cuts = {lo.tip ? cuts.point(begin_of(plane, p.a)) : cuts.at(p.a, share_on_a(p, lo.station), near),
                   hi.tip ? cuts.point(end_of(plane, p.a)) : cuts.at(p.a, share_on_a(p, hi.station), near),
                   hi.tip ? cuts.point(begin_of(plane, p.b)) : cuts.at(p.b, share_on_b(p, hi.station), near),
