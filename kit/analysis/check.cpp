@@ -1,0 +1,118 @@
+#include "kit/analysis/check.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "kit/analysis/tables.h"
+#include "kit/section/file.h"
+#include "kit/section/words.h"
+
+namespace velquor {
+
+namespace {
+
+std::string at(const char* list, std::size_t i) { return std::string(list) + "[" + std::to_string(i) + "]"; }
+
+std::string place_of_owner(const Section& s, std::int32_t owner) {
+    const std::size_t i = static_cast<std::size_t>(owner);
+    return i < s.parts.size() ? at("parts", i) : at("bars", i - s.parts.size());
+}
+
+// What the user may not have meant, though nothing in the tables shows it.
+void look_at_materials(const Section& s, std::vector<Finding>& findings) {
+    std::set<std::string> used;
+    for (const Part& part : s.parts) used.insert(part.material);
+    for (const Bar& bar : s.bars) used.insert(bar.material);
+    const auto strong = [&](const Material& m) { return m.tension > 0; };
+    const bool any = std::any_of(s.materials.begin(), s.materials.end(),
+                                 [&](const Material& m) { return used.count(m.name) > 0 && strong(m); });
+    for (std::size_t i = 0; i < s.materials.size(); ++i) {
+        const Material& m = s.materials[i];
+        if (used.count(m.name) == 0) {
+            findings.push_back({false, at("materials", i), in_quotes(m.name) + " is used by nothing", "leave it out"});
+        } else if (any && !strong(m)) {
+            findings.push_back({false, at("materials", i), in_quotes(m.name) + " has no strength, others have",
+                                "give it one, or there are no plastic values"});
+        }
+    }
+}
+
+// Parts that a list of nodes or elements of the tables belongs to.
+struct Owners {
+    const Section& section;
+    const Mesh& mesh;
+    std::map<std::int32_t, std::int32_t> of_node{};
+
+    std::string of_element(std::int32_t e) const { return place_of_owner(section, mesh.owners[e - 1]); }
+    std::string node(std::int32_t n) {
+        if (of_node.empty())
+            for (std::size_t e = 0; e < mesh.elements.size(); ++e)
+                for (const std::int32_t corner : mesh.elements[e]) of_node.emplace(corner, mesh.owners[e]);
+        const auto found = of_node.find(n);
+        return found != of_node.end() ? place_of_owner(section, found->second) : "";
+    }
+};
+
+std::string text_of_point(const Point& p) { return "(" + text_of(p.y) + ", " + text_of(p.z) + ")"; }
+
+void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& findings) {
+    const Tables t = tables_of(s, mesh);
+    const auto list = [&](vq_finding* into, std::int32_t capacity) {
+        return vq_check(t.groups, t.NODES.data(), t.nodes, t.ELEMENTS.data(), t.elements, t.PROPS.data(),
+                        static_cast<std::int32_t>(t.bars.size()), t.bars.data(), t.mode, capacity, into);
+    };
+    std::vector<vq_finding> found(std::max(0, list(nullptr, 0)));
+    list(found.data(), static_cast<std::int32_t>(found.size()));
+    Owners owners = {s, mesh};
+    std::set<std::string> said;  // a part once for each reason
+    for (const vq_finding& f : found) {
+        Finding finding = {f.SEVERITY == VQ_ERROR, "", vq_reason(f.REASON), ""};
+        if (f.TABLE == VQ_IN_NODES && f.ROW > 0) {
+            const Point p = mesh.nodes[std::min<std::size_t>(f.ROW - 1, mesh.nodes.size() - 1)];
+            finding.place = owners.node(f.ROW);
+            if (f.REASON == VQ_LOOSE_PIECE) {
+                finding.message = "touches none of the parts before it";
+                finding.remedy = "let them touch, or torsion and shear have no meaning";
+            } else if (f.REASON == VQ_HINGE) {
+                finding.message = "hangs in a single point, " + text_of_point(p);
+                finding.remedy = "a point holds nothing: let parts touch along a line";
+            }
+        } else if (f.TABLE == VQ_IN_ELEMENTS || f.TABLE == VQ_IN_PROPS) {
+            // Oblongs are cured by the levels; what concerns all strengths was told of the materials.
+            if (f.REASON == VQ_OBLONG || f.REASON == VQ_STRENGTH_MISSING || f.REASON == VQ_STRENGTH_MIXED) continue;
+            if (f.ROW > 0) finding.place = owners.of_element(f.ROW);
+            if (f.REASON == VQ_COUPLING_ZERO) {
+                finding.place += ".factor";
+                finding.message = "is 0: this group bends by itself";
+                finding.remedy = "1 for parts that act together";
+            } else if (finding.is_error) {
+                finding.message = "its mesh " + finding.message;
+                finding.remedy = "look for edges that come very near to each other, or give a size";
+            }
+        } else if (f.TABLE == VQ_IN_POINTS && f.ROW > 0) {
+            std::vector<std::size_t> points;
+            for (std::size_t i = 0; i < s.bars.size(); ++i)
+                if (s.bars[i].as_point) points.push_back(i);
+            finding.place = at("bars", points[f.ROW - 1]);
+        }
+        if (said.insert(finding.place + finding.message).second) findings.push_back(finding);
+        if (finding.is_error) return;
+    }
+}
+
+}  // namespace
+
+std::vector<Finding> check(const Section& section) {
+    std::vector<Finding> findings;
+    try {
+        check_section(section);
+        look_at_materials(section, findings);
+        look_at_tables(section, mesh_of(section), findings);
+    } catch (const Error& error) {
+        findings.push_back({true, error.place, error.fault, error.remedy});
+    }
+    return findings;
+}
+
+}  // namespace velquor

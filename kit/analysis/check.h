@@ -1,0 +1,20 @@
+// What is wrong with a section, or seldom meant, told of its parts, outlines, materials and bars.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kit/section/section.h"
+
+namespace velquor {
+
+struct Finding {
+    bool is_error = false;  // it cannot be calculated; else it can, but look
+    std::string place, message, remedy;
+};
+
+// Looks at a section as it was read: checks and meshes it, and looks at the tables of the call. Ends at the first
+// error, which is then the last of the findings.
+std::vector<Finding> check(const Section& section);
+
+}  // namespace velquor
