@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "kit/analysis/check.h"
 #include "kit/analysis/tables.h"
 #include "kit/section/vectors.h"
 
@@ -76,7 +77,11 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels) {
               a.stress.data(), &done, a.bound.data(), a.sharp.data(), place_on_arc, &course);
     if (status == VQ_OUT_OF_MEMORY) throw std::bad_alloc();
     if (status == VQ_NOT_SOLVED) throw Unsolved("", "the equations of the section could not be solved");
-    if (status != VQ_DONE) throw Error("", "the library refused the mesh");
+    if (status != VQ_DONE) {
+        for (const Finding& f : check(section, mesh))
+            if (f.is_error) throw Error(f.place, f.message, f.remedy);
+        throw Error("", "the library refused the mesh");
+    }
     bring_back(t, a.value, a.bound);
     a.bars = t.bars;
     a.levels = done;

@@ -103,12 +103,18 @@ void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
 
 }  // namespace
 
+std::vector<Finding> check(const Section& section, const Mesh& mesh) {
+    std::vector<Finding> findings;
+    look_at_materials(section, findings);
+    look_at_tables(section, mesh, findings);
+    return findings;
+}
+
 std::vector<Finding> check(const Section& section) {
     std::vector<Finding> findings;
     try {
         check_section(section);
-        look_at_materials(section, findings);
-        look_at_tables(section, mesh_of(section), findings);
+        findings = check(section, mesh_of(section));
     } catch (const Error& error) {
         findings.push_back({true, error.place, error.fault, error.remedy});
     }

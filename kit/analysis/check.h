@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "kit/section/section.h"
+#include "kit/mesh/mesh.h"
 
 namespace velquor {
 
@@ -16,5 +16,8 @@ struct Finding {
 // Looks at a section as it was read: checks and meshes it, and looks at the tables of the call. Ends at the first
 // error, which is then the last of the findings.
 std::vector<Finding> check(const Section& section);
+
+// The same of a section on a mesh that stands.
+std::vector<Finding> check(const Section& section, const Mesh& mesh);
 
 }  // namespace velquor

@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "kit/section/vectors.h"
+#include "kit/section/words.h"
 
 namespace velquor {
 
@@ -19,7 +20,10 @@ constexpr double STRETCH = 1, STRETCH_OF_CELL = 4;
 constexpr double GROWTH = 0.5;        // of the size, over the distance
 constexpr double AT_SHARP = 0.15;     // size at a sharp point, over the size that it has without
 constexpr double MOST_TURN = PI / 4;  // of an arc in one element
-constexpr double MOST_NODES = 20000;  // on one curve
+constexpr int MANY = 500;             // curves, from which the thickness at the middle of short ones is enough
+constexpr int MOST_CURVES = 4000;     // that can be meshed in seconds
+constexpr double THINNEST = 5e-7;     // over the length of all curves: thinner pieces are beyond the mesher
+constexpr double MOST_ALONG = 4000;   // elements along all curves, up to which sizes may go down
 
 struct Source {
     Point at;
@@ -70,10 +74,10 @@ std::vector<double> shares_along(const Plane& plane, Side side, int n, Size size
     std::vector<double> where = {0}, count = {0};
     while (where.back() < total) {
         const double s = where.back(), h = size(s / total);
-        const double step = std::min(0.3 * std::max(h, total / MOST_NODES), total - s);
+        const double step = std::min(0.3 * h, total - s);
         const double middle = size((s + step / 2) / total);
         where.push_back(total - (s + step) < 1e-9 * total ? total : s + step);
-        count.push_back(count.back() + step / std::max(middle, total / MOST_NODES));
+        count.push_back(count.back() + step / middle);
     }
     n = std::max(n, static_cast<int>(std::ceil(count.back() - 0.2)));
     std::vector<double> shares;
@@ -153,6 +157,14 @@ std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wa
     double coarsest = side / COMPACT / fineness;
     if (size > 0) coarsest = std::min(coarsest, size / fineness);
 
+    if (n > MOST_CURVES)
+        throw Failed{std::max(plane.curves.back().left, plane.curves.back().right),
+                     "all outlines have " + std::to_string(n) + " edges, and at most " + std::to_string(MOST_CURVES) +
+                         " can be meshed"};
+    double perimeter = 0;
+    for (int k = 0; k < n; ++k) perimeter += length_of(plane, k + 1);
+    const double finest = perimeter / MOST_ALONG / fineness;
+
     // The sides of walls are done by wall; all others by the thickness that is found behind them.
     std::vector<bool> of_wall(2 * n, false);
     const auto index = [](Side s) { return 2 * static_cast<std::size_t>(curve_of(s)) + (s < 0); };
@@ -164,23 +176,28 @@ std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wa
         width[w] = thickness / std::max(std::ceil(LAYERS * fineness - 1e-9), std::ceil(thickness / coarsest - 1e-9));
         for (const Side k : s) of_wall[index(k)] = true;
         for (const int end : {1, 3})
-            for (const double t : {0.0, 0.5, 1.0}) sources.push_back({point_at(plane, s[end], t), width[w]});
+            for (const double t : {0.0, 0.5, 1.0})
+                sources.push_back({point_at(plane, s[end], t), std::max(finest, width[w])});
     }
     for (int k = 0; k < n; ++k)
         for (const Side s : {k + 1, -k - 1}) {
             if (owner_of(plane, s) == OUTSIDE || of_wall[index(s)]) continue;
             const double total = length_of(plane, s);
-            const int samples = static_cast<int>(std::clamp(20 * total / side, 3.0, 40.0));
+            const int samples = static_cast<int>(std::clamp(20 * total / side, n > MANY ? 1.0 : 3.0, 40.0));
             for (int i = 0; i < samples; ++i) {
                 const double t = (i + 0.5) / samples;
                 const Point p = point_at(plane, s, t), inwards = left_of(direction_at(plane, s, t));
                 const double deep = thickness_at(plane, p, inwards, owner_of(plane, s), 1e-6 * side);
-                sources.push_back({p, std::min(deep / LAYERS / fineness, coarsest)});
+                if (deep < THINNEST * perimeter)
+                    throw Failed{owner_of(plane, s), "is thinner than 5e-7 of the length of all its lines at (" +
+                                                         text_of(p.y) + ", " + text_of(p.z) + ")"};
+                sources.push_back({p, std::clamp(deep / LAYERS / fineness, finest, coarsest)});
             }
         }
     const std::vector<Source> smooth = sources;
     for (std::size_t p = 0; p < sharp.size(); ++p)
-        if (sharp[p]) sources.push_back({plane.points[p], AT_SHARP * size_at(smooth, plane.points[p])});
+        if (sharp[p])
+            sources.push_back({plane.points[p], std::max(finest, AT_SHARP * size_at(smooth, plane.points[p]))});
 
     Classes classes(n);
     for (const Wall& w : walls) {
@@ -203,7 +220,7 @@ std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wa
         const auto is_outline = [&](Side k) { return owner_of(plane, -k) == OUTSIDE; };
         const bool of_cell =
             is_outline(s[0]) && is_outline(s[2]) && lines[begin_of(plane, s[0])] != lines[begin_of(plane, s[2])];
-        const double longest = std::min((of_cell ? STRETCH_OF_CELL : STRETCH) * width[w], coarsest);
+        const double longest = std::clamp((of_cell ? STRETCH_OF_CELL : STRETCH) * width[w], finest, coarsest);
         for (const Side along : {s[0], s[2]})
             offer(along, shares_along(plane, along, turns(plane, along), [&](double t) {
                       return std::min(longest, size_at(sources, point_at(plane, along, t)));

@@ -3,6 +3,7 @@
 #include <gmsh.h>
 
 #include <cmath>
+#include <limits>
 #include <map>
 #include <set>
 #include <utility>
@@ -14,8 +15,37 @@ namespace velquor {
 
 namespace {
 
-constexpr double SMALLEST_SINE = 0.09;  // of an angle; the library refuses quadrilaterals from 0.08 on
+constexpr double SMALLEST_SINE = 1e-7;  // of an angle, below which a triangle is none
+constexpr double GROWTH = 0.5;          // of the size, over the distance
 constexpr int FRONTAL = 6;              // by the Delaunay criterion
+
+// The middle of every edge and its length.
+struct Sized {
+    Point at;
+    double size;
+};
+
+std::vector<Sized> edges_of(const std::vector<Point>& nodes, const std::vector<Hollow>& polygons) {
+    std::vector<Sized> edges;
+    for (const Hollow& polygon : polygons)
+        for (const auto& loop : polygon.loops)
+            for (std::size_t i = 0; i < loop.size(); ++i) {
+                const Point &a = nodes[loop[i]], &b = nodes[loop[(i + 1) % loop.size()]];
+                edges.push_back({0.5 * (a + b), length(b - a)});
+            }
+    return edges;
+}
+
+// Sizes grow inwards from all edges.
+double size_at(const std::vector<Sized>& edges, const Point& p) {
+    double size = std::numeric_limits<double>::infinity();
+    for (const Sized& e : edges) {
+        const Point to = p - e.at;
+        const double room = (size - e.size) / GROWTH;
+        if (room > 0 && dot(to, to) < room * room) size = e.size + GROWTH * std::sqrt(dot(to, to));
+    }
+    return size;
+}
 
 bool well_shaped(const Point& a, const Point& b, const Point& c) {
     const double twice = cross(b - a, c - a), ab = length(b - a), bc = length(c - b), ca = length(a - c);
@@ -31,7 +61,10 @@ Filling fill(std::vector<Point>& nodes, const std::vector<Hollow>& polygons) {
     namespace geo = gmsh::model::geo;
     gmsh::option::setNumber("Mesh.Algorithm", FRONTAL);
     gmsh::option::setNumber("Mesh.RecombineAll", 0);
-    gmsh::option::setNumber("Mesh.MeshSizeExtendFromBoundary", 1);
+    gmsh::option::setNumber("Mesh.MeshSizeExtendFromBoundary", 0);
+    gmsh::model::mesh::setSizeCallback([&, edges = edges_of(nodes, polygons)](int, int, double y, double z, double) {
+        return size_at(edges, {y, z});
+    });
 
     std::set<int> points;
     std::map<std::pair<int, int>, int> lines;
@@ -59,8 +92,10 @@ Filling fill(std::vector<Point>& nodes, const std::vector<Hollow>& polygons) {
     geo::synchronize();
     try {
         gmsh::model::mesh::generate(2);
+        gmsh::model::mesh::removeSizeCallback();
     } catch (...) {
-        throw Failed{polygons.front().owner};
+        gmsh::model::mesh::removeSizeCallback();
+        throw Failed{polygons.front().owner, {}};
     }
 
     std::map<std::pair<double, double>, int> drawn;  // Gmsh keeps the coordinates of points as they are
@@ -79,11 +114,11 @@ Filling fill(std::vector<Point>& nodes, const std::vector<Hollow>& polygons) {
         std::vector<int> types;
         std::vector<std::vector<std::size_t>> elements, corners;
         gmsh::model::mesh::getElements(types, elements, corners, 2, surfaces[s]);
-        if (types.size() != 1 || corners[0].empty()) throw Failed{polygons[s].owner};
+        if (types.size() != 1 || corners[0].empty()) throw Failed{polygons[s].owner, {}};
         for (std::size_t i = 0; i + 2 < corners[0].size(); i += 3) {
             std::array<int, 3> t = {number[corners[0][i]], number[corners[0][i + 1]], number[corners[0][i + 2]]};
             if (cross(nodes[t[1]] - nodes[t[0]], nodes[t[2]] - nodes[t[0]]) < 0) std::swap(t[1], t[2]);
-            if (!well_shaped(nodes[t[0]], nodes[t[1]], nodes[t[2]])) throw Failed{polygons[s].owner};
+            if (!well_shaped(nodes[t[0]], nodes[t[1]], nodes[t[2]])) throw Failed{polygons[s].owner, {}};
             filling.triangles.push_back(t);
             filling.owners.push_back(polygons[s].owner);
         }

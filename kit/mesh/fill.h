@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "kit/section/section.h"
+#include "kit/mesh/plane.h"
 
 namespace velquor {
 
@@ -22,9 +22,6 @@ struct Filling {
 
 // Adds nodes inside of the polygons and none on them; sizes go by their edges. Throws Failed where the mesher gives up,
 // or gives triangles that are too flat.
-struct Failed {
-    int owner;
-};
 Filling fill(std::vector<Point>& nodes, const std::vector<Hollow>& polygons);
 
 }  // namespace velquor

@@ -154,7 +154,7 @@ std::vector<Hollow> hollows_of(const Plane& plane, const std::vector<Wall>& wall
                 const Point p = 0.5 * (nodes[hole.nodes[0]] + nodes[hole.nodes[1]]);
                 if (encloses(nodes, loop.nodes, p)) around = &loop;
             }
-        if (around == nullptr) throw Failed{hole.owner};
+        if (around == nullptr) throw Failed{hole.owner, {}};
         hollows[around->hollow].loops.push_back(hole.nodes);
     }
     return hollows;
@@ -186,7 +186,7 @@ Mesh mesh_of(const Section& section, double fineness) {
     for (int attempt = 1;; ++attempt, fineness *= 2) try {
             return meshed(section, plane, walls, all_sharp, fineness);
         } catch (const Failed& failed) {
-            if (attempt < ATTEMPTS) continue;
+            if (attempt < ATTEMPTS && failed.why.empty()) continue;
             const int parts = static_cast<int>(section.parts.size());
             throw Error(failed.owner < parts ? "parts[" + std::to_string(failed.owner) + "]"
                                              : "bars[" + std::to_string(failed.owner - parts) + "]",

@@ -1,6 +1,7 @@
 // The section's plane: points, the curves between them, and who lies to the left and right of each.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "kit/section/section.h"
@@ -21,6 +22,12 @@ struct Plane {
     std::vector<Point> points;
     std::vector<Curve> curves;
     int owners = 0;
+};
+
+// Why there is no mesh: of whom, and what is wrong where it is known. A finer one may do where it is not.
+struct Failed {
+    int owner;
+    std::string why;
 };
 
 // A curve in one of its directions: k + 1 along it, -(k + 1) against it. What lies to the left belongs to this side.

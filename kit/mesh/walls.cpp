@@ -17,7 +17,8 @@ constexpr double SHORTEST = 0.8;           // length over thickness
 constexpr double CUT_BACK = 1.0;           // from a sharp point, over thickness
 constexpr double NEAR = 0.3;               // over thickness: ends that count as opposite to each other
 constexpr double SNAP = 0.1;               // over thickness: a cut this near to a point goes through it
-constexpr double SMOOTH = PI + 0.3;        // angle of a corner up to which it is not sharp
+constexpr double STEP = 0.7;         // cosine between an edge and the line across, from which it bars the wall's end
+constexpr double SMOOTH = PI + 0.3;  // angle of a corner up to which it is not sharp
 
 // Two sides that run beside each other, seen along the wall: stations are lengths, growing along the first side.
 struct Pair {
@@ -182,11 +183,24 @@ End end_of_wall(const Plane& plane, const Pair& p, const std::vector<bool>& shar
     const double least = low ? p.lo : p.hi;
     const bool opposite = std::abs(sa - sb) <= NEAR * p.thickness;
     const bool a_here = std::abs(sa - least) <= NEAR * p.thickness, b_here = std::abs(sb - least) <= NEAR * p.thickness;
-    if ((a_here && sharp[at_a]) || (b_here && sharp[at_b])) return {least + inwards * CUT_BACK * p.thickness, false};
-    bool tip = false;
-    if (opposite)
-        for (const Curve& c : plane.curves)
-            if (c.sweep == 0 && ((c.from == at_a && c.to == at_b) || (c.from == at_b && c.to == at_a))) tip = true;
+    bool tip = false, blocked = (a_here && sharp[at_a]) || (b_here && sharp[at_b]);
+    const Point across = unit(point_at(plane, p.b, share_on_b(p, least)) - point_at(plane, p.a, share_on_a(p, least)));
+    for (int k = 0; k < static_cast<int>(plane.curves.size()); ++k) {
+        const Curve& c = plane.curves[k];
+        if (c.from != at_a && c.to != at_a && c.from != at_b && c.to != at_b) continue;
+        if (opposite && c.sweep == 0 && (c.from == at_a || c.to == at_a) && (c.from == at_b || c.to == at_b)) {
+            tip = true;
+            continue;
+        }
+        // A step: an edge that begins at the wall's end and runs across it.
+        for (const Side s : {k + 1, -k - 1}) {
+            const double out = dot(direction_at(plane, s, 0), across);
+            if ((a_here && begin_of(plane, s) == at_a && out > STEP) ||
+                (b_here && begin_of(plane, s) == at_b && out < -STEP))
+                blocked = true;
+        }
+    }
+    if (blocked) return {least + inwards * CUT_BACK * p.thickness, false};
     return {least, tip};
 }
 
