@@ -1,6 +1,7 @@
 // The validation: sections with values from elsewhere, against the library.
 //
-//     validate FILE...              a table for each file; fails where a value is out of its tolerance
+//     validate FILE...              a table for each file; fails where a value is out of its tolerance, on the mesh of
+//                                   the file or from the section's outline
 //     validate --json FILE...       the same, and the runs of "refine", as JSON
 //     validate --tables FILE [n]    mesh and results of a section as JSON, with all counts of cells times n
 #include <cmath>
@@ -9,6 +10,7 @@
 #include <exception>
 #include <string>
 
+#include "outline_run.h"
 #include "section_run.h"
 
 using nlohmann::json;
@@ -38,6 +40,21 @@ bool print_section(const SectionFile& file) {
             std::printf("%8.3g %s %s\n", scale * e.tolerance, relative ? "%" : " ", c.ok ? "ok" : "OUT");
         good = good && c.ok;
     }
+    const auto outline = compare_outline(file);
+    if (!outline) return good;
+    std::printf("from the outline: %d nodes, %d elements, %d levels\n", outline->run.nnodes, outline->run.nelems,
+                outline->levels);
+    for (size_t i = 0; i < outline->values.size(); ++i) {
+        const Expectation& e = file.expected[i];
+        const OutlineOutcome::Value& v = outline->values[i];
+        if (!e.outline) continue;
+        const bool relative = !(e.absolute || e.value == 0);
+        const double scale = relative ? 100 : 1;
+        std::printf("  %-33s %8s %14.7g %14.7g %+10.4g %s %12s %8.3g %s %s\n", e.name.c_str(), e.unit_name.c_str(),
+                    v.ours, e.value, scale * v.difference, relative ? "%" : " ", "", scale * e.tolerance,
+                    relative ? "%" : " ", v.ok ? "ok" : "OUT");
+        good = good && v.ok;
+    }
     return good;
 }
 
@@ -46,6 +63,10 @@ json as_json(const SectionFile& file) {
                 {"units", file.units}, {"study", file.study}, {"size", file.size}};
     if (file.wall > 0) out["layers"] = static_cast<int>(std::lround(file.wall / file.size));
     const Outcome outcome = compare(file);
+    const auto outline = compare_outline(file);
+    if (outline)
+        out["outline"] = {
+            {"nodes", outline->run.nnodes}, {"elements", outline->run.nelems}, {"levels", outline->levels}};
     out["nodes"] = outcome.run.nnodes, out["elements"] = outcome.run.nelems, out["bars"] = outcome.run.bars.size();
     for (size_t i = 0; i < outcome.values.size(); ++i) {
         const Expectation& e = file.expected[i];
@@ -64,6 +85,7 @@ json as_json(const SectionFile& file) {
                      {"relative", !(e.absolute || e.value == 0)}};
         if (e.order > 0) line["finer"] = c.finer;
         if (e.tolerance >= 0) line["tolerance"] = e.tolerance;
+        if (outline && e.outline) line["outline"] = {{"ours", outline->values[i].ours}, {"ok", outline->values[i].ok}};
         out["expected"].push_back(line);
     }
     for (const int refine : file.refine) {

@@ -62,7 +62,15 @@ def difference(e, ours):
 
 def tolerance(e):
     text = f"{number(100 * e['tolerance'], 2)} %" if e["relative"] else number(e["tolerance"], 2)
-    return text + ("", ", h", ", h²")[e["order"]] + ("" if e["ok"] else " **out**")
+    return text + ("", ", h", ", h²")[e["order"]]
+
+
+def judged(text, ok):
+    return text if ok else text + " **out**"
+
+
+def ours(e, value):
+    return number(e["theirs"] if difference(e, value) == "0" and not e["relative"] else value)
 
 
 def table(head, rows):
@@ -75,8 +83,10 @@ def escaped(text):
 
 
 def size_text(section):
+    outline = section["outline"]
     text = f"{section['nodes']} nodes, {section['elements']} elements"
-    return text + (f", {section['layers']} layers through the wall" if "layers" in section else "")
+    text += f", {section['layers']} layers through the wall" if "layers" in section else ""
+    return text + f"; from the outline {outline['nodes']} nodes, {outline['elements']} elements, {outline['levels']} levels"
 
 
 def plotted(section):
@@ -97,8 +107,11 @@ def overview(sections):
              str(len(s["expected"]))] for s in sections.values()]
     values = [e for s in sections.values() for e in s["expected"]]
     out = sum(not e["ok"] for e in values)
-    return [f"{len(sections)} sections, {len(values)} values, {out or 'none'} outside the tolerance. Layers are those "
-            "of elements through the thinnest wall.", "", *table(["Section", "elements", "layers", "values"], rows)]
+    outlines = [e["outline"] for e in values if "outline" in e]
+    missed = sum(not e["ok"] for e in outlines)
+    return [f"{len(sections)} sections, {len(values)} values, {out or 'none'} outside the tolerance; from outlines "
+            f"{len(outlines)} values, {missed or 'none'} outside. Layers are those of elements through the thinnest wall.",
+            "", *table(["Section", "elements", "layers", "values"], rows)]
 
 
 def section_part(s):
@@ -109,12 +122,15 @@ def section_part(s):
             sources.append(e["source"])
         if e["note"]:
             notes.setdefault(e["note"], []).append(e["name"])
-        ours = e["theirs"] if difference(e, e["ours"]) == "0" and not e["relative"] else e["ours"]
         half = [difference(e, e["theirs"] + e["finer"] * (abs(e["theirs"]) if e["relative"] else 1))
                 if e["order"] else ""] if finer else []
-        rows.append([escaped(e["name"]), e["unit_name"], number(ours), number(e["theirs"], 8),
-                     difference(e, e["ours"]), *half, tolerance(e), str(sources.index(e["source"]) + 1)])
-    head = ["", "unit", "ours", "theirs", "difference", *(["at half the size"] if finer else []), "tolerance", "source"]
+        outline = [ours(e, e["outline"]["ours"]), judged(difference(e, e["outline"]["ours"]), e["outline"]["ok"])] \
+            if "outline" in e else ["", ""]
+        rows.append([escaped(e["name"]), e["unit_name"], ours(e, e["ours"]), number(e["theirs"], 8),
+                     judged(difference(e, e["ours"]), e["ok"]), *half, *outline, tolerance(e),
+                     str(sources.index(e["source"]) + 1)])
+    head = ["", "unit", "ours", "theirs", "difference", *(["at half the size"] if finer else []), "from the outline",
+            "difference", "tolerance", "source"]
     if not any(row[1] for row in rows):
         head, rows = [head[0], *head[2:]], [[row[0], *row[2:]] for row in rows]
     lines = [f"### {escaped(s['title'])}", "",
@@ -164,6 +180,8 @@ def page(sections, studies):
     named = [name for line in template if line.startswith("@sections") for name in line.split()[1:]]
     if sorted(named) != sorted(sections):
         sys.exit(f"page.md and the files differ in {sorted(set(named) ^ set(sections))}")
+    if without := [name for name, s in sections.items() if "outline" not in s]:
+        sys.exit(f"without outlines: {without}: the kit is not built, or validation/outlines lacks them")
     sections = {name: sections[name] for name in named}
     lines, plots = [], {}
     for line in template:

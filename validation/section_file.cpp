@@ -57,8 +57,8 @@ std::string text(const json& j, const char* key, const std::string& where) {
     return j.at(key).get<std::string>();
 }
 
-bool flag(const json& j, const char* key, const std::string& where) {
-    if (!j.contains(key)) return false;
+bool flag(const json& j, const char* key, const std::string& where, bool otherwise = false) {
+    if (!j.contains(key)) return otherwise;
     if (!j.at(key).is_boolean()) wrong(where, std::string("\"") + key + "\" is neither true nor false");
     return j.at(key).get<bool>();
 }
@@ -142,7 +142,8 @@ Expectation read_expectation(const json& j, const std::string& where, const Sect
                       static_cast<int>(j.contains("bar")) + static_cast<int>(j.contains("warping"));
     if (kinds != 1) wrong(where, "one of \"slot\", \"stress\", \"bar\", \"warping\" is wanted");
     json rest = j;  // without what every kind may have
-    for (const char* key : {"over", "unit", "unit_name", "tolerance", "absolute", "order", "note"}) rest.erase(key);
+    for (const char* key : {"over", "unit", "unit_name", "tolerance", "absolute", "order", "note", "outline"})
+        rest.erase(key);
     const int materials = static_cast<int>(file.materials.size());
     if (j.contains("slot")) {
         check_keys(rest, where, {"name", "slot", "value", "source"}, {"minus"});
@@ -183,6 +184,7 @@ Expectation read_expectation(const json& j, const std::string& where, const Sect
         wrong(where, file.study ? "a study judges nothing: \"tolerance\" is out of place" : "\"tolerance\" is missing");
     if (!file.study) e.tolerance = above_zero(j, "tolerance", where);
     if (!file.study && !e.absolute && e.value == 0) wrong(where, "a value of 0 wants an absolute tolerance");
+    e.outline = flag(j, "outline", where, true);
     if (j.contains("order")) e.order = whole(j, "order", where, 1, 2);
     if (file.study && e.order > 0) wrong(where, "a study judges nothing: \"order\" is out of place");
     return e;

@@ -32,6 +32,7 @@ struct Expectation {
     bool absolute = false;                       // the tolerance, in the printed unit; otherwise over the value
     int order =
         0;  // the difference is the mesh's and falls with this power of the element size; 0: it is not judged so
+    bool outline = true;  // false: the section as an outline has no such value
 };
 
 struct SectionFile {
