@@ -1,7 +1,6 @@
 // Errors of the values themselves, on outlines whose true course is known.
 #include <algorithm>
 #include <cmath>
-#include <map>
 
 #include "rows.h"
 
@@ -18,39 +17,6 @@ bool depends_on_mesh(const Value& v) {
     return std::fabs(v.reference) > NOTHING * v.size && largest > ROUNDING * v.size;
 }
 
-struct Errors {
-    size_t shapes = 0, failed = 0;
-    std::vector<double> all;
-    double reference_bound = 0;  // the largest, relative
-    std::string worst;
-    double must = HUGE_VAL;
-    std::map<std::string, int> above;  // values of each mesh above what must be reached
-};
-
-void add(Errors& errors, const Value& v, std::vector<Value>& seen) {
-    const double error = v.relative_error();
-    if (errors.all.empty() || error > *std::max_element(errors.all.begin(), errors.all.end()))
-        errors.worst = v.section + ", " + name_of(v.slot);
-    errors.all.push_back(error);
-    if (!(error <= errors.must)) ++errors.above[v.section];
-    if (error > 0) errors.reference_bound = std::max(errors.reference_bound, v.reference_bound / v.error() * error);
-    seen.push_back(v);
-}
-
-std::string text(const Errors& errors) {
-    if (errors.all.empty()) return "nothing measured";
-    std::vector<double> sorted = errors.all;
-    std::sort(sorted.begin(), sorted.end());
-    const std::string failed = errors.failed == 0 ? "" : formatted("; %zu meshes without three levels", errors.failed);
-    std::string above;
-    for (const auto& [section, count] : errors.above)
-        above += formatted("%s%d of %s", above.empty() ? "; above what must be: " : ", ", count, section.c_str());
-    return formatted("largest %.1e (%s), 95 %% below %.1e, median %.1e; %zu values of %zu meshes, references to %.0e%s",
-                     sorted.back(), errors.worst.c_str(), sorted[sorted.size() * 95 / 100], sorted[sorted.size() / 2],
-                     sorted.size(), errors.shapes, errors.reference_bound, failed.c_str()) +
-           above;
-}
-
 double largest_stress(const std::vector<double>& elemout) {  // of the unit torque
     double largest = 0;
     for (size_t corner = 0; corner < elemout.size(); corner += 12)
@@ -65,15 +31,15 @@ std::vector<Row> smooth_rows(std::vector<Value>& seen) {
     values.must = 1e-3;
     for (const Shape& shape : smooth_shapes()) {
         const auto all = compare(shape, 0, 3, FINER);
-        ++values.shapes, ++stresses.shapes;
+        ++values.sections, ++stresses.sections;
         if (all.empty()) ++values.failed;
         for (const Value& v : all)
             if (depends_on_mesh(v)) add(v.slot == VQ_WT ? stresses : values, v, seen);
     }
     return {{"smooth outlines, three levels from two elements through the wall, triangles or quadrilaterals, every "
              "value against the converged one",
-             "1e-4", "1e-3", text(values)},
-            {"the same: `WT`, a largest corner stress", "", "", text(stresses)}};
+             "1e-4", "1e-3", text_of(values, "meshes")},
+            {"the same: `WT`, a largest corner stress", "", "", text_of(stresses, "meshes")}};
 }
 
 Row sharp_row(std::vector<Value>& seen) {
@@ -81,13 +47,13 @@ Row sharp_row(std::vector<Value>& seen) {
     errors.must = 2e-3;
     for (const Shape& shape : sharp_shapes()) {
         const auto all = compare(shape, 0, 3, FINER);
-        ++errors.shapes;
+        ++errors.sections;
         if (all.empty()) ++errors.failed;
         for (const Value& v : all)
             if (v.slot != VQ_WT && depends_on_mesh(v)) add(errors, v, seen);
     }
     return {"sharp re-entrant corners, three levels from two elements through the wall, all values but `WT`", "3e-4",
-            "2e-3", text(errors)};
+            "2e-3", text_of(errors, "meshes")};
 }
 
 Row oblong_row(std::vector<Value>& seen) {

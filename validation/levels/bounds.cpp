@@ -1,10 +1,7 @@
 // Bounds beside true errors. The reference is a calculation two levels finer.
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <filesystem>
-#include <limits>
 
 #include "random_mesh.h"
 #include "rows.h"
@@ -12,49 +9,7 @@
 
 namespace {
 
-constexpr double ROUNDING = 1e-10;  // share of the natural size
 constexpr int LEVELS = 3, FINER = 5;
-
-struct Tally {
-    int meshes = 0, failed = 0;
-    int of[5] = {};  // by Verdict
-    double largest_ratio = 0;
-    std::string worst;
-    std::vector<double> errors_over_bound;
-};
-
-void add(Tally& tally, const Shape& shape, std::uint64_t seed, std::vector<Value>& seen) {
-    const auto values = compare(shape, seed, LEVELS, FINER);
-    ++tally.meshes;
-    if (values.empty()) ++tally.failed;
-    for (const Value& v : values) {
-        const Verdict verdict = verdict_of(v);
-        ++tally.of[static_cast<int>(verdict)];
-        if (verdict != Verdict::holds && verdict != Verdict::fails) continue;
-        const double ratio = ratio_of(v);
-        tally.errors_over_bound.push_back(ratio);
-        if (ratio > tally.largest_ratio) tally.largest_ratio = ratio, tally.worst = v.section + ", " + name_of(v.slot);
-        seen.push_back(v);
-    }
-}
-
-std::string share(const Tally& tally) {
-    const int holds = tally.of[0], counted = holds + tally.of[1];
-    std::string out = formatted("%.2f %% of %d values of %d meshes, error over bound at most %.2f",
-                                100.0 * holds / std::max(counted, 1), counted, tally.meshes, tally.largest_ratio);
-    if (!tally.worst.empty()) out += " (" + tally.worst + ")";
-    out += formatted("; not counted: %d exact, %d without a bound, %d with a reference too coarse", tally.of[2],
-                     tally.of[3], tally.of[4]);
-    if (tally.failed > 0) out += formatted("; %d meshes without three levels", tally.failed);
-    return out;
-}
-
-std::string median(Tally tally) {
-    auto& ratios = tally.errors_over_bound;
-    if (ratios.empty()) return "nothing measured";
-    std::nth_element(ratios.begin(), ratios.begin() + static_cast<long>(ratios.size() / 2), ratios.end());
-    return formatted("%.1f", 1 / ratios[ratios.size() / 2]);
-}
 
 // A section of the validation with elements four times its size, or less where its parts do not fit together so or the
 // mesh would have fewer than eight elements.
@@ -82,45 +37,28 @@ Host coarse_section(const std::string& path) {
 }
 
 void add_random(Tally& tally, std::uint64_t seed, int most_elements, std::vector<Value>& seen) {
-    add(tally, {random_mesh(seed, 20, most_elements)}, seed, seen);
+    add(tally, compare({random_mesh(seed, 20, most_elements)}, seed, LEVELS, FINER), seen);
 }
 
 }  // namespace
-
-double ratio_of(const Value& v) {
-    const double ratio = v.error() / v.bound;
-    return std::isnan(ratio) ? v.error() == 0 ? 0 : std::numeric_limits<double>::infinity() : ratio;
-}
-
-Verdict verdict_of(const Value& v) {
-    if (!std::isfinite(v.bound)) return Verdict::unbounded;
-    const double error = v.error();
-    if (error <= ROUNDING * v.size && v.bound <= ROUNDING * v.size) return Verdict::exact;
-    if (!(v.reference_bound <= v.bound / 5)) {
-        if (error + v.reference_bound <= v.bound) return Verdict::holds;
-        if (error - v.reference_bound > v.bound) return Verdict::fails;
-        return Verdict::unsettled;
-    }
-    return error <= v.bound ? Verdict::holds : Verdict::fails;
-}
 
 std::vector<Row> bound_rows(const std::string& folder, std::vector<Value>& seen) {
     std::vector<std::string> paths;
     for (const auto& entry : std::filesystem::directory_iterator(folder)) paths.push_back(entry.path());
     std::sort(paths.begin(), paths.end());
     Tally sections, meshes, both;
-    for (const std::string& path : paths) add(sections, {coarse_section(path)}, 0, seen);
+    for (const std::string& path : paths) add(sections, compare({coarse_section(path)}, 0, LEVELS, FINER), seen);
     for (std::uint64_t seed = 1; seed <= 200; ++seed) add_random(meshes, seed, 300, seen);
     both = sections;
     both.errors_over_bound.insert(both.errors_over_bound.end(), meshes.errors_over_bound.begin(),
                                   meshes.errors_over_bound.end());
     return {{"share of values whose true error is below the bound: sections of the validation, on meshes about four "
              "times as coarse as theirs",
-             "98 %", "95 %; error never above 5 times the bound", share(sections)},
+             "98 %", "95 %; error never above 5 times the bound", share_of(sections, "meshes")},
             {"the same: 200 random meshes (jittered, skewed, oblong up to 4 : 1, mixed, two materials, holes)", "98 %",
-             "95 %; error never above 5 times the bound", share(meshes)},
+             "95 %; error never above 5 times the bound", share_of(meshes, "meshes")},
             {"bounds not idle: median of bound over true error", "10", "50",
-             median(both) + " (sections " + median(sections) + ", random meshes " + median(meshes) + ")"}};
+             median_of(both) + " (sections " + median_of(sections) + ", random meshes " + median_of(meshes) + ")"}};
 }
 
 Row random_row(int meshes, std::vector<Value>& seen) {
@@ -129,14 +67,5 @@ Row random_row(int meshes, std::vector<Value>& seen) {
     return {
         formatted("%d random meshes of 20 to 120 elements: the bound beside a calculation two levels finer", meshes),
         "98 %", "95 %; error never above 5 times the bound",
-        share(tally) + "; median of bound over error " + median(tally)};
-}
-
-std::string formatted(const char* format, ...) {
-    char text[1000];
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
-    return text;
+        share_of(tally, "meshes") + "; median of bound over error " + median_of(tally)};
 }

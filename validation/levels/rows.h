@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "compare.h"
+#include "tally.h"
 
 struct Row {
     std::string what, goal, must, measured;
@@ -24,13 +25,3 @@ Row random_row(int meshes, std::vector<Value>& seen);
 
 // Time of three levels over that of the finest call alone.
 std::vector<Row> time_rows();
-
-// How the bound of a value stands to its error. A reference whose own bound is above a fifth of it leaves a value
-// unsettled, unless it holds or fails whatever lies within that bound.
-enum class Verdict { holds, fails, exact, unbounded, unsettled };
-Verdict verdict_of(const Value& v);
-
-// The error over the bound, infinite where the bound is 0 or the value no number.
-double ratio_of(const Value& v);
-
-std::string formatted(const char* format, ...);

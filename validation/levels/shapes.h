@@ -4,15 +4,11 @@
 #include <vector>
 
 #include "host.h"
+#include "value.h"
 
-// A value that a closed formula gives, for E = 2.6 and G = 1.
-struct Exact {
-    int slot;
-    double value;
-};
 struct Shape {
     Host host;
-    std::vector<Exact> exact{};
+    std::vector<Exact> exact{};  // for E = 2.6 and G = 1
 };
 
 // No sharp re-entrant corner: rectangles, rounds, tubes, polygons, rolled profiles with fillets; quadrilaterals, and

@@ -1,12 +1,10 @@
 // Calls of vq_velquor as they come, from vq_levels or from anybody else.
 #pragma once
 
-#include <array>
 #include <vector>
 
+#include "value.h"
 #include "velquor_levels.h"
-
-using Slots = std::array<double, VQ_NSLOTS>;
 
 struct Watch {
     std::vector<Slots> results;  // of the calls that went well, in their order
