@@ -129,6 +129,18 @@ bool is_clear(const Plane& plane, const Pair& p, const std::vector<std::array<Po
     return true;
 }
 
+// Whether a straight line between two points runs through a third one.
+bool passes_a_point(const Plane& plane, int from, int to) {
+    const Point a = plane.points[from], way = plane.points[to] - a;
+    for (int k = 0; k < static_cast<int>(plane.points.size()); ++k) {
+        const Point p = plane.points[k] - a;
+        const double along = dot(p, way) / dot(way, way);
+        if (k != from && k != to && along > 0 && along < 1 && std::abs(cross(way, p)) <= 1e-6 * dot(way, way))
+            return true;
+    }
+    return false;
+}
+
 class Cuts {
 public:
     explicit Cuts(Plane& p) : plane(p), of_curve(p.curves.size()) {}
@@ -310,9 +322,12 @@ std::vector<Wall> cut_walls(Plane& plane, const std::vector<bool>& sharp) {
         if (wall.sides[0] == 0 || wall.sides[2] == 0) continue;
         const bool tips = corner[1] == corner[2] || corner[3] == corner[0];
         if (tips) continue;
+        for (const int i : {1, 3}) wall.sides[i] = side_between(corner[i], corner[(i + 1) % 4], owner, true);
+        if ((wall.sides[1] == 0 && passes_a_point(plane, corner[1], corner[2])) ||
+            (wall.sides[3] == 0 && passes_a_point(plane, corner[3], corner[0])))
+            continue;
         for (const int i : {1, 3}) {
             const int from = corner[i], to = corner[(i + 1) % 4];
-            wall.sides[i] = side_between(from, to, owner, true);
             if (wall.sides[i] != 0) continue;
             plane.curves.push_back({from, to, 0, {}, owner, owner});
             enter(static_cast<int>(plane.curves.size()) - 1);
