@@ -83,6 +83,7 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels) {
         throw Error("", "the library refused the mesh");
     }
     bring_back(t, a.value, a.bound);
+    bring_back(t, a.warping, a.stress, t.bars);
     a.bars = t.bars;
     a.levels = done;
     a.plastic = t.mode != VQ_ELASTIC;

@@ -148,6 +148,20 @@ void bring_back(const Tables& t, Slots& value, Slots& bound) {
     value[VQ_COUP2] += c * to.z + s * to.y;
 }
 
+void bring_back(const Tables& t, std::vector<double>& nodeout, std::vector<double>& elemout,
+                std::vector<VYZTUZE_INFO>& bars) {
+    // The moduli's scale cancels: unit loads are in the same force as the stresses.
+    const double L = t.scale, area = L * L, moment = area * L, bimoment = moment * L;
+    const std::size_t nodes = nodeout.size() / 3;
+    for (std::size_t i = 0; i < nodeout.size(); ++i) nodeout[i] /= i < nodes ? area : L;
+    // TAUY and TAUZ of a torque, of forces along both axes and of a warping torque; SIGMA of a normal force, of both
+    // moments and of a bimoment.
+    const double factors[12] = {moment, moment, area, area, area, area, moment, moment, area, moment, moment, bimoment};
+    for (std::size_t i = 0; i < elemout.size(); ++i) elemout[i] *= factors[i % 12];
+    for (VYZTUZE_INFO& bar : bars)
+        for (int q = 0; q < 4; ++q) bar.STRESS[q] *= factors[8 + q];
+}
+
 Slots natural_sizes(const Slots& r) {
     Slots sizes;
     for (int k = 0; k < VQ_NSLOTS; ++k) sizes[k] = std::abs(r[k]);

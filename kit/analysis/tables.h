@@ -31,6 +31,10 @@ Tables tables_of(const Section& section, const Mesh& mesh);
 // Slots of a call, in place.
 void bring_back(const Tables& tables, Slots& value, Slots& bound);
 
+// The fields of a call, in place: warping of a unit twist and of unit shear strains, stresses of unit loads.
+void bring_back(const Tables& tables, std::vector<double>& nodeout, std::vector<double>& elemout,
+                std::vector<VYZTUZE_INFO>& bars);
+
 // Natural sizes of the slots, by which a value of 0 is measured: lengths in radii of gyration, moments and couplings in
 // the sums of their kind.
 Slots natural_sizes(const Slots& value);
