@@ -38,6 +38,7 @@ expect 1 'OUT' '"value": 12.05, "tolerance": 1e-9' '"value": 12, "tolerance": 0.
 expect 2 'no node is near 9.0' '"slot": "EA", "over": "EREF"' '"warping": 1, "at": [9, 1]'
 expect 2 'expected 1: "value" is not a number' '12.05' '"12.05"'
 expect 2 'one of "slot", "stress", "bar", "warping"' '"slot": "EA"' '"slot": "EA", "bar": 1'
+expect 2 '"outline" is neither true nor false' '"source": "s"' '"source": "s", "outline": 1'
 expect 2 'parse error' '"size": 1,' '"size": 1'
 expect 2 'touch at 4.0' '[6, 2]' '[6, 1.5]'
 expect 2 'lies in no element' '[1, 1]' '[1, 3]'

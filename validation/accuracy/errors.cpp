@@ -14,9 +14,16 @@ constexpr double NOTHING = 1e-6;    // share of the natural size below which a v
 constexpr double ROUNDING = 1e-10;  // the same for what is exact
 constexpr double WISH = 1e-5;
 
-// The reference: a wish that no mesh meets, so that the levels go on until there are this many nodes.
-constexpr double UNMET = 1e-9;
-constexpr std::int64_t NODES = 150000;
+// The reference: a mesh of its own of elements half as large, and as many levels of it as have no more nodes than this.
+constexpr double FINENESS = 2;
+constexpr std::size_t NODES = 150000;
+
+velquor::Analysis reference_of(const velquor::Section& section) {
+    const velquor::Mesh mesh = velquor::mesh_of(section, FINENESS);
+    int levels = 3;
+    while (levels < VQ_MAXLEVELS && mesh.nodes.size() << (2 * levels) <= NODES) ++levels;
+    return velquor::analyse(section, mesh, levels);
+}
 
 // Neither 0 by symmetry, nor exact, nor without a limit.
 bool counts(const Value& v) {
@@ -34,9 +41,7 @@ Beside beside_reference(const Case& c) {
     Beside out;
     out.of = &c;
     try {
-        velquor::Section finer = c.section;
-        finer.wishes.accuracy = UNMET, finer.wishes.levels = 5;
-        const velquor::Analysis tested = velquor::analyse(c.section), reference = velquor::analyse(finer, {NODES});
+        const velquor::Analysis tested = velquor::analyse(c.section), reference = reference_of(c.section);
         out.sharp = std::find(reference.sharp.begin(), reference.sharp.end(), 1) != reference.sharp.end();
         out.reference = reference.value, out.reference_bound = reference.bound;
         out.values =
