@@ -84,6 +84,12 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels) {
     }
     bring_back(t, a.value, a.bound);
     bring_back(t, a.warping, a.stress, t.bars);
+    // The nodes of bars, behind those of the mesh, have no warping.
+    const auto nodes = static_cast<std::ptrdiff_t>(mesh.nodes.size());
+    for (const std::ptrdiff_t field : {1, 2})
+        std::copy_n(a.warping.begin() + field * t.nodes, nodes, a.warping.begin() + field * nodes);
+    a.warping.resize(3 * mesh.nodes.size());
+    a.sharp.resize(mesh.nodes.size());
     a.bars = t.bars;
     a.levels = done;
     a.plastic = t.mode != VQ_ELASTIC;
