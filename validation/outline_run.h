@@ -1,7 +1,6 @@
 // A section of the validation calculated from its outline, by the kit.
 #pragma once
 
-#include <limits>
 #include <optional>
 
 #include "section_run.h"
