@@ -14,7 +14,7 @@ namespace velquor {
 
 namespace {
 
-constexpr int ATTEMPTS = 3;  // each on elements half as large
+constexpr int ATTEMPTS = 6;  // with walls, without them, then both again on elements half as large
 
 std::vector<int> materials_of(const Section& section) {
     std::map<std::string, int> number;
@@ -178,21 +178,25 @@ Mesh meshed(const Section& section, const Plane& plane, const std::vector<Wall>&
 }  // namespace
 
 Mesh mesh_of(const Section& section, double fineness) {
-    Plane plane = plane_of(section);
-    const std::vector<bool> sharp = sharp_points(plane, materials_of(section));
-    const std::vector<Wall> walls = cut_walls(plane, sharp);
-    std::vector<bool> all_sharp = sharp;
-    all_sharp.resize(plane.points.size(), false);
-    for (int attempt = 1;; ++attempt, fineness *= 2) try {
+    const Plane drawn = plane_of(section);
+    const std::vector<bool> sharp = sharp_points(drawn, materials_of(section));
+    for (int attempt = 1;; ++attempt) {
+        Plane plane = drawn;
+        const std::vector<Wall> walls = attempt % 2 == 1 ? cut_walls(plane, sharp) : std::vector<Wall>();
+        std::vector<bool> all_sharp = sharp;
+        all_sharp.resize(plane.points.size(), false);
+        try {
             return meshed(section, plane, walls, all_sharp, fineness);
         } catch (const Failed& failed) {
+            if (attempt % 2 == 0) fineness *= 2;
             if (attempt < ATTEMPTS && failed.why.empty()) continue;
             const int parts = static_cast<int>(section.parts.size());
             throw Error(failed.owner < parts ? "parts[" + std::to_string(failed.owner) + "]"
                                              : "bars[" + std::to_string(failed.owner - parts) + "]",
-                        "no mesh could be made of it",
-                        "look for edges that come very near to each other, or give a size");
+                        failed.why.empty() ? "no mesh could be made of it" : failed.why,
+                        failed.why.empty() ? "look for edges that come very near to each other, or give a size" : "");
         }
+    }
 }
 
 }  // namespace velquor

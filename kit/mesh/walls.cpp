@@ -18,6 +18,7 @@ constexpr double CUT_BACK = 1.0;           // from a sharp point, over thickness
 constexpr double NEAR = 0.3;               // over thickness: ends that count as opposite to each other
 constexpr double SNAP = 0.1;               // over thickness: a cut this near to a point goes through it
 constexpr double STEP = 0.7;         // cosine between an edge and the line across, from which it bars the wall's end
+constexpr double GAP = 0.1;          // between a wall's end and what lies beyond, over the thickness
 constexpr double SMOOTH = PI + 0.3;  // angle of a corner up to which it is not sharp
 
 // Two sides that run beside each other, seen along the wall: stations are lengths, growing along the first side.
@@ -129,14 +130,21 @@ bool is_clear(const Plane& plane, const Pair& p, const std::vector<std::array<Po
     return true;
 }
 
-// Whether a straight line between two points runs through a third one.
+// Whether a straight line between two points comes near to a third one, or to an arc: what lies between would be too
+// narrow for a mesh.
 bool passes_a_point(const Plane& plane, int from, int to) {
     const Point a = plane.points[from], way = plane.points[to] - a;
-    for (int k = 0; k < static_cast<int>(plane.points.size()); ++k) {
-        const Point p = plane.points[k] - a;
-        const double along = dot(p, way) / dot(way, way);
-        if (k != from && k != to && along > 0 && along < 1 && std::abs(cross(way, p)) <= 1e-6 * dot(way, way))
-            return true;
+    const auto is_near = [&](const Point& p) {
+        const double along = dot(p - a, way) / dot(way, way);
+        return along > 0 && along < 1 && std::abs(cross(way, p - a)) <= GAP * dot(way, way);
+    };
+    for (const Curve& c : plane.curves) {
+        const Side side = static_cast<Side>(&c - plane.curves.data()) + 1;
+        for (const int k : {c.from, c.to})
+            if (k != from && k != to && is_near(plane.points[k])) return true;
+        if (c.sweep == 0 || c.from == from || c.from == to || c.to == from || c.to == to) continue;
+        for (int i = 1; i < 8; ++i)
+            if (is_near(point_at(plane, side, i / 8.0))) return true;
     }
     return false;
 }
