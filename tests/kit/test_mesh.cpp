@@ -1,0 +1,314 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <random>
+#include <set>
+
+#include "kit/analysis/analysis.h"
+#include "kit/analysis/check.h"
+#include "kit/analysis/tables.h"
+#include "kit/section/file.h"
+#include "kit/section/geometry.h"
+#include "kit/section/shapes.h"
+#include "kit/section/vectors.h"
+
+namespace velquor {
+
+namespace {
+
+using Values = std::map<std::string, double>;
+
+Part part_of(const std::string& shape, const Values& parameters, const Point& at = {}) {
+    Part part;
+    part.material = "steel";
+    part.shape = shape;
+    part.parameters = parameters;
+    part.place.at = at;
+    return part;
+}
+
+Section section_of(std::vector<Part> parts) {
+    Section s;
+    s.materials = {{"steel", 210000, 80000, 7.85e-6, 235, 235}, {"timber", 11000, 690, 4.2e-7, 14, 17}};
+    s.parts = std::move(parts);
+    return s;
+}
+
+// Elements that have an edge, in this direction.
+std::map<std::pair<int, int>, int> edges_of(const Mesh& mesh) {
+    std::map<std::pair<int, int>, int> edges;
+    for (const auto& corners : mesh.elements) {
+        const int n = corners[2] == corners[3] ? 3 : 4;
+        for (int k = 0; k < n; ++k) ++edges[{corners[k], corners[(k + 1) % n]}];
+    }
+    return edges;
+}
+
+// By owners, with the segments between the edges and the arcs for which they stand.
+std::map<int, double> areas_of(const Mesh& mesh) {
+    std::map<int, double> areas;
+    std::map<std::pair<int, int>, int> owner;
+    const auto node = [&](int i) { return mesh.nodes[i - 1]; };
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e)
+        for (int k = 0; k < 4; ++k) {
+            const int a = mesh.elements[e][k], b = mesh.elements[e][(k + 1) % 4];
+            areas[mesh.owners[e]] += cross(node(a), node(b)) / 2;
+            owner[{a, b}] = mesh.owners[e];
+        }
+    for (const Mesh::Bow& bow : mesh.bows)
+        for (const auto& [a, b] : {std::pair{bow.a, bow.b}, std::pair{bow.b, bow.a}}) {
+            const Point from = node(a) - bow.centre, to = node(b) - bow.centre;
+            const double sweep = std::atan2(cross(from, to), dot(from, to));
+            EXPECT_NEAR(length(from), length(to), 1e-9 * length(from));
+            if (owner.count({a, b}) > 0) areas[owner[{a, b}]] += dot(from, from) / 2 * (sweep - std::sin(sweep));
+        }
+    return areas;
+}
+
+// What holds of any mesh: areas, edges of two elements at most, in opposite directions, and nothing that the library
+// refuses or finds loose.
+void expect_sound(const Section& s, const Mesh& mesh, const std::map<int, double>& areas, const std::string& what) {
+    const auto found = areas_of(mesh);
+    ASSERT_EQ(found.size(), areas.size()) << what;
+    for (const auto& [owner, area] : areas) EXPECT_NEAR(found.at(owner), area, 1e-9 * area) << what << " of " << owner;
+    for (const auto& [edge, count] : edges_of(mesh)) EXPECT_EQ(count, 1) << what;
+    for (const Finding& f : check(s, mesh)) ADD_FAILURE() << what << ": " << f.place << ": " << f.message;
+}
+
+double value_of(const Analysis& a, int slot, double over = 1) { return a.value[slot] / over; }
+
+}  // namespace
+
+// Every shape with six sets of parameters that are drawn until the shape takes them, slender and squat ones.
+TEST(Mesh, ShapesAreCoveredWhateverTheirParameters) {
+    for (const Shape& shape : shapes()) {
+        int meshed = 0;
+        for (unsigned seed = 1; meshed < 6; ++seed) {
+            std::mt19937 random(seed);
+            const auto next = [&] { return random() / 4294967296.0; };
+            Values values;
+            for (const Parameter& p : shape.parameters) {
+                const double x = 100 * next() * next() + 0.5;
+                if (!p.required && next() < 0.4) continue;
+                values[p.name] = p.kind == Kind::ratio    ? x / 400
+                                 : p.kind == Kind::count  ? 3 + std::floor(x / 6)
+                                 : p.kind == Kind::offset ? x - 30
+                                                          : x;
+            }
+            double area = 0;
+            try {
+                for (const Face& face : faces_of(shape, values, "")) area += area_of(face);
+            } catch (const Error&) {
+                continue;
+            }
+            const Section s = section_of({part_of(shape.name, values)});
+            Section only = s;
+            only.materials.resize(1);
+            expect_sound(only, mesh_of(only), {{0, area}}, std::string(shape.name) + ", seed " + std::to_string(seed));
+            ++meshed;
+        }
+    }
+}
+
+// A sandwich, a stiffener that stands on a wider plate, a core that replaces the middle of what is below it, a turned
+// square that sits in a corner, discs: what touches shares its nodes.
+TEST(Mesh, PartsThatTouchShareTheirBoundary) {
+    std::vector<Part> parts = {
+        part_of("rectangle", {{"h", 10}, {"b", 100}}),         part_of("rectangle", {{"h", 5}, {"b", 100}}, {0, 7.5}),
+        part_of("rectangle", {{"h", 40}, {"b", 6}}, {13, 30}), part_of("rectangle", {{"h", 8}, {"b", 20}}, {-20, 2}),
+        part_of("circle", {{"d", 30}}, {16 + 15, 30}),         part_of("rectangle", {{"h", 10}, {"b", 6}}, {-45, 13})};
+    parts[1].material = "timber";
+    parts[5].place.angle = 90;
+    Section s = section_of(parts);
+    s.bars = {{{-43, 0}, PI, "steel", false}, {{43, 1}, PI, "steel", false}};
+    std::map<int, double> areas = {
+        {0, 1000 - 20.0 * 7 - 2 * PI}, {1, 500 - 20}, {2, 240}, {3, 160}, {4, 225 * PI}, {5, 60}, {6, PI}, {7, PI}};
+    const Mesh mesh = mesh_of(s);
+    const auto found = areas_of(mesh);
+    for (const auto& [owner, area] : areas) EXPECT_NEAR(found.at(owner), area, 1e-9 * area) << owner;
+    for (const auto& [edge, count] : edges_of(mesh)) EXPECT_EQ(count, 1);
+    // The circle touches the stiffener in one point alone, which is told; all else hangs together.
+    const std::vector<Finding> findings = check(s, mesh);
+    ASSERT_EQ(findings.size(), 1u);
+    EXPECT_EQ(findings[0].message, "hangs in a single point, (16, 30)");
+}
+
+TEST(Mesh, WhatLeavesNothingIsNamed) {
+    const auto refusal = [](const Section& s) -> std::string {
+        try {
+            mesh_of(s);
+        } catch (const Error& error) {
+            return error.what();
+        }
+        return "";
+    };
+    EXPECT_EQ(refusal(section_of({part_of("circle", {{"d", 10}}), part_of("rectangle", {{"h", 20}, {"b", 20}})})),
+              "parts[0]: later ones cover it whole; leave it out, or put it behind them");
+    EXPECT_EQ(refusal(section_of({part_of("triangle", {{"h", 1e-4}, {"b", 1000}, {"a", 0}})})).substr(0, 60),
+              "parts[0]: is thinner than 5e-7 of the length of all its line");
+}
+
+// Halved sizes: four times the elements, and the walls of an angle stay walls.
+TEST(Mesh, IsAsFineAsItIsAskedFor) {
+    const Section s = section_of({part_of("angle", {{"h", 100}, {"b", 100}, {"t", 10}, {"r1", 12}, {"r2", 6}})});
+    const double coarse = static_cast<double>(mesh_of(s).elements.size());
+    EXPECT_LT(coarse, 200);
+    EXPECT_NEAR(static_cast<double>(mesh_of(s, 2).elements.size()) / coarse, 4, 1);
+    Section sized = s;
+    sized.wishes.size = 2;
+    for (const auto& [edge, count] : edges_of(mesh_of(sized))) {
+        const Mesh mesh = mesh_of(sized);
+        EXPECT_LT(length(mesh.nodes[edge.first - 1] - mesh.nodes[edge.second - 1]), 3);
+        break;
+    }
+}
+
+// Closed formulas: the values lie within their bounds, and these within the accuracy that is stated for it.
+TEST(Analysis, ClosedFormulasWithinTheBounds) {
+    const double E = 210000, G = 80000;
+    struct Case {
+        Part part;
+        std::map<int, double> values;
+    };
+    const std::vector<Case> cases = {
+        {part_of("circle", {{"d", 20}}, {30, -7}),
+         {{VQ_EA, E * 100 * PI},
+          {VQ_YC, 30},
+          {VQ_ZC, -7},
+          {VQ_SCY, 30},
+          {VQ_SCZ, -7},
+          {VQ_IZZ, E * PI * 2500},
+          {VQ_GJ, G * PI * 5000},
+          {VQ_GAY, G * 100 * PI * 6 / 7},
+          {VQ_PLMOD_Z, 4000 / 3.0},
+          {VQ_PLAXIS_Y, 30},
+          {VQ_PLAXIS_Z, -7}}},
+        {part_of("ring", {{"d", 40}, {"t", 4}}),
+         {{VQ_IYY, E * PI / 64 * (256e4 - 32. * 32 * 32 * 32)}, {VQ_GJ, G * PI / 32 * (256e4 - 32. * 32 * 32 * 32)}}},
+        {part_of("rectangle", {{"h", 60}, {"b", 20}}, {100, 100}),
+         {{VQ_EA, E * 1200},
+          {VQ_GAY, G * 1000},
+          {VQ_GAZ, G * 1000},
+          {VQ_PLMOD_Z, 18000},
+          {VQ_PLMOM_Y, 6000 * 235},
+          {VQ_YC, 100},
+          {VQ_SCZ, 100},
+          {VQ_PLAXIS_Y, 100},
+          {VQ_PLAXIS_Z, 100},
+          {VQ_WEIGHT, 1200 * 7.85e-6}}},
+        // equilateral, side a: It = sqrt(3) a^4 / 80
+        {part_of("triangle", {{"h", 15 * std::sqrt(3)}, {"b", 30}}), {{VQ_GJ, G * std::sqrt(3) / 80 * 810000}}},
+    };
+    for (const Case& c : cases) {
+        const Analysis a = analyse(section_of({c.part}));
+        EXPECT_TRUE(a.met) << c.part.shape;
+        const Slots sizes = natural_sizes(a.value);
+        for (const auto& [slot, value] : c.values) {
+            // one in fifty bounds is too small, by a factor of five at most
+            EXPECT_NEAR(a.value[slot], value, 3 * a.bound[slot] + 1e-12 * sizes[slot]) << c.part.shape << " " << slot;
+            EXPECT_LE(a.bound[slot], 1e-3 * sizes[slot]) << c.part.shape << " " << slot;
+        }
+    }
+}
+
+// A wish beyond three levels takes further ones; a limit of nodes ends them, and is told.
+TEST(Analysis, LevelsGoOnUntilTheWishIsMet) {
+    Section s = section_of({part_of("channel", {{"h", 100}, {"b", 50}, {"tw", 6}, {"tf", 8}, {"r", 8}})});
+    s.wishes.accuracy = 1e-5;
+    const Analysis fine = analyse(s), stopped = analyse(s, 5000);
+    EXPECT_TRUE(fine.met);
+    EXPECT_GT(fine.levels, 3);
+    EXPECT_LE(fine.reached, 1e-5);
+    EXPECT_FALSE(stopped.met);
+    EXPECT_GT(stopped.reached, 1e-5);
+    EXPECT_NEAR(stopped.value[VQ_GJ], fine.value[VQ_GJ], stopped.bound[VQ_GJ] + fine.bound[VQ_GJ]);
+}
+
+// Two materials far from the origin, in units in which lengths are 32 and moduli 1/64 of what they were: powers of two,
+// so that no digit of any value or field changes.
+TEST(Analysis, UnitsAndPlaceChangeNothing) {
+    std::vector<Part> parts = {part_of("channel", {{"h", 100}, {"b", 50}, {"tw", 6}, {"tf", 8}, {"r", 8}}, {64, 256}),
+                               part_of("rectangle", {{"h", 100}, {"b", 20}}, {54, 256})};
+    parts[1].material = "timber";
+    const Section s = section_of(parts);
+    const double L = 32, F = L * L / 64;
+    Section scaled = s, moved = s;
+    for (Part& part : scaled.parts) {
+        for (auto& [name, value] : part.parameters) value *= L;
+        part.place.at = L * part.place.at;
+    }
+    for (Material& m : scaled.materials)
+        for (double* modulus : {&m.E, &m.G, &m.tension, &m.compression}) *modulus /= 64;
+    for (Material& m : scaled.materials) m.density /= L * L * L;
+    for (Part& part : moved.parts) part.place.at = part.place.at - Point{64, 256};
+    const Analysis a = analyse(s), b = analyse(scaled), c = analyse(moved);
+    const Slots sizes = natural_sizes(a.value);
+    for (int k = 0; k < VQ_NSLOTS; ++k) {
+        const Dimension d = slots()[k].dimension;
+        EXPECT_EQ(b.value[k], a.value[k] * std::pow(L, d.length) * std::pow(F, d.force)) << slots()[k].name;
+        const double to = k == VQ_YC || k == VQ_SCY || k == VQ_PLAXIS_Y || k == VQ_PLAXIS_Y_NEG   ? 64
+                          : k == VQ_ZC || k == VQ_SCZ || k == VQ_PLAXIS_Z || k == VQ_PLAXIS_Z_NEG ? 256
+                                                                                                  : 0;
+        const double cos = std::cos(a.value[VQ_ALPHA]), sin = std::sin(a.value[VQ_ALPHA]);
+        const double turned_to = k == VQ_SCU     ? cos * 64 + sin * 256
+                                 : k == VQ_SCV   ? cos * 256 - sin * 64
+                                 : k == VQ_COUP1 ? cos * 64 - sin * 256
+                                 : k == VQ_COUP2 ? cos * 256 + sin * 64
+                                                 : to;
+        EXPECT_NEAR(a.value[k] - turned_to, c.value[k], a.bound[k] + c.bound[k] + 1e-6 * sizes[k]) << slots()[k].name;
+    }
+    ASSERT_EQ(a.stress.size(), b.stress.size());
+    for (std::size_t i = 0; i < a.warping.size(); ++i)
+        EXPECT_EQ(b.warping[i], a.warping[i] * (i < a.mesh.nodes.size() ? L * L : L));
+    for (std::size_t i = 8; i < a.stress.size(); i += 12) EXPECT_EQ(b.stress[i], a.stress[i] / (L * L));  // of N = 1
+    for (std::size_t i = 0; i < a.stress.size(); i += 12)
+        EXPECT_EQ(b.stress[i], a.stress[i] / (L * L * L));  // of T = 1
+}
+
+// Discs take part in everything; points have no torsion, and plastic moments without them.
+TEST(Analysis, BarsAsDiscsAndAsPoints) {
+    Section s = section_of({part_of("rectangle", {{"h", 300}, {"b", 200}})});
+    s.parts[0].material = "timber";
+    for (const double y : {-60, 60}) s.bars.push_back({{y, -110}, 314, "steel", false});
+    const Analysis discs = analyse(s);
+    for (Bar& bar : s.bars) bar.as_point = true;
+    const Analysis points = analyse(s);
+    const double EA = 11000.0 * 60000 + 2 * 314 * (210000 - 11000.0);
+    EXPECT_NEAR(discs.value[VQ_EA], EA, discs.bound[VQ_EA]);
+    EXPECT_NEAR(points.value[VQ_EA], EA, 1e-9 * EA);
+    EXPECT_NEAR(points.value[VQ_ZC], discs.value[VQ_ZC], discs.bound[VQ_ZC]);
+    EXPECT_GT(value_of(discs, VQ_GJ), 1.001 * value_of(points, VQ_GJ));
+    EXPECT_GT(value_of(discs, VQ_PLMOM_Z), 1.1 * value_of(points, VQ_PLMOM_Z));
+    ASSERT_EQ(points.bars.size(), 2u);
+    EXPECT_NEAR(points.bars[1].STRESS[0] * EA, 210000, 1e-6 * 210000);  // of a unit normal force
+}
+
+TEST(Check, FindingsAreToldInTheWordsOfTheSection) {
+    const std::string steel = R"({"name": "steel", "E": 210000, "strength": 235})";
+    const auto plate = [](double y, double z, const std::string& more = "") {
+        return R"({"shape": "rectangle", "parameters": {"h": 20, "b": 60}, "material": "steel", "at": [)" +
+               std::to_string(y) + ", " + std::to_string(z) + "]" + more + "}";
+    };
+    const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
+        {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + "]}", {}},
+        {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + ", " + plate(100, 0) + "]}",
+         {"parts[1]: touches none of the parts before it"}},
+        {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + ", " + plate(60, 20) + "]}",
+         {"parts[0]: hangs in a single point, (30, 10)"}},
+        {"{\"materials\": [" + steel + R"(, {"name": "x", "E": 1}, {"name": "t", "E": 9}], "parts": [)" + plate(0, 0) +
+             ", " + plate(0, 20, R"(, "factor": 0, "group": 2)") +
+             R"(, {"material": "t", "shape": "circle", "parameters": {"d": 9}}]})",
+         {"materials[1]: \"x\" is used by nothing", "materials[2]: \"t\" has no strength, others have",
+          "parts[1].factor: is 0: this group bends by itself"}},
+        {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + ", " + plate(0, 0) + "]}",
+         {"parts[0]: later ones cover it whole"}},
+    };
+    for (const auto& [text, wanted] : cases) {
+        std::vector<std::string> found;
+        for (const Finding& f : check(read_section(text))) found.push_back(f.place + ": " + f.message);
+        EXPECT_EQ(found, wanted);
+    }
+}
+
+}  // namespace velquor
