@@ -3,6 +3,7 @@
 #include <cmath>
 #include <map>
 
+#include "kit/section/crossings.h"
 #include "kit/section/file.h"
 #include "kit/section/geometry.h"
 #include "kit/section/profiles.h"
@@ -15,7 +16,12 @@ namespace velquor {
 namespace {
 
 constexpr double PI = 3.14159265358979323846;
-constexpr double SMALLEST = 1e-9;  // of an outline's extent: an edge that is shorter, a bend that is flatter
+constexpr double LARGEST = 1e9;              // coordinate
+constexpr double STIFFEST = 1e30;            // modulus
+constexpr double ROUNDING = 1e-9;            // of a distance
+constexpr double SHORTEST = 4 * SAME_PLACE;  // of an outline's extent: an edge that is shorter is none
+constexpr double FLATTEST = 1e-6;            // rise of an arc over the line between its ends
+constexpr int RIM = 32;                      // points that stand for a disc's rim, half of them for a circle in it
 
 std::string numbered(const char* list, std::size_t i) { return std::string(list) + "[" + std::to_string(i) + "]"; }
 
@@ -27,6 +33,7 @@ void check_material(const Material& m, const std::string& place) {
     };
     demand(m.E, "E", true);
     demand(m.G, "G", true);
+    if (m.G > STIFFEST) throw Error(place, "G = " + text_of(m.G) + ": must be at most 1e30");
     demand(m.density, "density", false);
     demand(m.tension, "tension", false);
     demand(m.compression, "compression", false);
@@ -44,6 +51,12 @@ void check_material_of(const std::string& name, const std::vector<Material>& mat
     throw Error(place + ".material", "unknown material " + in_quotes(name), did_you_mean(name, names));
 }
 
+void check_point(const Point& p, const std::string& place) {
+    for (const double x : {p.y, p.z})
+        if (!(std::abs(x) <= LARGEST))
+            throw Error(place, "a coordinate of " + text_of(x), "must be between -1e9 and 1e9");
+}
+
 void check_outline(const Outline& outline, const std::string& place) {
     const auto& edges = outline.edges;
     const bool arcs = std::any_of(edges.begin(), edges.end(), [](const Edge& e) { return e.arc; });
@@ -53,7 +66,7 @@ void check_outline(const Outline& outline, const std::string& place) {
     double extent = 0;
     for (const Edge& edge : edges)
         for (const Point& p : {edge.to, edge.arc ? edge.through : edge.to}) {
-            if (!std::isfinite(p.y) || !std::isfinite(p.z)) throw Error(place, "a coordinate is not a number");
+            check_point(p, place);
             extent = std::max({extent, std::abs(p.y - edges[0].to.y), std::abs(p.z - edges[0].to.z)});
         }
     Point from = edges.back().to;
@@ -61,7 +74,7 @@ void check_outline(const Outline& outline, const std::string& place) {
         const Edge& edge = edges[i];
         const std::string here = place + "[" + std::to_string(i) + "]";
         const double length = std::hypot(edge.to.y - from.y, edge.to.z - from.z);
-        if (length <= SMALLEST * extent) {
+        if (length <= SHORTEST * extent) {
             const std::string last = i > 0 ? "the point before it" : "the last point: outlines close by themselves";
             throw Error(here, "the same point as " + last, "leave one of the two out");
         }
@@ -69,16 +82,17 @@ void check_outline(const Outline& outline, const std::string& place) {
         const double bow =
             ((edge.through.y - from.y) * (edge.to.z - from.z) - (edge.through.z - from.z) * (edge.to.y - from.y)) /
             length;
-        if (edge.arc && std::abs(bow) <= SMALLEST * extent)
+        if (edge.arc && std::abs(bow) <= std::max(FLATTEST * length, SAME_PLACE * extent))
             throw Error(here, "through lies on the line between the arc's ends",
                         "give a point [y, z] for a straight edge");
         from = edge.to;
     }
-    if (std::abs(area_of(outline)) <= SMALLEST * extent * extent) throw Error(place, "encloses no area");
+    if (std::abs(area_of(outline)) <= SAME_PLACE * extent * extent) throw Error(place, "encloses no area");
 }
 
 // Discs of two bars must not overlap; looked for among those that are near along y.
-void check_bars(const std::vector<Bar>& bars) {
+void check_overlaps(const Section& s) {
+    const std::vector<Bar>& bars = s.bars;
     std::vector<std::size_t> order;
     double widest = 0;
     const auto radius = [&](std::size_t i) { return std::sqrt(bars[i].area / PI); };
@@ -94,15 +108,39 @@ void check_bars(const std::vector<Bar>& bars) {
             if (other.at.y - one.at.y > radius(order[a]) + widest) break;
             const double distance = std::hypot(other.at.y - one.at.y, other.at.z - one.at.z);
             const double least = radius(order[a]) + radius(order[b]);
-            if (distance < least * (1 - SMALLEST)) {
+            if (distance < least * (1 - ROUNDING)) {
                 const auto [first, second] = std::minmax(order[a], order[b]);
-                throw Error(numbered("bars", second), "overlaps " + numbered("bars", first),
+                throw Error(place_of_bar(s, second), "overlaps " + place_of_bar(s, first),
                             "their centres are " + text_of(distance) + " apart, and must be " + text_of(least));
             }
         }
 }
 
-void check_part(const Section& s, const Part& part, const std::string& place) {
+// A bar's centre lies in a part, and so does all of a disc: in one of them away from its boundary, else point for point
+// of its rim and of a circle half as wide.
+void check_inside(const Section& s, const std::vector<Region>& regions) {
+    const auto in_a_part = [&](const Point& p) {
+        return std::any_of(regions.begin(), regions.end(), [&](const Region& region) { return inside(region, p); });
+    };
+    for (std::size_t i = 0; i < s.bars.size(); ++i) {
+        const Point& c = s.bars[i].at;
+        if (!in_a_part(c)) throw Error(place_of_bar(s, i), "lies outside of all parts");
+        if (s.bars[i].as_point) continue;
+        const double r = std::sqrt(s.bars[i].area / PI);
+        if (std::any_of(regions.begin(), regions.end(), [&](const Region& region) {
+                return inside(region, c) && distance_to_boundary(region, c) >= r - region.tolerance;
+            }))
+            continue;
+        for (int k = 0; k < RIM * 3 / 2; ++k) {
+            const double angle = k * 2 * PI / (k < RIM ? RIM : RIM / 2), far = k < RIM ? r : r / 2;
+            if (!in_a_part({c.y + far * std::cos(angle), c.z + far * std::sin(angle)}))
+                throw Error(place_of_bar(s, i), "its disc, of radius " + text_of(r, 6) + ", reaches out of the parts",
+                            "move it, or give \"as_point\": true");
+        }
+    }
+}
+
+std::vector<Region> check_part(const Section& s, const Part& part, const std::string& place) {
     check_material_of(part.material, s.materials, place);
     if (part.group < 1) throw Error(place + ".group", text_of(part.group), "must be at least 1");
     if (!(part.factor >= 0 && part.factor <= 1))
@@ -111,9 +149,11 @@ void check_part(const Section& s, const Part& part, const std::string& place) {
         check_outline(part.face.outer, place + ".outline");
         for (std::size_t i = 0; i < part.face.holes.size(); ++i)
             check_outline(part.face.holes[i], place + "." + numbered("holes", i));
-    } else {
-        faces_of(s, part, place);
+        check_crossings(part.face, place);
     }
+    std::vector<Region> regions;
+    for (const Face& face : faces_of(s, part, place)) regions.push_back(region_of(face));
+    return regions;
 }
 
 template <class Named>
@@ -139,22 +179,34 @@ void check_section(const Section& s) {
     check_names(s.parts, "parts");
     for (std::size_t i = 0; i < s.materials.size(); ++i) check_material(s.materials[i], numbered("materials", i));
     std::map<int, std::size_t> groups;
+    std::vector<Region> regions;
     for (std::size_t i = 0; i < s.parts.size(); ++i) {
-        const std::string place = numbered("parts", i);
-        check_part(s, s.parts[i], place);
+        const std::string place = place_of_part(s, i);
+        for (Region& region : check_part(s, s.parts[i], place)) regions.push_back(std::move(region));
         const std::size_t first = groups.emplace(s.parts[i].group, i).first->second;
         if (s.parts[first].factor != s.parts[i].factor)
             throw Error(place + ".factor",
-                        text_of(s.parts[i].factor) + " differs from that of " + numbered("parts", first),
+                        text_of(s.parts[i].factor) + " differs from that of " + place_of_part(s, first),
                         "a group has one factor");
     }
     for (std::size_t i = 0; i < s.bars.size(); ++i) {
-        const std::string place = numbered("bars", i);
-        check_material_of(s.bars[i].material, s.materials, place);
-        if (!(s.bars[i].area > 0)) throw Error(place, "area = " + text_of(s.bars[i].area) + ": must be above 0");
+        const Bar& bar = s.bars[i];
+        const std::string place = place_of_bar(s, i);
+        check_material_of(bar.material, s.materials, place);
+        if (!(bar.area > 0)) throw Error(place, "area = " + text_of(bar.area) + ": must be above 0");
+        if (bar.area > LARGEST * LARGEST) throw Error(place, "area = " + text_of(bar.area) + ": must be at most 1e18");
+        check_point(bar.at, place);
     }
-    check_bars(s.bars);
+    check_overlaps(s);
+    check_inside(s, regions);
 }
+
+std::string place_of_bar(const Section& s, std::size_t number) {
+    const std::string& read = s.bars[number].place;
+    return read.empty() ? numbered("bars", number) : read;
+}
+
+std::string place_of_part(const Section&, std::size_t number) { return numbered("parts", number); }
 
 std::vector<Face> faces_of(const Section& section, const Part& part, const std::string& place) {
     std::vector<Face> faces = {part.face};

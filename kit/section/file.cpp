@@ -91,13 +91,47 @@ Part part_of(const json& value, const std::string& place) {
     return part;
 }
 
-Bar bar_of(const json& value, const std::string& place) {
+// The places of an entry: one, those of a row with its ends, or those of a ring.
+std::vector<Point> places_of(const json& value, const std::string& place) {
+    const bool row = value.contains("from"), ring = value.contains("centre");
+    if (value.contains("at") + row + ring != 1)
+        throw Error(place, value.contains("at") || row ? "a bar with several places" : "a bar without a place",
+                    "give one of \"at\", \"from\" with \"to\", and \"centre\" with \"radius\"");
+    for (const auto& [key, wanted] : {std::pair{"count", row || ring}, std::pair{"start", ring}})
+        if (value.contains(key) && !wanted)
+            throw Error(place, in_quotes(key) + " without a " + (key[0] == 'c' ? "row or a ring" : "ring"),
+                        "leave it out");
+    if (value.contains("at")) return {point_of(value["at"])};
+    std::vector<Point> places;
+    const int count = value.at("count");
+    if (row) {
+        const Point a = point_of(value["from"]), b = point_of(value.at("to"));
+        for (int k = 0; k < count; ++k) {
+            const double share = k / (count - 1.0);
+            places.push_back({a.y + share * (b.y - a.y), a.z + share * (b.z - a.z)});
+        }
+        places.back() = b;
+    } else {
+        const Point c = point_of(value["centre"]);
+        const double r = value.at("radius"), start = value.value("start", 0.0);
+        for (int k = 0; k < count; ++k) places.push_back(on_circle(c, r, start + 360.0 * k / count));
+    }
+    return places;
+}
+
+void take_bars(const json& value, const std::string& place, std::vector<Bar>& bars) {
     if (value.contains("diameter") == value.contains("area"))
         throw Error(place, value.contains("area") ? "diameter and area are both given" : "a bar without a size",
                     "give one of \"diameter\" and \"area\"");
     const double d = value.value("diameter", 0.0);
-    return {point_of(value.at("at")), value.value("area", PI * d * d / 4), value.value("material", ""),
-            value.value("as_point", false)};
+    const std::vector<Point> places = places_of(value, place);
+    if (bars.size() + places.size() > MOST_BARS)
+        throw Error(place, "more than " + std::to_string(MOST_BARS) + " bars in all");
+    const char* pattern = value.contains("from") ? " of the row)" : " of the ring)";
+    for (std::size_t k = 0; k < places.size(); ++k)
+        bars.push_back({places[k], value.value("area", PI * d * d / 4), value.value("material", ""),
+                        value.value("as_point", false),
+                        place + (places.size() > 1 ? " (" + ordinal(k + 1) + pattern : "")});
 }
 
 Section section_of(const json& value) {
@@ -114,7 +148,7 @@ Section section_of(const json& value) {
     }
     each("materials", [&](const json& v, const std::string& at) { s.materials.push_back(material_of(v, at)); });
     each("parts", [&](const json& v, const std::string& at) { s.parts.push_back(part_of(v, at)); });
-    each("bars", [&](const json& v, const std::string& at) { s.bars.push_back(bar_of(v, at)); });
+    each("bars", [&](const json& v, const std::string& at) { take_bars(v, at, s.bars); });
     if (s.materials.size() == 1) {
         const std::string& only = s.materials.front().name;
         for (Part& part : s.parts) part.material = part.material.empty() ? only : part.material;

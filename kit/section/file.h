@@ -11,6 +11,7 @@ namespace velquor {
 // Largest text that is read, and most numbers, texts, lists and objects in it.
 constexpr std::size_t LARGEST_TEXT = std::size_t{1} << 24;
 constexpr std::size_t MOST_VALUES = 200000;
+constexpr std::size_t MOST_BARS = 10000;  // those of rows and rings too
 
 // The schema of the text, JSON Schema draft 7.
 std::string_view section_schema();
@@ -19,11 +20,12 @@ std::string_view section_schema();
 // its line and column where it is no JSON.
 Section read_section(std::string_view text);
 
-// The text of a section, with every digit that its numbers need: read again it gives the same section.
+// The text of a section, with every digit that its numbers need: read again it gives the same section. Rows and rings
+// of bars are written bar for bar.
 std::string write_section(const Section& section);
 
-// What the schema cannot say: that names are known and unlike, what excludes what, and that outlines enclose something.
-// Throws Error with the place as in the text.
+// What the schema cannot say: that names are known and unlike, what excludes what, that outlines enclose something and
+// do not cross, and that bars lie in parts and apart. Throws Error with the place as in the text.
 void check_section(const Section& section);
 
 // The faces of a part, in its place and in the section's unit of length. `place` is that of the part in the text.

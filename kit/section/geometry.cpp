@@ -111,12 +111,17 @@ Outline circle_at(const Point& c, double r) {
     return {{{{c.y - r, c.z}, true, {c.y, c.z + r}}, {{c.y + r, c.z}, true, {c.y, c.z - r}}}};
 }
 
-Face placed(const Face& face, const Place& place) {
-    // Quarter turns are exact, so that parts which touch still do.
-    const double quarters = std::remainder(place.angle, 360) / 90;
+Point on_circle(const Point& centre, double radius, double angle) {
+    const double quarters = std::remainder(angle, 360) / 90;
     double c = std::cos(quarters * PI / 2), s = std::sin(quarters * PI / 2);
     if (quarters == std::round(quarters)) c = std::round(c), s = std::round(s);
-    const auto move = [&](Point& p) {
+    return {centre.y + radius * c, centre.z + radius * s};
+}
+
+Face placed(const Face& face, const Place& place) {
+    // Quarter turns are exact, so that parts which touch still do.
+    const auto [c, s] = on_circle({}, 1, place.angle);
+    const auto move = [&, c = c, s = s](Point& p) {
         if (place.mirrored) p.y = -p.y;
         p = place.at + Point{c * p.y - s * p.z, s * p.y + c * p.z};
     };

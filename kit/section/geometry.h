@@ -36,6 +36,9 @@ Outline wall_along(const std::vector<Point>& line, double thickness, double bend
 
 Outline circle_at(const Point& centre, double radius);
 
+// The point of a circle at an angle in degrees, from the right counter-clockwise; quarters are exact.
+Point on_circle(const Point& centre, double radius, double angle);
+
 Face placed(const Face& face, const Place& place);
 
 }  // namespace velquor

@@ -79,9 +79,7 @@ std::string line_and_column(std::string_view text, std::size_t byte) {
 std::string fault_of(const json::parse_error& error) {
     std::string text = error.what();
     if (const std::size_t at = text.find(" - "); at != std::string::npos) text = text.substr(at + 3);
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return c >= 0 && c < ' '; }, ' ');
-    return "not JSON: " + text;
+    return "not JSON: " + printable(text);
 }
 
 }  // namespace

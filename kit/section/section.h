@@ -2,6 +2,7 @@
 // length, stresses and moduli in its unit of force over the square of that.
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -63,7 +64,8 @@ struct Bar {
     Point at;
     double area = 0;
     std::string material;
-    bool as_point = false;  // false: meshed as a disc, and takes part in everything
+    bool as_point = false;   // false: meshed as a disc, and takes part in everything
+    std::string place = {};  // where a file has it: "bars[1] (3rd of the row)"; empty where none was read
 };
 
 // How the section is to be calculated.
@@ -91,5 +93,9 @@ struct Error : std::runtime_error {
           fault(std::move(what)),
           remedy(std::move(instead)) {}
 };
+
+// Where a message is to say that a bar or a part stands: in the file that was read, else in the section's own list.
+std::string place_of_bar(const Section& section, std::size_t number);
+std::string place_of_part(const Section& section, std::size_t number);
 
 }  // namespace velquor

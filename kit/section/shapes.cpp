@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "kit/section/crossings.h"
 #include "kit/section/words.h"
 
 namespace velquor {
@@ -84,7 +85,13 @@ std::vector<Face> faces_of(const Shape& shape, const std::map<std::string, doubl
         }
     }
     try {
-        return shape.faces({values, place});
+        const std::vector<Face> faces = shape.faces({values, place});
+        // Within the limits of its parameters a shape crosses nothing; but it may be too thin for its extent.
+        for (const Face& face : faces)
+            if (const auto found = crossing_of(region_of(face)))
+                throw Error(place, "edges meet at (" + text_of(found->at.y, 6) + ", " + text_of(found->at.z, 6) + ")",
+                            "walls, gaps and radii must be above " + text_of(SAME_PLACE) + " of the whole, or 0");
+        return faces;
     } catch (const Error& error) {
         if (!error.place.empty()) throw;
         throw Error(place, error.fault, error.remedy);

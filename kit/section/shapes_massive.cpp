@@ -108,12 +108,14 @@ std::vector<Face> box_girder(const Given& p) {
     const double tw = p("tw"), tt = p("tt"), tb = p("tb");
     const double tip = p("tc") > 0 ? p("tc") : tt, root = p("tr") > 0 ? p("tr") : tt;
     p.below("bt", "b", b);
+    p.at_most("bb", "b", b);
     p.below("tt", "h - tb", h - tb);
     p.below("tc", "h", h);
     p.below("tr", "h", h);
     // Sides of the webs at a height z: between (bt / 2, -root) and (bb / 2, -h) outside, tw further in inside.
     const auto side = [&](double z) { return bt / 2 + (bb - bt) / 2 * (-root - z) / (h - root); };
     p.below("tw", "the box's half width inside", std::min(side(-tt), side(-(h - tb))));
+    p.above("tw", "what the webs lean outwards from tr up to tt", side(-tt) - bt / 2);
     const double it = side(-tt) - tw, ib = side(-(h - tb)) - tw;
     const Outline outer = rounded({{{bb / 2, -h}},
                                    {{bt / 2, -root}},

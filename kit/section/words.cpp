@@ -28,6 +28,24 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
+// How many bytes the printable character here has; 0 where there is none. UTF-8 as RFC 3629 has it: no longer forms
+// than needed, no surrogates, none above U+10FFFF.
+std::size_t letter_at(std::string_view text, std::size_t i) {
+    const auto byte = [&](std::size_t k) -> unsigned {
+        return k < text.size() ? static_cast<unsigned char>(text[k]) : 0u;
+    };
+    const unsigned first = byte(i), second = byte(i + 1);
+    if (first < 0x80) return first >= ' ' && first != 0x7f;
+    if (first < 0xc2 || first > 0xf4) return 0;
+    const std::size_t bytes = first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+    for (std::size_t k = i + 1; k < i + bytes; ++k)
+        if ((byte(k) & 0xc0) != 0x80) return 0;
+    const bool longer = (first == 0xe0 && second < 0xa0) || (first == 0xf0 && second < 0x90);
+    const bool beyond = (first == 0xed && second >= 0xa0) || (first == 0xf4 && second >= 0x90);
+    if (first == 0xc2 && second < 0xa0) return 0;  // control characters
+    return longer || beyond ? 0 : bytes;
+}
+
 }  // namespace
 
 std::string text_of(double value) {
@@ -35,12 +53,34 @@ std::string text_of(double value) {
     return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
+std::string text_of(double value, int digits) {
+    char text[40];
+    return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, digits).ptr};
+}
+
+std::string ordinal(std::size_t number) {
+    const bool teens = number / 10 % 10 == 1;
+    const char* ending = number % 10 == 1 ? "st" : number % 10 == 2 ? "nd" : number % 10 == 3 ? "rd" : "th";
+    return std::to_string(number) + (teens ? "th" : ending);
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t bytes = letter_at(text, i);
+        if (bytes == 0)
+            shown += '?';
+        else
+            shown += text.substr(i, bytes);
+        i += std::max<std::size_t>(bytes, 1);
+    }
+    return shown;
+}
+
 std::string in_quotes(std::string_view text) {
     std::size_t end = std::min(text.size(), LONGEST_QUOTE);
     while (end > 0 && end < text.size() && (text[end] & 0xc0) == 0x80) --end;  // between two characters of UTF-8
-    std::string shown = "\"";
-    for (const char c : text.substr(0, end)) shown += c == '\x7f' || (c >= 0 && c < ' ') ? '?' : c;
-    return shown + (end < text.size() ? "...\"" : "\"");
+    return "\"" + printable(text.substr(0, end)) + (end < text.size() ? "...\"" : "\"");
 }
 
 std::string plain(std::string_view name) {

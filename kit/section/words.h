@@ -10,6 +10,15 @@ namespace velquor {
 // The shortest text that reads back as the same number; no locale changes it.
 std::string text_of(double value);
 
+// The number to so many digits, without zeros at its end.
+std::string text_of(double value, int digits);
+
+// "3rd"
+std::string ordinal(std::size_t number);
+
+// The text with a question mark for each control character and each byte that is not of UTF-8.
+std::string printable(std::string_view text);
+
 // In double quotes; what cannot be printed is replaced, what is long is cut.
 std::string in_quotes(std::string_view text);
 
