@@ -64,7 +64,7 @@ Profile profile_of(const std::string& name, const std::string& length, const std
         throw Error(place, "unknown profile " + in_quotes(name), did_you_mean(name, profile_names()));
     const Row& row = found->second;
     const Family& family = *row.family;
-    Profile profile = {row.name, family.name, family.standard, family.shape, {}};
+    Profile profile = {row.name, family.name, family.standard, family.unit, family.shape, {}};
     for (std::size_t i = 0; i < family.columns.size(); ++i) profile.parameters[family.columns[i]] = row.values.at(i);
     if (family.share > 0) {
         const auto& p = profile.parameters;
@@ -74,8 +74,7 @@ Profile profile_of(const std::string& name, const std::string& length, const std
     const double scale = size_of(lengths(), family.unit, place) / size_of(lengths(), length, place);
     for (const Parameter& parameter : shape_of(profile.shape, place).parameters) {
         const auto value = profile.parameters.find(parameter.name);
-        const bool has_unit = parameter.kind != Kind::ratio && parameter.kind != Kind::count;
-        if (value != profile.parameters.end() && has_unit) value->second *= scale;
+        if (value != profile.parameters.end() && has_unit(parameter.kind)) value->second *= scale;
     }
     return profile;
 }

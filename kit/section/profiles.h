@@ -9,6 +9,7 @@ namespace velquor {
 
 struct Profile {
     std::string name, family, standard;
+    std::string unit;   // of length, in which its table is printed
     std::string shape;  // of shapes.h, with every parameter that the tables know
     std::map<std::string, double> parameters;
 };

@@ -14,8 +14,10 @@ enum class Kind {
     optional_length,  // 0 or above
     offset,           // a length of either sign
     ratio,            // 0 or above, without a unit
-    count             // a whole number from 3 to 1000
+    sides,            // a whole number from 3 to 1000
+    bars              // a whole number from 0 to 1000
 };
+bool has_unit(Kind kind);
 
 struct Parameter {
     const char* name;
@@ -37,11 +39,17 @@ struct Given {
     void above(const char* name, const char* formula, double limit) const;
 };
 
+// All parameters of a table, those too that are not given. Throws Error with this place, that of the parameters, where
+// one is unknown, missing or not of its kind; `what` is "shape \"i\"".
+std::map<std::string, double> all_values(const std::string& what, const std::vector<Parameter>& parameters,
+                                         const std::map<std::string, double>& given, const std::string& place);
+
 struct Shape {
     const char* name;
     const char* meaning;  // one line, which ends with the shape's origin
     std::vector<Parameter> parameters;
     std::vector<Face> (*faces)(const Given& given);
+    const char* sketch = nullptr;  // lines of at most 60 letters, at most 14 of them; by shapes()
 };
 
 // All shapes, in the order in which they are listed.
@@ -54,6 +62,9 @@ const Shape& shape_of(const std::string& name, const std::string& place);
 // place, that of the parameters.
 std::vector<Face> faces_of(const Shape& shape, const std::map<std::string, double>& parameters,
                            const std::string& place);
+
+// The sketch of a shape or template; null where there is none.
+const char* sketch_of(const std::string& name);
 
 // The three parts of the table.
 std::vector<Shape> massive_shapes();

@@ -161,7 +161,7 @@ std::vector<Shape> massive_shapes() {
          trapezoid},
         {"polygon",
          "regular polygon, solid or a tube, a side at the bottom; origin: centre",
-         {{"n", "number of sides", Kind::count},
+         {{"n", "number of sides", Kind::sides},
           {"d", "diameter of the circle through the corners"},
           {"t", "thickness of the wall; 0: solid", radius, false}},
          polygon},
