@@ -87,7 +87,10 @@ void check_outline(const Outline& outline, const std::string& place) {
                         "give a point [y, z] for a straight edge");
         from = edge.to;
     }
-    if (std::abs(area_of(outline)) <= SAME_PLACE * extent * extent) throw Error(place, "encloses no area");
+    if (std::abs(area_of(outline)) <= SAME_PLACE * extent * extent) {
+        const auto found = crossing_of(region_of({outline, {}}));  // the two halves of an eight take each other's area
+        if (!found || found->way != Crossing::crosses) throw Error(place, "encloses no area");
+    }
 }
 
 // Discs of two bars must not overlap; looked for among those that are near along y.

@@ -146,9 +146,14 @@ std::optional<Crossing> meeting(const Piece& a, const Piece& b, bool b_follows, 
     for (const Point& p : {a.from, a.to, b.from, b.to})
         if (apart(p, shared) && apart(p, ends) && on_both(p)) ends.push_back(p);
     if (ends.size() > 1) {
-        Point middle = 0.5 * (ends[0] + ends[1]);
-        if (a.arc && distance(middle, a.centre) > 0) middle = a.centre + a.radius * unit(middle - a.centre);
-        if (on_both(middle)) return Crossing{a, b, Crossing::runs_along, middle};
+        // The middle between them, of a line or of either way round a circle.
+        std::vector<Point> middles = {0.5 * (ends[0] + ends[1])};
+        if (a.arc) {
+            const Point aside = a.radius * left_of(unit(ends[1] - ends[0]));
+            middles = {a.centre + aside, a.centre - aside};
+        }
+        for (const Point& middle : middles)
+            if (on_both(middle)) return Crossing{a, b, Crossing::runs_along, middle};
     }
     std::vector<Candidate> places;
     if (shared.empty()) meet_anywhere(a, b, tolerance, places);

@@ -1,11 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cctype>
 #include <cmath>
+#include <random>
+#include <set>
+#include <sstream>
 
+#include "kit/section/crossings.h"
 #include "kit/section/file.h"
 #include "kit/section/geometry.h"
 #include "kit/section/profiles.h"
 #include "kit/section/shapes.h"
+#include "kit/section/templates.h"
 
 namespace velquor {
 
@@ -239,8 +246,365 @@ TEST(File, WrongOnesAreToldTheirPlaceAndWhatWouldBeRight) {
         {with_outline(R"([0, 0], [4, 0], {"arc": [4, 4], "through": [4, 2]})"),
          "parts[0].outline[2]: through lies on the line between the arc's ends; give a point [y, z] for a straight "
          "edge"},
+        {with_outline(R"([0, 0], [4, 0], {"arc": [4, 4], "through": [6, 2], "radius": 3, "turn": "left"})"),
+         "parts[0].outline[2]: through and radius are both given; give \"through\": [y, z], or \"radius\" and "
+         "\"turn\""},
+        {with_outline("[0, 0], [1, 0], [1, 2e9]"),
+         "parts[0].outline[2][1]: 2000000000.0 is given; it must be at most "
+         "1000000000.0"},
+        {with_part(PLATE + ", \"holes\": []"), "parts[0]: \"holes\" without \"outline\"; leave it out"},
+        {with_part(PLATE + ", \"factor\": 1.5"), "parts[0].factor: 1.5 is given; it must be at most 1"},
+        {with_part(PLATE + "}, {" + PLATE + ", \"factor\": 0.5"),
+         "parts[1].factor: 0.5 differs from that of parts[0]; a group has one factor"},
+        {with_part(PLATE + ", \"name\": \"a\"}, {" + PLATE + ", \"name\": \"a\""),
+         "parts[1].name: \"a\" is the name of parts[0]; names must differ"},
+        {with_part(R"("shape": "circle")"), "parts[0].parameters: d is missing; shape \"circle\" needs it: diameter"},
+        {with_part(R"("shape": "rectangle", "parameters": {"h": 1, "b": 1, "r": 1e-9})"),
+         "parts[0].parameters: edges meet at (-0.5, -0.5); walls, gaps and radii must be above 1e-07 of the whole, or "
+         "0"},
+        {with_material(R"({"name": "", "E": 1})"), "materials[0].name: an empty text; a name is wanted"},
+        {with_material(R"({"name": "s", "E": 1, "nu": 0.6})"), "materials[0].nu: 0.6 is given; it must be at most 0.5"},
+        {with_material(R"({"name": "s", "E": 1e30, "nu": -0.9})"),
+         "materials[0]: G = 5.000000000000001e+30: must be at most 1e30"},
+        {with_material(""), "materials: a list of 0; it must have at least 1"},
+        {"{" + STEEL + ", \"parts\": []}",
+         "parts: a list of 0; it must have at least 1: a later part replaces what it covers of those before it"},
+        {with_more("\"wishes\": {\"accuracy\": 1}"), "wishes.accuracy: 1 is given; it must be at most 0.5"},
+        {"{\"n\xff",
+         "line 1, column 4: not JSON: invalid string: ill-formed UTF-8 byte; last read: '\"n?'; expected string "
+         "literal"},
     };
     for (const auto& [text, message] : cases) EXPECT_EQ(refusal(text), message) << text;
+}
+
+// Edges count from 0 as they stand in the file, each with the point that it leads to.
+TEST(File, OutlinesCrossNeitherThemselvesNorTheirHoles) {
+    const std::string CROSS = "; outlines must not cross themselves", TOUCH = "; outlines must not touch themselves";
+    const std::string IN = "; holes must lie inside the outline", APART = "; holes must lie apart from one another";
+    const std::vector<std::pair<std::string, std::string>> outlines = {
+        {"[0, 0], [9, 4], [9, 0], [0, 6]", "[1]: crosses edge 3 at (5.4, 2.4)" + CROSS},
+        {"[2, 2], [6, 6], [6, 2], [2, 6]", "[1]: crosses edge 3 at (4, 4)" + CROSS},  // an eight: no area
+        {"[5, 5], [0, 0], [9, 0], [9, 9], [5, 5.00001], [0, 9]", ""},
+        {"[0, 0], [9, 0], [5, 5], [9, 9], [0, 9], [5, 5]", "[0]: touches edge 2 at (5, 5)" + TOUCH},
+        {"[0, 0], [9, 0], [9, 9], [5, 0], [0, 9]", "[1]: touches edge 4 at (5, 0)" + TOUCH},
+        {"[0, 0], [9, 0], [4, 0], [4, 9]", "[1]: turns back on edge 2 at (9, 0)" + TOUCH},
+        {"[0, 0], [9, 0], [9, 5], [6, 5], [6, 0], [3, 0], [3, 5]", "[1]: runs along edge 5 at (4.5, 0)" + TOUCH},
+        // arcs and lines
+        {R"([0, 0], [20, 0], [20, 5], {"arc": [0, 5], "through": [10, 0.00001]})", ""},
+        {R"([0, 0], [20, 0], [20, 5], {"arc": [0, 5], "through": [10, 0]})", "[1]: touches edge 3 at (10, 0)" + TOUCH},
+        {R"([0, 0], [20, 0], [20, 2.5], {"arc": [0, 2.5], "through": [10, -2.5]})",
+         "[1]: crosses edge 3 at (2.5, 0)" + CROSS},
+        {R"([0, 0], [20, 0], [20, 8], {"arc": [0, 8], "through": [10, -2]})",
+         "[0]: turns back on edge 3 at (0, 8)" + TOUCH},
+        {R"([0, 0], [8, 0], {"arc": [3, -1], "through": [5, 4]}, [0, 5])", "[1]: crosses edge 3 at (2.5, 0)" + CROSS},
+        {R"([0, 0], [8, 0], {"arc": [9, 1], "radius": 1, "turn": "left"}, [9, 5])", ""},  // tangent, as fillets are
+        {R"([0, 0], [8, 0], {"arc": [8, 2], "radius": 1, "turn": "left"}, {"arc": [4, 2], "through": [6, 0.5]})", ""},
+        // arcs of circles of 5 about (0, 0) and (6, 0), of one circle, of circles that touch
+        {R"([-5, 0], {"arc": [5, 0], "through": [0, 5]}, [11, 0], {"arc": [1, 0], "through": [6, 5]}, [1, -3])",
+         "[1]: crosses edge 3 at (3, 4)" + CROSS},
+        {R"({"arc": [0, 5], "through": [5, 0]}, {"arc": [-4, 3], "through": [-3, 4]}, {"arc": [0, -5], "through": [-5, 0]})",
+         ""},
+        {R"([0, 0], {"arc": [8, 0], "through": [4, -4]}, [8, 8], {"arc": [0, 8], "through": [4, -4]})",
+         "[1]: touches edge 3 at (4, -4)" + TOUCH},
+        {R"([0, 0], {"arc": [8, 0], "through": [4, 4]}, {"arc": [4, 0], "through": [6, 2]}, [2, -3])",
+         "[1]: turns back on edge 2 at (8, 0)" + TOUCH},
+    };
+    for (const auto& [points, message] : outlines)
+        EXPECT_EQ(refusal(with_outline(points)), message.empty() ? "" : "parts[0].outline" + message) << points;
+
+    const std::vector<std::pair<std::string, std::string>> holes = {
+        {"[[1, 1], [2, 1], [2, 2]], [[3, 3], [8, 3], [8, 8]]", ""},
+        {"[[1, 1], [2, 1], [2, 2]], [[5, 5], [12, 5], [6, 6]]",
+         "holes[1][1]: crosses edge 2 of the outline at (9, 5)" + IN},
+        {"[[0, 1], [2, 1], [2, 2]]", "holes[0][0]: touches edge 0 of the outline at (0, 1)" + IN},
+        {"[[0, 1], [2, 1], [0, 2]]", "holes[0][0]: runs along edge 0 of the outline at (0, 1.5)" + IN},
+        {R"([{"arc": [7, 5], "through": [8, 6]}, {"arc": [9, 5], "through": [8, 4]}])",
+         "holes[0][0]: touches edge 2 of the outline at (9, 5)" + IN},
+        {R"([{"arc": [2, 4], "through": [4, 6]}, {"arc": [6, 4], "through": [4, 2]}], [{"arc": [2, 4], "through": [4, 6]}, [4, 3], [6, 4]])",
+         "holes[1][0]: runs along edge 0 of holes[0] at (4, 6)" + APART},
+        {"[[10, 1], [12, 1], [12, 2]]", "holes[0]: lies outside of the outline" + IN},
+        {"[[-1, -1], [99, -1], [4, 99]]", "holes[0]: lies outside of the outline" + IN},
+        {"[[1, 1], [8, 1], [8, 8], [1, 8]], [[3, 3], [4, 3], [3, 4]]", "holes[1]: lies in holes[0]" + APART},
+        {"[[3, 3], [4, 3], [3, 4]], [[1, 1], [8, 1], [8, 8], [1, 8]]", "holes[0]: lies in holes[1]" + APART},
+        {"[[1, 1], [4, 1], [1, 4]], [[2, 2], [5, 2], [5, 5]]",
+         "holes[1][0]: crosses edge 2 of holes[0] at (2.5, 2.5)" + APART},
+    };
+    for (const auto& [list, message] : holes)
+        EXPECT_EQ(refusal(with_part("\"outline\": [[0, 0], [9, 0], [9, 9], [0, 9]], \"holes\": [" + list + "]")),
+                  message.empty() ? "" : "parts[0]." + message)
+            << list;
+}
+
+// Corners on a grid, so that they often touch: against all pairs in whole numbers.
+TEST(Crossings, OfRandomPolygonsAreThoseOfAllPairs) {
+    std::minstd_rand random(1);
+    int crossed = 0;
+    for (int trial = 0; trial < 4000; ++trial) {
+        std::vector<std::array<int, 2>> p(3 + random() % 5);
+        Outline outline;
+        for (auto& [y, z] : p) {
+            y = static_cast<int>(random() % 9), z = static_cast<int>(random() % 9);
+            outline.edges.push_back({{1e5 + y * 0.1, z * 0.1}, false, {}});
+        }
+        const std::size_t n = p.size();
+        const auto side = [&](std::size_t a, std::size_t b, std::size_t c) {
+            const int s = (p[b][0] - p[a][0]) * (p[c][1] - p[a][1]) - (p[b][1] - p[a][1]) * (p[c][0] - p[a][0]);
+            return (s > 0) - (s < 0);
+        };
+        const auto on = [&](std::size_t a, std::size_t b, std::size_t c) {
+            const int reach = (p[c][0] - p[a][0]) * (p[c][0] - p[b][0]) + (p[c][1] - p[a][1]) * (p[c][1] - p[b][1]);
+            return side(a, b, c) == 0 && reach <= 0;
+        };
+        bool expected = false, short_edge = false;
+        for (std::size_t i = 0; i < n; ++i) {
+            const std::size_t i1 = (i + 1) % n, i2 = (i + 2) % n;
+            short_edge |= p[i] == p[i1];
+            expected |= on(i, i1, i2) || on(i1, i2, i);  // neighbours that turn back
+            for (std::size_t k = i + 2; k < n; ++k) {
+                const std::size_t k1 = (k + 1) % n;
+                if (k1 == i) continue;
+                expected |= on(i, i1, k) || on(i, i1, k1) || on(k, k1, i) || on(k, k1, i1) ||
+                            (side(i, i1, k) * side(i, i1, k1) < 0 && side(k, k1, i) * side(k, k1, i1) < 0);
+            }
+        }
+        if (short_edge) continue;
+        EXPECT_EQ(crossing_of(region_of({outline, {}})).has_value(), expected) << trial;
+        crossed += expected;
+    }
+    EXPECT_GT(crossed, 1000);
+    EXPECT_LT(crossed, 3500);
+}
+
+// A disc of 10 about the origin, less a bite of 5 about (10, 0) and a round hole of 3 about (-4, 0): by the distances.
+TEST(Crossings, InsideIsExactForArcs) {
+    const double y = 8.75, z = std::sqrt(100 - y * y);
+    const Face face = {{{{{y, -z}, true, {-10, 0}}, {{y, z}, true, {5, 0}}}}, {circle_at({-4, 0}, 3)}};
+    ASSERT_FALSE(crossing_of(region_of(face)));
+    for (int i = -55; i <= 55; ++i)
+        for (int k = -55; k <= 55; ++k) {
+            const double py = i * 0.2, pz = k * 0.2, nearest = 1e-5;  // on the chords too, where k = 0 or i = 0
+            const double far[3] = {10 - std::hypot(py, pz), std::hypot(py - 10, pz) - 5, std::hypot(py + 4, pz) - 3};
+            const double least = *std::min_element(far, far + 3);
+            EXPECT_EQ(inside(face, {py, pz}), least > -nearest) << py << " " << pz;
+            if (least > 0) {
+                EXPECT_NEAR(distance_to_boundary(region_of(face), {py, pz}), least, 1e-12);
+            }
+        }
+    EXPECT_TRUE(inside(face, {-10 - 1e-6, 0}));  // 5e-8 of the extent
+    EXPECT_FALSE(inside(face, {-10 - 4e-6, 0}));
+}
+
+TEST(File, BarsLieInPartsAndAlone) {
+    const auto two = [](const std::string& bars) {
+        return "{" + STEEL + R"(, "parts": [{"shape": "rectangle", "parameters": {"h": 10, "b": 20}},
+            {"outline": [[10, -5], [30, -5], [30, 5], [10, 5]], "holes": [[[19, -1], [21, -1], [21, 1], [19, 1]]]}],
+            "bars": [)" +
+               bars + "]}";
+    };
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {R"({"at": [0, 0], "diameter": 10})", ""},  // touches the outline
+        {R"({"at": [10, 0], "diameter": 6})", ""},  // half in one part, half in the other
+        {R"({"at": [30, 5], "area": 1, "as_point": true})", ""},
+        {R"({"at": [0, 5.001], "area": 1, "as_point": true})", "bars[0]: lies outside of all parts"},
+        {R"({"at": [20, 0], "diameter": 1})", "bars[0]: lies outside of all parts"},  // in the hole
+        {R"({"at": [0, 3], "diameter": 4.01})",
+         "bars[0]: its disc, of radius 2.005, reaches out of the parts; move it, or give \"as_point\": true"},
+        {R"({"at": [17, 0], "diameter": 4.5})",
+         "bars[0]: its disc, of radius 2.25, reaches out of the parts; move it, or give \"as_point\": true"},
+        {R"({"at": [0, 0], "diameter": 1}, {"from": [-4, 3], "to": [4, 6], "count": 3, "diameter": 1})",
+         "bars[1] (3rd of the row): lies outside of all parts"},
+        {R"({"from": [-4, 3], "to": [4, 3], "count": 17, "diameter": 0.6})",
+         "bars[0] (2nd of the row): overlaps bars[0] (1st of the row); their centres are 0.5 apart, and must be 0.6"},
+        {R"({"at": [3, 0], "diameter": 2}, {"centre": [0, 0], "radius": 3, "count": 4, "diameter": 1})",
+         "bars[1] (1st of the ring): overlaps bars[0]; their centres are 0 apart, and must be 1.5"},
+        {R"({"diameter": 1})",
+         "bars[0]: a bar without a place; give one of \"at\", \"from\" with \"to\", and \"centre\" with \"radius\""},
+        {R"({"at": [0, 0], "centre": [0, 0], "radius": 3, "count": 4, "diameter": 1})",
+         "bars[0]: a bar with several places; give one of \"at\", \"from\" with \"to\", and \"centre\" with "
+         "\"radius\""},
+        {R"({"from": [0, 0], "count": 4, "diameter": 1})", "bars[0]: \"from\" without \"to\"; give both"},
+        {R"({"centre": [0, 0], "count": 4, "diameter": 1})", "bars[0]: \"centre\" without \"radius\"; give both"},
+        {R"({"from": [0, 0], "to": [1, 1], "count": 1, "diameter": 1})",
+         "bars[0].count: 1 is given; it must be at least 2"},
+        {R"({"at": [0, 0], "count": 4, "diameter": 1})", "bars[0]: \"count\" without a row or a ring; leave it out"},
+        {R"({"from": [0, 0], "to": [1, 1], "count": 4, "start": 4, "diameter": 1})",
+         "bars[0]: \"start\" without a ring; leave it out"},
+        {R"({"at": [0, 0], "diameter": 1, "area": 1})",
+         "bars[0]: diameter and area are both given; give one of \"diameter\" and \"area\""},
+        {R"({"at": [0, 0], "area": 1}, {"from": [0, 0], "to": [1, 1], "count": 10000, "area": 1})",
+         "bars[1]: more than 10000 bars in all"},
+    };
+    for (const auto& [bars, message] : cases) EXPECT_EQ(refusal(two(bars)), message) << bars;
+
+    const Section s = read_section(two(R"({"from": [-6, 1], "to": [3, 4], "count": 4, "area": 0.1},
+        {"centre": [1, -1], "radius": 2, "count": 4, "start": 180, "area": 0.2, "as_point": true})"));
+    ASSERT_EQ(s.bars.size(), 8u);
+    EXPECT_EQ(s.bars[1].at.y, -3);
+    EXPECT_EQ(s.bars[1].at.z, 2);
+    EXPECT_EQ(s.bars[4].at.y, -1);
+    EXPECT_EQ(s.bars[5].at.z, -3);  // counter-clockwise
+    EXPECT_TRUE(s.bars[5].as_point);
+    EXPECT_EQ(place_of_bar(s, 5), "bars[1] (2nd of the ring)");
+    const Section again = read_section(write_section(s));
+    EXPECT_EQ(write_section(again), write_section(s));
+    EXPECT_EQ(place_of_bar(again, 5), "bars[5]");
+    EXPECT_EQ(place_of_part(s, 1), "parts[1]");
+}
+
+TEST(Templates, MakeWholeSections) {
+    const Section s = section_of_shape("rc_t", {{"h", 600},
+                                                {"b", 1200},
+                                                {"bw", 300},
+                                                {"hf", 150},
+                                                {"n_top", 7},
+                                                {"d_top", 12},
+                                                {"n_bottom", 3},
+                                                {"d_bottom", 25},
+                                                {"cover", 30}});
+    ASSERT_EQ(s.bars.size(), 10u);
+    EXPECT_EQ(s.bars[0].at.y, -600 + 36);  // the cover is measured to the bars' edge
+    EXPECT_EQ(s.bars[0].at.z, -36);
+    EXPECT_EQ(s.bars[3].at.y, 0);
+    EXPECT_EQ(s.bars[9].at.y, 150 - 42.5);
+    EXPECT_EQ(s.bars[9].at.z, -600 + 42.5);
+    EXPECT_EQ(s.bars[9].area, PI * 625 / 4);
+    EXPECT_EQ(s.materials[0].compression, 30);
+    EXPECT_NEAR(s.materials[0].density * 1e9, 2500, 1e-9);
+    EXPECT_EQ(read_section(write_section(s)).bars.size(), 10u);
+
+    const Section r = section_of_shape("rc_rectangle", {{"h", 500},
+                                                        {"b", 300},
+                                                        {"n_top", 1},
+                                                        {"d_top", 20},
+                                                        {"n_bottom", 2},
+                                                        {"d_bottom", 20},
+                                                        {"n_side", 2},
+                                                        {"d_side", 10}});
+    ASSERT_EQ(r.bars.size(), 7u);
+    EXPECT_EQ(r.bars[0].at.y, 0);
+    EXPECT_NEAR(r.bars[3].at.z, -200 + 400 / 3.0, 1e-12);
+    EXPECT_EQ(r.bars[3].at.y, -105);
+
+    const Section ring = section_of_shape("rc_circle", {{"d", 600}, {"n", 8}, {"d_bar", 20}});
+    EXPECT_EQ(ring.bars[0].at.z, 250);
+    EXPECT_EQ(ring.bars[2].at.y, -250);
+
+    for (const double r1 : {0.0, 15.0}) {
+        const Section c = section_of_shape("composite", {{"hc", 150},
+                                                         {"bc", 2000},
+                                                         {"h", 300},
+                                                         {"b", 150},
+                                                         {"tw", 7.1},
+                                                         {"tf", 10.7},
+                                                         {"r", r1},
+                                                         {"n_top", 10},
+                                                         {"d_top", 12}});
+        const std::vector<Face> girder = faces_of(c, c.parts[0], "");
+        double top = -1e9;
+        for (const Edge& edge : girder[0].outer.edges) top = std::max(top, edge.to.z);
+        EXPECT_EQ(top, -150) << r1;  // the girder's top touches the slab's bottom
+        EXPECT_EQ(c.bars.size(), 10u);
+    }
+
+    EXPECT_EQ(section_of_shape("circle", {{"d", 10}}).materials[0].name, "S235");
+    const Section w = section_of_profile("W12X26"), ipe = section_of_profile("ipe 300");
+    EXPECT_EQ(w.length + w.force + w.materials[0].name, "inkipA992");
+    EXPECT_EQ(section_of_profile("C10X30").materials[0].tension, 36);
+    EXPECT_EQ(ipe.length + ipe.force + ipe.materials[0].name, "mmNS235");
+
+    const std::vector<std::tuple<std::string, Values, std::string>> wrong = {
+        {"rc_tee", {}, "p: unknown shape \"rc_tee\"; did you mean \"rc_t\"?"},
+        {"rc_rectangle", {{"h", 500}}, "p: b is missing; shape \"rc_rectangle\" needs it: width"},
+        {"rc_rectangle",
+         {{"h", 500}, {"b", 300}, {"n_top", 2.5}},
+         "p: n_top = 2.5: must be a whole number from 0 to 1000"},
+        {"rc_rectangle", {{"h", 500}, {"b", 300}, {"n_bottom", 3}}, "p: d_bottom = 0: must be above 0"},
+        {"rc_rectangle",
+         {{"h", 500}, {"b", 300}, {"n_bottom", 12}, {"d_bottom", 20}},
+         "p: n_bottom = 12: must be at most the width between the covers / the diameter = 11"},
+        {"rc_circle", {{"d", 99}, {"n", 3}, {"d_bar", 10}}, "p: d_bar = 10: must be at most d / 2 - cover = 9.5"},
+        {"composite",
+         {{"hc", 150}, {"bc", 2000}, {"h", 300}, {"b", 150}, {"tw", 7}, {"tf", 10}, {"r", 15}, {"b2", 200}},
+         "p: b2 and r are both given; a girder with fillets has equal flanges: leave one of the two out"},
+    };
+    for (const auto& [name, values, message] : wrong) try {
+            section_of_shape(name, values, "p");
+            ADD_FAILURE() << message;
+        } catch (const Error& error) {
+            EXPECT_EQ(error.what(), message);
+        }
+}
+
+// Random parameters, the wild ones too: what a shape accepts does not cross, and touches only where it is as thin as
+// nothing; what a template accepts passes the check, its bars in place.
+TEST(Shapes, WithinTheirLimitsCrossNothing) {
+    std::minstd_rand random(1);
+    const auto share = [&] { return random() / 2147483647.0; };
+    const auto values_of = [&](const std::vector<Parameter>& parameters) {
+        Values values;
+        for (const Parameter& p : parameters) {
+            const bool large = p.name[0] == 'h' || p.name[0] == 'b' || p.name[0] == 'd';
+            values[p.name] = p.kind == Kind::sides    ? 3.0 + random() % 20
+                             : p.kind == Kind::bars   ? random() % 5
+                             : p.kind == Kind::ratio  ? share() / 2
+                             : p.kind == Kind::offset ? 3 * share() - 1.5
+                             : !p.required && random() % 2 == 0
+                                 ? 0
+                                 : std::pow(share(), 3) * (large || random() % 2 == 0 ? 2 : 0.1) + 1e-3;
+        }
+        return values;
+    };
+    for (const Shape& shape : shapes()) {
+        int accepted = 0;
+        for (int trial = 0; trial < 20000 && accepted < 200; ++trial) try {
+                const Values values = values_of(shape.parameters);
+                for (const Face& face : shape.faces({values, ""})) {
+                    const auto found = crossing_of(region_of(face));
+                    EXPECT_FALSE(found && found->way == Crossing::crosses)
+                        << shape.name << testing::PrintToString(values);
+                }
+                ++accepted;
+            } catch (const Error&) {
+            }
+        EXPECT_EQ(accepted, 200) << shape.name;
+    }
+    for (const Template& t : templates()) {
+        int accepted = 0;
+        for (int trial = 0; trial < 20000 && accepted < 200; ++trial) {
+            const Values values = values_of(t.parameters);
+            Section s;
+            try {
+                s = t.section({values, ""});
+            } catch (const Error&) {
+                continue;
+            }
+            EXPECT_NO_THROW(check_section(s)) << t.name << testing::PrintToString(values);
+            ++accepted;
+        }
+        EXPECT_EQ(accepted, 200) << t.name;
+    }
+}
+
+TEST(Shapes, HaveSketchesWithAllParameters) {
+    const auto look = [](const std::string& name, const std::vector<Parameter>& parameters, const char* sketch) {
+        ASSERT_TRUE(sketch) << name;
+        std::istringstream lines(sketch);
+        std::set<std::string> words;
+        int count = 0;
+        for (std::string line; std::getline(lines, line); ++count) {
+            EXPECT_LE(line.size(), 60u) << line;
+            for (char& c : line) {
+                EXPECT_TRUE(c >= ' ' && c <= '~') << line;
+                if (!std::isalnum(static_cast<unsigned char>(c)) && c != '_') c = ' ';
+            }
+            std::istringstream in(line);
+            for (std::string word; in >> word;) words.insert(word);
+        }
+        EXPECT_LE(count, 14) << name;
+        for (const Parameter& p : parameters) EXPECT_TRUE(words.count(p.name)) << name << ": " << p.name;
+    };
+    for (const Shape& shape : shapes()) look(shape.name, shape.parameters, shape.sketch);
+    for (const Template& t : templates()) look(t.name, t.parameters, t.sketch);
 }
 
 // Lengths and depths that a hostile file may have: refused before much is allocated.
