@@ -167,14 +167,11 @@ std::optional<Crossing> meeting(const Piece& a, const Piece& b, bool b_follows, 
     return {};
 }
 
-// 1 where p lies to the left of the line from a to b, else -1. What lies on it counts as a little to the right on the
-// page, and still less upwards, wherever the line leads.
+// 1 where p lies to the left of the line from a to b, else -1. What lies on a level line counts as above it, as it does
+// for the ray; for what lies on another one both are right, as long as the ray and the arc are told the same.
 int side(const Point& a, const Point& b, const Point& p) {
-    const Point along = b - a;
-    const double s = cross(along, p - a);
-    if (s != 0) return s > 0 ? 1 : -1;
-    if (along.z != 0) return along.z > 0 ? -1 : 1;
-    return along.y > 0 ? 1 : -1;
+    const double s = cross(b - a, p - a);
+    return s > 0 || (s == 0 && b.y > a.y) ? 1 : -1;
 }
 
 // Whether a ray to the right crosses the outlines an odd number of times; an arc counts as its chord, and all between

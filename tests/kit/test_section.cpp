@@ -306,6 +306,13 @@ TEST(File, OutlinesCrossNeitherThemselvesNorTheirHoles) {
          ""},
         {R"([0, 0], {"arc": [8, 0], "through": [4, -4]}, [8, 8], {"arc": [0, 8], "through": [4, -4]})",
          "[1]: touches edge 3 at (4, -4)" + TOUCH},
+        {R"([0, -5], {"arc": [0, 5], "through": [5, 0]}, [5, 9], [10, 5], {"arc": [10, -5], "through": [5, 0]}, [5, -9])",
+         "[1]: touches edge 4 at (5, 0)" + TOUCH},
+        // neighbours that meet again
+        {R"([0, 0], [8, 0], {"arc": [3.5, -1.5], "through": [5.5, 2.5]}, [-1, -1])",
+         "[1]: crosses edge 2 at (3, 0)" + CROSS},
+        {R"([0, -5], {"arc": [3, 4], "through": [5, 0]}, {"arc": [6, -5], "through": [1, 0]}, [6, -9])",
+         "[1]: crosses edge 2 at (3, -4)" + CROSS},
         {R"([0, 0], {"arc": [8, 0], "through": [4, 4]}, {"arc": [4, 0], "through": [6, 2]}, [2, -3])",
          "[1]: turns back on edge 2 at (8, 0)" + TOUCH},
     };
@@ -380,9 +387,9 @@ TEST(Crossings, InsideIsExactForArcs) {
     const double y = 8.75, z = std::sqrt(100 - y * y);
     const Face face = {{{{{y, -z}, true, {-10, 0}}, {{y, z}, true, {5, 0}}}}, {circle_at({-4, 0}, 3)}};
     ASSERT_FALSE(crossing_of(region_of(face)));
-    for (int i = -55; i <= 55; ++i)
-        for (int k = -55; k <= 55; ++k) {
-            const double py = i * 0.2, pz = k * 0.2, nearest = 1e-5;  // on the chords too, where k = 0 or i = 0
+    for (int i = -44; i <= 44; ++i)
+        for (int k = -44; k <= 44; ++k) {
+            const double py = i * 0.25, pz = k * 0.25, nearest = 1e-5;  // on the chords too: i = 35, k = 0
             const double far[3] = {10 - std::hypot(py, pz), std::hypot(py - 10, pz) - 5, std::hypot(py + 4, pz) - 3};
             const double least = *std::min_element(far, far + 3);
             EXPECT_EQ(inside(face, {py, pz}), least > -nearest) << py << " " << pz;
