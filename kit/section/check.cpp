@@ -120,20 +120,19 @@ void check_overlaps(const Section& s) {
 }
 
 // A bar's centre lies in a part, and so does all of a disc: in one of them away from its boundary, else point for point
-// of its rim and of a circle half as wide.
+// of its rim and of a circle half as wide: a gap between parts may pass that is narrower than these are apart.
 void check_inside(const Section& s, const std::vector<Region>& regions) {
     const auto in_a_part = [&](const Point& p) {
         return std::any_of(regions.begin(), regions.end(), [&](const Region& region) { return inside(region, p); });
     };
     for (std::size_t i = 0; i < s.bars.size(); ++i) {
         const Point& c = s.bars[i].at;
-        if (!in_a_part(c)) throw Error(place_of_bar(s, i), "lies outside of all parts");
-        if (s.bars[i].as_point) continue;
-        const double r = std::sqrt(s.bars[i].area / PI);
+        const double r = s.bars[i].as_point ? 0 : std::sqrt(s.bars[i].area / PI);
         if (std::any_of(regions.begin(), regions.end(), [&](const Region& region) {
-                return inside(region, c) && distance_to_boundary(region, c) >= r - region.tolerance;
+                return inside(region, c) && (r == 0 || distance_to_boundary(region, c) >= r - region.tolerance);
             }))
             continue;
+        if (!in_a_part(c)) throw Error(place_of_bar(s, i), "lies outside of all parts");
         for (int k = 0; k < RIM * 3 / 2; ++k) {
             const double angle = k * 2 * PI / (k < RIM ? RIM : RIM / 2), far = k < RIM ? r : r / 2;
             if (!in_a_part({c.y + far * std::cos(angle), c.z + far * std::sin(angle)}))
