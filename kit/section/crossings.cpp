@@ -6,21 +6,12 @@
 #include <tuple>
 
 #include "kit/section/geometry.h"
+#include "kit/section/vectors.h"
 #include "kit/section/words.h"
 
 namespace velquor {
 
 namespace {
-
-Point operator+(const Point& a, const Point& b) { return {a.y + b.y, a.z + b.z}; }
-Point operator-(const Point& a, const Point& b) { return {a.y - b.y, a.z - b.z}; }
-Point operator*(double s, const Point& a) { return {s * a.y, s * a.z}; }
-double dot(const Point& a, const Point& b) { return a.y * b.y + a.z * b.z; }
-double cross(const Point& a, const Point& b) { return a.y * b.z - a.z * b.y; }
-double length(const Point& a) { return std::sqrt(dot(a, a)); }
-double distance(const Point& a, const Point& b) { return length(a - b); }
-Point unit(const Point& a) { return 1 / length(a) * a; }
-Point left_of(const Point& a) { return {-a.z, a.y}; }
 
 Piece piece_of(std::size_t outline, std::size_t number, const Point& from, const Edge& edge) {
     Piece piece;

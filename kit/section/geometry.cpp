@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "kit/section/vectors.h"
 #include "kit/section/words.h"
 
 namespace velquor {
@@ -11,15 +12,6 @@ namespace {
 
 constexpr double PI = 3.14159265358979323846;
 constexpr double ROUNDING = 1e-9;  // of a side, below which it is none
-
-Point operator+(const Point& a, const Point& b) { return {a.y + b.y, a.z + b.z}; }
-Point operator-(const Point& a, const Point& b) { return {a.y - b.y, a.z - b.z}; }
-Point operator*(double s, const Point& a) { return {s * a.y, s * a.z}; }
-double dot(const Point& a, const Point& b) { return a.y * b.y + a.z * b.z; }
-double cross(const Point& a, const Point& b) { return a.y * b.z - a.z * b.y; }
-double length(const Point& a) { return std::hypot(a.y, a.z); }
-Point unit(const Point& a) { return 1 / length(a) * a; }
-Point left_of(const Point& a) { return {-a.z, a.y}; }
 
 }  // namespace
 
