@@ -103,7 +103,7 @@ Section rc_t(const Given& p) {
     const double h = p("h"), b = p("b"), bw = p("bw");
     Section s = reinforced("concrete_t", {{"h", h}, {"b", b}, {"bw", bw}, {"hf", p("hf")}});
     faces_of(shape_of("concrete_t", ""), s.parts[0].parameters, p.place);
-    check_row(p, BOTTOM, bw, h, 0);
+    check_row(p, BOTTOM, bw, h, diameter_if_any(p, TOP));
     check_row(p, TOP, b, p("hf"), 0);
     take_rows(s, p, b, bw, 0, -h);
     return s;
