@@ -9,13 +9,13 @@
 #include "kit/section/profiles.h"
 #include "kit/section/shapes.h"
 #include "kit/section/units.h"
+#include "kit/section/vectors.h"
 #include "kit/section/words.h"
 
 namespace velquor {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double LARGEST = 1e9;              // coordinate
 constexpr double STIFFEST = 1e30;            // modulus
 constexpr double ROUNDING = 1e-9;            // of a distance

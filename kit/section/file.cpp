@@ -5,6 +5,7 @@
 
 #include "kit/section/geometry.h"
 #include "kit/section/parse.h"
+#include "kit/section/vectors.h"
 #include "kit/section/words.h"
 
 namespace velquor {
@@ -14,7 +15,6 @@ namespace {
 using nlohmann::json;
 using nlohmann::ordered_json;
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double ROUNDING = 1e-9;  // by which half of a distance may exceed its radius
 
 Point point_of(const json& value) { return {value[0].get<double>(), value[1].get<double>()}; }

@@ -10,7 +10,6 @@ namespace velquor {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double ROUNDING = 1e-9;  // of a side, below which it is none
 
 }  // namespace

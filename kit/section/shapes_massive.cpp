@@ -3,12 +3,11 @@
 
 #include "kit/section/geometry.h"
 #include "kit/section/shapes.h"
+#include "kit/section/vectors.h"
 
 namespace velquor {
 
 namespace {
-
-constexpr double PI = 3.14159265358979323846;
 
 // An ellipse is drawn in arcs through three of its points each, at equal steps of the eccentric angle. With 128 of them
 // the area is right within 1e-6, and the outline within 1e-5 of the smaller axis, for axes up to 10 : 1.

@@ -6,13 +6,13 @@
 #include "kit/section/file.h"
 #include "kit/section/geometry.h"
 #include "kit/section/profiles.h"
+#include "kit/section/vectors.h"
 #include "kit/section/words.h"
 
 namespace velquor {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double CUBIC_METRE = 1e9;   // in mm3
 constexpr double POUND = 0.45359237;  // in kg
 constexpr double CUBIC_FOOT = 1728;   // in cubic inches

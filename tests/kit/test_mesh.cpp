@@ -92,7 +92,7 @@ TEST(Mesh, ShapesAreCoveredWhateverTheirParameters) {
                 const double x = 100 * next() * next() + 0.5;
                 if (!p.required && next() < 0.4) continue;
                 values[p.name] = p.kind == Kind::ratio    ? x / 400
-                                 : p.kind == Kind::count  ? 3 + std::floor(x / 6)
+                                 : p.kind == Kind::sides  ? 3 + std::floor(x / 6)
                                  : p.kind == Kind::offset ? x - 30
                                                           : x;
             }

@@ -13,12 +13,12 @@
 #include "kit/section/profiles.h"
 #include "kit/section/shapes.h"
 #include "kit/section/templates.h"
+#include "kit/section/vectors.h"
 
 namespace velquor {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 using Values = std::map<std::string, double>;
 
 double area_of(const std::string& shape, const Values& values) {
