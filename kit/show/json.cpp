@@ -1,0 +1,75 @@
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "kit/show/schema.h"
+#include "kit/show/show.h"
+#include "velquor.h"
+
+namespace velquor {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+ordered_json number(double value) { return std::isfinite(value) ? ordered_json(value) : ordered_json(nullptr); }
+
+ordered_json json_of(const Entry& entry, const std::string& length, const std::string& force) {
+    ordered_json json;
+    json["value"] = entry.given ? number(entry.value.value) : nullptr;
+    json["bound"] = entry.given ? number(entry.value.bound) : nullptr;
+    json["unit"] = unit_of(*entry.quantity, length, force);
+    if (!entry.reason.empty()) json["reason"] = entry.reason;
+    return json;
+}
+
+ordered_json json_of(const Values& v) {
+    ordered_json json;
+    json["name"] = v.name;
+    json["units"] = {{"length", v.length}, {"force", v.force}};
+    json["reference"] = v.reference;
+    json["accuracy"] = {
+        {"wished", number(v.wished)}, {"reached", number(v.reached)}, {"met", v.met}, {"levels", v.levels},
+        {"nodes", v.nodes},           {"elements", v.elements}};
+    for (const Entry& entry : v.entries) json["values"][entry.quantity->key] = json_of(entry, v.length, v.force);
+    json["materials"] = ordered_json::array();
+    for (const Share& share : v.materials)
+        json["materials"].push_back({{"name", share.material},
+                                     {"area", share.area},
+                                     {"mass", share.mass > 0 ? ordered_json(share.mass) : ordered_json(nullptr)}});
+    return json;
+}
+
+}  // namespace
+
+std::string show_json(const std::vector<Outcome>& outcomes) {
+    ordered_json json;
+    json["velquor"] = std::to_string(VQ_VERSION_MAJOR) + "." + std::to_string(VQ_VERSION_MINOR) + "." +
+                      std::to_string(VQ_VERSION_PATCH);
+    json["sections"] = ordered_json::array();
+    for (const Outcome& outcome : outcomes) {
+        ordered_json section;
+        if (outcome.failure) {
+            const Failure& f = *outcome.failure;
+            section["error"] = {{"place", f.place}, {"fault", f.fault}, {"remedy", f.remedy}, {"status", f.status}};
+        } else {
+            section = json_of(outcome.values);
+        }
+        section["input"] = outcome.input;
+        json["sections"].push_back(section);
+    }
+    return json.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+std::string show_schema() {
+    auto schema = ordered_json::parse(data::RESULT_SCHEMA);
+    ordered_json& values = schema["definitions"]["values"];
+    for (const Quantity& q : quantities()) {
+        std::string line = std::string(q.symbol) + ": " + q.meaning;
+        if (*q.slots != '\0') line += " [" + std::string(q.slots) + "]";
+        values["properties"][q.key] = {{"description", line}, {"allOf", {{{"$ref", "#/definitions/value"}}}}};
+        values["required"].push_back(q.key);
+    }
+    return schema.dump(2) + "\n";
+}
+
+}  // namespace velquor

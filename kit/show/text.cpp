@@ -1,0 +1,192 @@
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "kit/section/words.h"
+#include "kit/show/show.h"
+
+namespace velquor {
+
+namespace {
+
+constexpr int WIDE = 100;  // columns from which on there is room for the slots' names
+
+// Columns on the screen: characters of UTF-8 count once.
+std::size_t columns(const std::string& text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; }));
+}
+std::string left(const std::string& text, std::size_t width) {
+    return text + std::string(width - std::min(width, columns(text)), ' ');
+}
+std::string right(const std::string& text, std::size_t width) {
+    return std::string(width - std::min(width, columns(text)), ' ') + text;
+}
+
+// "kN cm2" as "kN·cm²".
+std::string raised(const std::string& unit) {
+    static const char* const digits[] = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶"};
+    std::string text;
+    for (const char c : unit)
+        if (c >= '0' && c <= '6')
+            text += digits[c - '0'];
+        else
+            text += c == ' ' ? std::string("·") : std::string(1, c);
+    return unit == "deg" ? "°" : text;
+}
+
+bool same(const Value& a, const Value& b) {
+    return std::abs(a.value - b.value) <= a.bound + b.bound + 1e-9 * std::abs(a.value);
+}
+
+// Of main values those that say something new.
+bool is_shown(const Values& values, const Entry& entry) {
+    if (!entry.given || !entry.quantity->main) return false;
+    if (*entry.quantity->twin == '\0') return true;
+    const Entry& twin = values[entry.quantity->twin];
+    return !twin.given || !same(entry.value, twin.value);
+}
+
+using Lines = std::vector<std::vector<std::string>>;
+
+std::vector<std::size_t> widths_of(const Lines& lines) {
+    std::vector<std::size_t> widths;
+    for (const auto& line : lines) {
+        widths.resize(std::max(widths.size(), line.size()), 0);
+        for (std::size_t k = 0; k < line.size(); ++k) widths[k] = std::max(widths[k], columns(line[k]));
+    }
+    return widths;
+}
+
+std::string trimmed(std::string line) {
+    line.erase(line.find_last_not_of(' ') + 1);
+    return line + "\n";
+}
+
+std::string heading(const Values& v) {
+    std::string text = (v.name.empty() ? "Section" : v.name) + "\n";
+    text += std::to_string(v.nodes) + " nodes, " + std::to_string(v.levels) + (v.levels == 1 ? " level" : " levels");
+    if (v.levels > 1) {
+        text += "; largest bound " + bound_text({1, v.reached}) + " of its value";
+        if (!v.met) text += ", not the " + text_of(v.wished) + " that was wished";
+    }
+    if (v.materials.size() > 1 && !v.reference.empty()) text += "\nmoduli of reference: " + v.reference;
+    return text + "\n";
+}
+
+std::string list_of_materials(const Values& v) {
+    if (v.materials.size() < 2) return "";
+    Lines lines;
+    for (const Share& share : v.materials) {
+        lines.push_back({share.material, figures({share.area, 0}), raised(v.length + "2"),
+                         share.mass > 0 ? figures({share.mass, 0}) : "", share.mass > 0 ? "kg/m" : ""});
+    }
+    const auto widths = widths_of(lines);
+    std::string text = "\nMaterials\n";
+    for (const auto& line : lines)
+        text += trimmed("  " + left(line[0], widths[0]) + "  " + right(line[1], widths[1]) + " " +
+                        left(line[2], widths[2]) + "  " + right(line[3], widths[3]) + " " + line[4]);
+    return text;
+}
+
+// Main values that are not there, by their reason, in lines of at most this width.
+std::string list_of_missing(const Values& v, std::size_t width) {
+    std::vector<std::pair<std::string, std::vector<std::string>>> reasons;
+    for (const Entry& entry : v.entries) {
+        if (entry.given || !entry.quantity->main) continue;
+        auto at = std::find_if(reasons.begin(), reasons.end(), [&](const auto& r) { return r.first == entry.reason; });
+        if (at == reasons.end()) at = reasons.insert(at, {entry.reason, {}});
+        at->second.push_back(entry.quantity->symbol);
+    }
+    std::string text = reasons.empty() ? "" : "\nNot given\n";
+    for (const auto& [reason, symbols] : reasons) {
+        std::string line = "  " + reason + ":";
+        for (const std::string& symbol : symbols) {
+            if (columns(line) + 1 + columns(symbol) > width) {
+                text += line + "\n";
+                line = "   ";
+            }
+            line += " " + symbol;
+        }
+        text += line + "\n";
+    }
+    return text;
+}
+
+std::vector<std::string> keys_that_fit(std::size_t width) {
+    const std::vector<std::string> narrow = {"A", "mass", "Iy", "Iz", "It", "Iw"},
+                                   more = {"Wel_y_top", "Wel_z_right", "Wpl_y", "Wpl_z"};
+    std::vector<std::string> keys = narrow;
+    if (width >= WIDE) keys.insert(keys.end(), more.begin(), more.end());
+    return keys;
+}
+
+const Quantity& quantity_of(const std::string& key) {
+    std::vector<std::string> names;
+    for (const Quantity& q : quantities()) {
+        if (key == q.key) return q;
+        names.emplace_back(q.key);
+    }
+    throw Error("--columns", "unknown value " + in_quotes(key), did_you_mean(key, names));
+}
+
+}  // namespace
+
+std::string show_text(const Values& v, int width, bool all) {
+    Lines lines;  // symbol, value, sign, bound, unit, meaning, slots
+    std::vector<const char*> groups;
+    for (const Entry& entry : v.entries) {
+        if (!(all ? entry.given : is_shown(v, entry))) continue;
+        const Quantity& q = *entry.quantity;
+        const std::string bound = bound_text(entry.value);
+        lines.push_back({q.symbol, figures(entry.value), bound == "exact" ? "" : "±", bound,
+                         raised(unit_of(q, v.length, v.force)), q.meaning, q.slots});
+        groups.push_back(q.group);
+    }
+    const auto widths = widths_of(lines);
+    std::string text = heading(v), group;
+    for (std::size_t k = 0; k < lines.size(); ++k) {
+        if (group != groups[k]) text += "\n" + (group = groups[k]) + "\n";
+        const auto& line = lines[k];
+        std::string row = "  " + left(line[0], widths[0]) + "  " + right(line[1], widths[1]) + " " + left(line[2], 1) +
+                          " " + left(line[3], widths[3]) + " " + left(line[4], widths[4]) + "  ";
+        row += width >= WIDE ? left(line[5], widths[5]) + "  " + line[6] : line[5];
+        text += trimmed(row);
+    }
+    return text + list_of_materials(v) + list_of_missing(v, static_cast<std::size_t>(width));
+}
+
+std::string show_table(const std::vector<Outcome>& outcomes, const std::vector<std::string>& keys, int width) {
+    std::vector<const Quantity*> chosen;
+    for (const auto& key : keys.empty() ? keys_that_fit(static_cast<std::size_t>(width)) : keys)
+        chosen.push_back(&quantity_of(key));
+    Lines lines;
+    std::string length, force;
+    for (const Outcome& outcome : outcomes) {
+        if (outcome.failure) continue;
+        if (lines.empty()) {
+            length = outcome.values.length;
+            force = outcome.values.force;
+            lines.assign(2, {""});
+            for (const Quantity* q : chosen) {
+                lines[0].emplace_back(q->symbol);
+                lines[1].push_back(raised(unit_of(*q, length, force)));
+            }
+        }
+        const Values values = in_units(outcome.values, length, force);
+        lines.push_back({values.name.empty() ? outcome.input : values.name});
+        for (const Quantity* q : chosen) {
+            const Entry& entry = values[q->key];
+            lines.back().push_back(entry.given ? figures(entry.value) : "-");
+        }
+    }
+    const auto widths = widths_of(lines);
+    std::string text;
+    for (const auto& line : lines) {
+        std::string row = left(line[0], widths[0]);
+        for (std::size_t k = 1; k < line.size(); ++k) row += "  " + right(line[k], widths[k]);
+        text += trimmed(row);
+    }
+    return text;
+}
+
+}  // namespace velquor
