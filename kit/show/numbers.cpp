@@ -10,6 +10,7 @@ namespace velquor {
 namespace {
 
 constexpr int MOST_DIGITS = 7, FEWEST_DIGITS = 2;
+constexpr int SMALLEST = -4;    // exponent of numbers that are written without a power of ten
 constexpr double EXACT = 1e-9;  // relative bounds up to this are rounding
 
 std::string formatted(double value, std::chars_format form, int precision) {
@@ -20,32 +21,40 @@ std::string formatted(double value, std::chars_format form, int precision) {
 // Decimal exponent of the first digit.
 int exponent_of(double value) { return static_cast<int>(std::floor(std::log10(std::abs(value)))); }
 
-// With this many digits; plain where that is readable.
-std::string rounded(double value, int digits) {
-    const int exponent = exponent_of(value);
-    if (exponent >= -4 && exponent < MOST_DIGITS)
-        return formatted(value, std::chars_format::fixed, std::max(0, digits - 1 - exponent));
-    std::string text = formatted(value, std::chars_format::scientific, digits - 1);
-    for (const char* const lean : {"e+0", "e+", "e-0"})  // 1.5e+09: 1.5e9
-        if (const std::size_t at = text.find(lean); at != std::string::npos)
-            return text.replace(at, std::string(lean).size(), lean[1] == '-' ? "e-" : "e");
-    return text;
+// The power of ten that is written behind a number of this exponent: 0 where it is readable without, else a third one.
+int power_of(int exponent) {
+    if (exponent >= SMALLEST && exponent < MOST_DIGITS) return 0;
+    return 3 * static_cast<int>(std::floor(exponent / 3.0));
+}
+
+// With decimals down to that of exponent `last`, "83.561e6".
+std::string written(double value, int last, int power) {
+    // Powers up to 22 are exact, and a division by one rounds once.
+    const double scaled = power < 0 ? value * std::pow(10.0, -power) : value / std::pow(10.0, power);
+    std::string text = formatted(scaled, std::chars_format::fixed, std::max(0, power - last));
+    return power == 0 ? text : text + "e" + std::to_string(power);
 }
 
 }  // namespace
 
 std::string figures(const Value& v) {
     if (v.value == 0 || std::abs(v.value) <= v.bound) return "0";
-    if (!(v.bound > 0)) return rounded(v.value, MOST_DIGITS);
-    const int digits = exponent_of(v.value) - exponent_of(v.bound) + 1;
-    return rounded(v.value, std::clamp(digits, FEWEST_DIGITS, MOST_DIGITS));
+    const int exponent = exponent_of(v.value);
+    const int wanted = v.bound > 0 ? exponent - exponent_of(v.bound) + 1 : MOST_DIGITS;
+    return written(v.value, exponent - std::clamp(wanted, FEWEST_DIGITS, MOST_DIGITS) + 1, power_of(exponent));
 }
 
 std::string bound_text(const Value& v) {
     if (!std::isfinite(v.bound)) return "?";
     if (v.bound <= EXACT * std::abs(v.value)) return "exact";
-    const double unit = std::pow(10.0, exponent_of(v.bound));
-    return rounded(std::ceil(v.bound / unit * (1 - 1e-12)) * unit, 1);
+    int last = exponent_of(v.bound);
+    const double unit = std::pow(10.0, last);
+    const double up = std::ceil(v.bound / unit * (1 - 1e-12)) * unit;
+    last = exponent_of(up * (1 + 1e-12));
+    const int power = std::abs(v.value) > v.bound ? power_of(exponent_of(v.value))
+                      : last < SMALLEST           ? last
+                                                  : power_of(last);
+    return written(up, last, power);
 }
 
 }  // namespace velquor

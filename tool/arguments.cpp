@@ -1,0 +1,156 @@
+#include "tool/arguments.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <memory>
+#include <set>
+#include <sstream>
+
+#include "kit/section/shapes.h"
+#include "kit/section/words.h"
+#include "tool/commands.h"
+#include "tool/output.h"
+
+namespace velquor {
+
+namespace {
+
+const char* const ABOUT = "Values of beam cross-sections by finite elements, each with a bound for its error.";
+
+const char* const STATUSES =
+    "Exit status: 0 done; 1 an input was refused; 2 a section could not be solved; 3 internal fault, or results could\n"
+    "not be written. Of several inputs it is that of the worst. Messages go to the error stream, results alone to the\n"
+    "standard output.\n"
+    "Example: velquor calc \"IPE 300\" --units cm";
+
+struct Arguments {
+    CLI::App app{ABOUT, "velquor"};
+    CalcOptions calc;
+    MeshOptions mesh;
+    CheckOptions check;
+    std::string shape, filter;
+    bool results = false, json = false, csv = false, version = false;
+};
+
+void add_inputs(CLI::App& command, Inputs& inputs, int most) {
+    command.add_option("FILE", inputs.names, "files, names of profiles, or - for the standard input")
+        ->expected(0, most)
+        ->type_name("");
+    command.add_option("--shape", inputs.shape, "a parametric shape: see velquor shapes")->type_name("NAME");
+    std::set<std::string> names;
+    for (const Shape& shape : velquor::shapes())
+        for (const Parameter& parameter : shape.parameters) names.insert(parameter.name);
+    for (const std::string& name : names)  // not in the help: velquor shapes NAME tells those of a shape
+        command.add_option("--" + name, inputs.parameters[name], "")->group("");
+    const char* const material = "Material of profiles and shapes, steel where it is not given";
+    command.add_option("--E", inputs.material["E"], "elastic modulus in N/mm2 (210000)")
+        ->group(material)
+        ->type_name("NUMBER");
+    command.add_option("--nu", inputs.material["nu"], "Poisson's ratio (0.3)")->group(material)->type_name("NUMBER");
+    command.add_option("--density", inputs.material["density"], "kg/m3 (7850)")->group(material)->type_name("NUMBER");
+    command.add_option("--strength", inputs.material["strength"], "yield strength in N/mm2 (235)")
+        ->group(material)
+        ->type_name("NUMBER");
+    command.add_option("--size", inputs.wishes["size"], "of the coarsest elements, in the section's unit of length")
+        ->type_name("NUMBER");
+}
+
+void add_calc(Arguments& a) {
+    CLI::App& command = *a.app.add_subcommand("calc", "the values of sections; several make one table");
+    add_inputs(command, a.calc.inputs, 100000);
+    command.add_option("--accuracy", a.calc.inputs.wishes["accuracy"], "relative bound to be reached (0.001)")
+        ->type_name("NUMBER");
+    command.add_option("--levels", a.calc.inputs.wishes["levels"], "of refinement, 1 to 6 (3)")->type_name("NUMBER");
+    command.add_option("--units", a.calc.length, "unit of length of the results: mm, cm, dm, m, in, ft")
+        ->type_name("UNIT");
+    command.add_option("--force", a.calc.force, "unit of force of the results: N, kN, MN, kgf, lbf, kip")
+        ->type_name("UNIT");
+    command.add_flag("--all", a.calc.all, "every value, not only the main ones");
+    command.add_option("--columns", a.calc.columns, "keys of the table's columns, as in A,Iy,Wpl_y")
+        ->delimiter(',')
+        ->type_name("KEYS");
+    auto* const json = command.add_flag("--json", a.json, "JSON, in the form of velquor schema --result");
+    command.add_flag("--csv", a.csv, "comma-separated values, one section a row")->excludes(json);
+    command.add_option("-o,--output", a.calc.output, "file for the results")->type_name("FILE");
+    command.footer(
+        "Parameters of a shape are options too, in mm: velquor shapes NAME lists them.\n"
+        "Examples: velquor calc \"IPE 300\" section.json --csv -o values.csv\n"
+        "          velquor calc --shape i --h 300 --b 150 --tw 7.1 --tf 10.7 --r 15 --units cm");
+}
+
+void add_others(Arguments& a) {
+    CLI::App* command = a.app.add_subcommand("mesh", "the mesh of a section, for Gmsh");
+    add_inputs(*command, a.mesh.inputs, 1);
+    command->add_option("-o,--output", a.mesh.output, "file for the mesh, in the format MSH 4.1")->type_name("FILE");
+    command->footer("Example: velquor mesh section.json -o section.msh && gmsh section.msh");
+
+    command = a.app.add_subcommand("check", "what is wrong with sections, or seldom meant");
+    command->add_option("FILE", a.check.names, "files, or - for the standard input")->required()->type_name("");
+    command->add_flag("--json", a.check.json, "findings as JSON: severity, place, message, remedy");
+    command->add_option("-o,--output", a.check.output, "file for the findings")->type_name("FILE");
+    command->footer("Example: velquor check section.json");
+
+    command = a.app.add_subcommand("shapes", "the parametric shapes, or the parameters of one");
+    command->add_option("NAME", a.shape, "a shape")->type_name("");
+    command->footer("Example: velquor shapes i");
+
+    command = a.app.add_subcommand("profiles", "the rolled profiles whose names contain a text");
+    command->add_option("FILTER", a.filter, "a part of the name")->type_name("");
+    command->footer("Example: velquor profiles \"HEB 2\"");
+
+    command = a.app.add_subcommand("schema", "the JSON Schema of section files");
+    command->add_flag("--result", a.results, "of what velquor calc --json gives");
+    command->footer("Example: velquor schema > section.schema.json");
+}
+
+// Throws Misuse where the first word is meant as a command and is none.
+void check_command(const CLI::App& app, const std::string& word) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        if (command->get_name() == word) return;
+        names.push_back(command->get_name());
+    }
+    if (word[0] != '-') throw Misuse("unknown command " + in_quotes(word) + "; " + did_you_mean(word, names));
+}
+
+int tell(const std::string& help) {
+    write(help.back() == '\n' ? help : help + "\n");
+    return DONE;
+}
+
+}  // namespace
+
+std::function<int()> command_of(int count, char** arguments) {
+    const auto a = std::make_shared<Arguments>();
+    a->app.footer(STATUSES);
+    a->app.add_flag("--version", a->version, "the version, and what it links");
+    a->app.require_subcommand(0, 1);
+    add_calc(*a);
+    add_others(*a);
+    try {
+        a->app.parse(count, arguments);
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream help, complaint;
+        if (a->app.exit(error, help, complaint) == 0) return [text = help.str()] { return tell(text); };
+        check_command(a->app, arguments[1]);
+        throw Misuse(std::string(error.what()) + "; see velquor --help");
+    }
+    if (a->version) return version;
+    const auto asked = a->app.get_subcommands();
+    if (asked.empty()) throw Misuse("no command; see velquor --help");
+    const std::string name = asked.front()->get_name();
+    if (a->json) a->calc.form = CalcOptions::Form::json;
+    if (a->csv) a->calc.form = CalcOptions::Form::csv;
+    const Inputs* const inputs = name == "calc" ? &a->calc.inputs : name == "mesh" ? &a->mesh.inputs : nullptr;
+    if (inputs && inputs->names.empty() && inputs->shape.empty())
+        throw Misuse(name + ": no section; name a file, a profile, or a --shape");
+    if (name == "calc") return [a] { return calc(a->calc); };
+    if (name == "mesh") return [a] { return mesh(a->mesh); };
+    if (name == "check") return [a] { return check(a->check); };
+    if (name == "shapes") return [a] { return shapes(a->shape); };
+    if (name == "profiles") return [a] { return profiles(a->filter); };
+    return [a] { return schema(a->results); };
+}
+
+}  // namespace velquor

@@ -1,0 +1,46 @@
+#include <algorithm>
+
+#include "kit/analysis/analysis.h"
+#include "kit/section/file.h"
+#include "tool/commands.h"
+#include "tool/inputs.h"
+#include "tool/output.h"
+
+namespace velquor {
+
+namespace {
+
+std::string shown(const CalcOptions& options, const std::vector<Outcome>& outcomes) {
+    if (options.form == CalcOptions::Form::json) return show_json(outcomes);
+    if (options.form == CalcOptions::Form::csv) return show_csv(outcomes);
+    const int width = options.output.empty() ? width_of_output() : 120;
+    if (outcomes.size() > 1 || !options.columns.empty()) return show_table(outcomes, options.columns, width);
+    return outcomes.front().failure ? "" : show_text(outcomes.front().values, width, options.all);
+}
+
+}  // namespace
+
+int calc(const CalcOptions& options) {
+    std::vector<Outcome> outcomes;
+    int status = DONE;
+    for (std::size_t k = 0; k < count_of(options.inputs); ++k) {
+        Outcome outcome;
+        outcome.input = name_of(options.inputs, k);
+        try {
+            const Section section = section_of(options.inputs, k);
+            check_section(section);
+            const Values values = values_of(section, analyse(section));
+            outcome.values = in_units(values, options.length.empty() ? values.length : options.length,
+                                      options.force.empty() ? values.force : options.force);
+        } catch (...) {
+            outcome.failure = failure();
+            complain(outcome.input, *outcome.failure);
+            status = std::max(status, outcome.failure->status);
+        }
+        outcomes.push_back(std::move(outcome));
+    }
+    write(shown(options, outcomes), options.output);
+    return status;
+}
+
+}  // namespace velquor

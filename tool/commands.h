@@ -1,0 +1,49 @@
+// The commands: what each is asked for, and what it does. Each returns the exit status.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace velquor {
+
+enum Status { DONE = 0, REFUSED = 1, NOT_SOLVED = 2, INTERNAL = 3 };
+
+// Sections as the command line names them.
+struct Inputs {
+    std::vector<std::string> names;                 // files, names of profiles, "-" for the standard input
+    std::string shape;                              // and one of a parametric shape, if not empty
+    std::map<std::string, std::string> parameters;  // of the shape, in mm
+    std::map<std::string, std::string> material;    // E, nu, density, strength of the shape and of profiles, N and mm
+    std::map<std::string, std::string> wishes;      // accuracy, levels, size: in place of what files wish
+};
+
+struct CalcOptions {
+    Inputs inputs;
+    std::string length, force;  // of the results; empty: the section's own
+    enum class Form { text, json, csv } form = Form::text;
+    bool all = false;
+    std::vector<std::string> columns;
+    std::string output;  // file; empty: the standard output
+};
+int calc(const CalcOptions& options);
+
+struct MeshOptions {
+    Inputs inputs;
+    std::string output;
+};
+int mesh(const MeshOptions& options);
+
+struct CheckOptions {
+    std::vector<std::string> names;
+    bool json = false;
+    std::string output;
+};
+int check(const CheckOptions& options);
+
+int shapes(const std::string& name);      // empty: the list of all
+int profiles(const std::string& filter);  // empty: all
+int schema(bool of_results);
+int version();
+
+}  // namespace velquor

@@ -1,0 +1,121 @@
+#include "tool/inputs.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include "kit/section/file.h"
+#include "kit/section/profiles.h"
+#include "kit/section/shapes.h"
+#include "kit/section/words.h"
+
+namespace velquor {
+
+namespace {
+
+double number_of(const std::string& text, const std::string& option) {
+    double value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, fault] = std::from_chars(text.data(), end, value);
+    if (fault != std::errc() || stop != end) throw Error(option, in_quotes(text) + " is not a number", "as in 12.5");
+    return value;
+}
+
+// What is given, by its option; `fallback` where it is not.
+double given(const std::map<std::string, std::string>& options, const std::string& name, double fallback) {
+    const auto at = options.find(name);
+    return at == options.end() || at->second.empty() ? fallback : number_of(at->second, "--" + name);
+}
+
+// Structural steel of EN 1993-1-1: N, mm, kg.
+Section section_of(Part part, const std::string& name, const std::map<std::string, std::string>& material) {
+    const double E = given(material, "E", 210000), strength = given(material, "strength", 235);
+    const double G = E / (2 * (1 + given(material, "nu", 0.3)));
+    Section section;
+    section.name = name;
+    section.materials = {{"steel", E, G, given(material, "density", 7850) * 1e-9, strength, strength}};
+    part.material = "steel";
+    section.parts = {std::move(part)};
+    return section;
+}
+
+Section section_of_shape(const Inputs& inputs) {
+    Part part;
+    part.shape = inputs.shape;
+    std::string name = inputs.shape;
+    for (const auto& [parameter, text] : inputs.parameters) {
+        if (text.empty()) continue;
+        part.parameters[parameter] = number_of(text, "--" + parameter);
+        name += " " + parameter + " " + text;
+    }
+    return section_of(part, name, inputs.material);
+}
+
+Section section_of_profile(const std::string& name, const Inputs& inputs) {
+    Part part;
+    part.profile = profile_of(name, "mm", "").name;
+    return section_of(part, part.profile, inputs.material);
+}
+
+void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes& wishes) {
+    wishes.accuracy = given(given_wishes, "accuracy", wishes.accuracy);
+    wishes.size = given(given_wishes, "size", wishes.size);
+    const double levels = given(given_wishes, "levels", wishes.levels);
+    if (!(levels >= 1 && levels <= 6 && levels == static_cast<int>(levels)))
+        throw Error("--levels", text_of(levels), "must be a whole number from 1 to 6");
+    if (!(wishes.accuracy >= 1e-9 && wishes.accuracy <= 0.5))
+        throw Error("--accuracy", text_of(wishes.accuracy), "must be from 1e-9 to 0.5");
+    if (!(wishes.size >= 0 && wishes.size <= 1e9))
+        throw Error("--size", text_of(wishes.size), "must be from 0 to 1e9; 0: from the thickness of the walls");
+    wishes.levels = static_cast<int>(levels);
+}
+
+}  // namespace
+
+bool is_file(const std::string& name) {
+    std::error_code none;
+    return name == "-" || name.find('/') != std::string::npos || std::filesystem::path(name).extension() == ".json" ||
+           std::filesystem::exists(name, none);
+}
+
+std::string text_of_file(const std::string& name) {
+    const bool standard = name == "-";
+    const auto close = [](std::FILE* f) { return f == stdin ? 0 : std::fclose(f); };
+    const std::unique_ptr<std::FILE, decltype(close)> file(standard ? stdin : std::fopen(name.c_str(), "rb"), close);
+    if (!file) throw Error("", std::string("cannot be read: ") + std::strerror(errno));
+    std::string text;
+    char block[8192];
+    while (const std::size_t size = std::fread(block, 1, sizeof block, file.get())) {
+        text.append(block, size);
+        if (text.size() > LARGEST_TEXT) break;  // which is refused as too large
+    }
+    if (std::ferror(file.get())) throw Error("", std::string("cannot be read: ") + std::strerror(errno));
+    return text;
+}
+
+std::size_t count_of(const Inputs& inputs) { return inputs.names.size() + (inputs.shape.empty() ? 0 : 1); }
+
+std::string name_of(const Inputs& inputs, std::size_t number) {
+    return number < inputs.names.size() ? inputs.names[number] : "--shape " + inputs.shape;
+}
+
+Section section_of(const Inputs& inputs, std::size_t number) {
+    Section section;
+    if (number == inputs.names.size()) {
+        section = section_of_shape(inputs);
+    } else if (is_file(inputs.names[number])) {
+        section = read_section(text_of_file(inputs.names[number]));
+        if (section.name.empty()) section.name = std::filesystem::path(inputs.names[number]).stem();
+        for (const auto& [name, text] : inputs.material)
+            if (!text.empty()) throw Error("--" + name, "is for profiles and --shape", "a file has its own materials");
+    } else {
+        section = section_of_profile(inputs.names[number], inputs);
+    }
+    take_wishes(inputs.wishes, section.wishes);
+    return section;
+}
+
+}  // namespace velquor

@@ -1,0 +1,20 @@
+// Sections from what the command line names.
+#pragma once
+
+#include "kit/section/section.h"
+#include "tool/commands.h"
+
+namespace velquor {
+
+// One of the inputs, counted in the order of its names, then the shape. Throws Error.
+Section section_of(const Inputs& inputs, std::size_t number);
+std::size_t count_of(const Inputs& inputs);
+std::string name_of(const Inputs& inputs, std::size_t number);
+
+// The text of a file, of the standard input for "-". Throws Error where it cannot be read.
+std::string text_of_file(const std::string& name);
+
+// Whether a name is that of a file, and not of a profile.
+bool is_file(const std::string& name);
+
+}  // namespace velquor

@@ -1,0 +1,28 @@
+// Where results and messages go.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "kit/show/show.h"
+
+namespace velquor {
+
+// Results cannot be written: a full disk, a closed pipe.
+struct CannotWrite : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// To this file, or to the standard output where the name is empty. Throws CannotWrite unless everything is written.
+void write(const std::string& text, const std::string& file = "");
+
+// Columns of the terminal; of what is no terminal, enough for everything.
+int width_of_output();
+
+// The exception that is being handled, as a failure of what the user gave. An exception that is no such is thrown on.
+Failure failure();
+
+// A line on the error stream: "velquor: FILE: parts[1].outline[3]: crosses edge 7; outlines must not cross themselves".
+void complain(const std::string& input, const Failure& failure);
+
+}  // namespace velquor
