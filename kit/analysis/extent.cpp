@@ -5,16 +5,16 @@
 #include <map>
 #include <numeric>
 
+#include "kit/section/vectors.h"
+
 namespace velquor {
 
 namespace {
 
-double cross(const Point& o, const Point& a, const Point& b) {
-    return (a.y - o.y) * (b.z - o.z) - (a.z - o.z) * (b.y - o.y);
-}
-double distance(const Point& a, const Point& b) { return std::hypot(b.y - a.y, b.z - a.z); }
+double cross(const Point& o, const Point& a, const Point& b) { return cross(a - o, b - o); }
+double distance(const Point& a, const Point& b) { return length(b - a); }
 
-const Point& node_of(const Mesh& mesh, std::int32_t number) { return mesh.nodes[static_cast<std::size_t>(number) - 1]; }
+const Point& node_of(const Mesh& mesh, std::int32_t number) { return mesh.nodes[number - 1]; }
 
 // The centre of the arc for which the edge stands; null where it is straight.
 const Point* centre_of(const Mesh& mesh, std::int32_t a, std::int32_t b) {
@@ -57,9 +57,8 @@ Ways::iterator next_way(const Mesh& mesh, Ways& ways, std::int32_t from, std::in
     const Point &o = node_of(mesh, at), &back = node_of(mesh, from);
     const auto turn = [&](const Ways::value_type& way) {
         const Point& to = node_of(mesh, way.second);
-        const double dot = (back.y - o.y) * (to.y - o.y) + (back.z - o.z) * (to.z - o.z);
-        const double angle = std::atan2(-cross(o, back, to), dot);
-        return angle > 0 ? angle : angle + 2 * std::acos(-1.0);
+        const double angle = std::atan2(-cross(o, back, to), dot(back - o, to - o));
+        return angle > 0 ? angle : angle + 2 * PI;
     };
     auto best = begin;
     for (auto way = begin; way != end; ++way)
@@ -82,7 +81,7 @@ std::vector<double> areas_of(const Mesh& mesh, std::size_t count) {
                 area += std::copysign(radius * radius * (angle - std::sin(angle)) / 2, cross(a, b, *centre));
             }
         });
-        areas.at(static_cast<std::size_t>(mesh.owners[e])) += area;
+        areas.at(mesh.owners[e]) += area;
     }
     return areas;
 }
@@ -91,25 +90,25 @@ Perimeter perimeter_of(const Mesh& mesh) {
     Ways ways = outline_of(mesh);
     Perimeter perimeter;
     while (!ways.empty()) {
-        double length = 0, area = 0;
+        double course = 0, area = 0;
         const Point origin = node_of(mesh, ways.begin()->first);
         for (auto way = ways.begin(); way != ways.end();) {
             const auto [i, j] = *way;
             const Point &a = node_of(mesh, i), &b = node_of(mesh, j);
             const Point* centre = centre_of(mesh, i, j);
-            length += centre ? angle_of(a, b, *centre) * distance(*centre, a) : distance(a, b);
+            course += centre ? angle_of(a, b, *centre) * distance(*centre, a) : distance(a, b);
             area += cross(origin, a, b);
             ways.erase(way);
             way = next_way(mesh, ways, i, j);
         }
-        (area > 0 ? perimeter.outside : perimeter.inside) += length;
+        (area > 0 ? perimeter.outside : perimeter.inside) += course;
     }
     return perimeter;
 }
 
 Extent extent_of(const Mesh& mesh, double angle) {
-    const double c = std::cos(angle), s = std::sin(angle);
-    const auto along = [&](const Point& p) { return p.y * c + p.z * s; };
+    const Point way = {std::cos(angle), std::sin(angle)};
+    const auto along = [&](const Point& p) { return dot(way, p); };
     Extent extent = {along(mesh.nodes.front()), along(mesh.nodes.front())};
     const auto take = [&](double value) { extent = {std::min(extent.low, value), std::max(extent.high, value)}; };
     for (const auto& element : mesh.elements)
@@ -118,7 +117,7 @@ Extent extent_of(const Mesh& mesh, double angle) {
         const Point &a = node_of(mesh, bow.a), &b = node_of(mesh, bow.b);
         const double radius = distance(bow.centre, a), side = cross(a, b, bow.centre);
         for (const double sense : {-radius, radius}) {
-            const Point top = {bow.centre.y + sense * c, bow.centre.z + sense * s};
+            const Point top = bow.centre + sense * way;
             if (cross(a, b, top) * side < 0) take(along(top));  // on the arc: the chord lies between it and the centre
         }
     }
@@ -129,16 +128,14 @@ int pieces_of(const Mesh& mesh) {
     std::vector<std::int32_t> root(mesh.nodes.size() + 1);
     std::iota(root.begin(), root.end(), 0);
     const auto find = [&](std::int32_t n) {
-        while (root[static_cast<std::size_t>(n)] != n)
-            n = root[static_cast<std::size_t>(n)] = root[static_cast<std::size_t>(root[static_cast<std::size_t>(n)])];
+        while (root[n] != n) n = root[n] = root[root[n]];
         return n;
     };
     int pieces = 0;
     std::vector<bool> seen(root.size());
-    for (const auto& element : mesh.elements)
-        each_edge(element, [&](auto a, auto b) { root[static_cast<std::size_t>(find(a))] = find(b); });
+    for (const auto& element : mesh.elements) each_edge(element, [&](auto a, auto b) { root[find(a)] = find(b); });
     for (const auto& element : mesh.elements) {
-        const auto r = static_cast<std::size_t>(find(element[0]));
+        const std::int32_t r = find(element[0]);
         if (!seen[r]) ++pieces;
         seen[r] = true;
     }

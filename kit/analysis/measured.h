@@ -7,7 +7,7 @@
 namespace velquor {
 
 // What a section must have for a value.
-enum { NOTHING = 0, PLASTIC = 1, STRENGTHS = 2, ONE_MATERIAL = 4, DENSITIES = 8, WHOLE = 16 };
+enum { NOTHING = 0, PLASTIC = 1, STRENGTHS = 2, ONE_MATERIAL = 4, DENSITIES = 8, WHOLE = 16, AXES = 32 };
 
 struct Measured {
     const Section& section;

@@ -57,18 +57,17 @@ std::vector<Share> shares_of(const Section& section, const Analysis& analysis) {
 // Why a section has not what a value needs; null where it has.
 const char* missing(int needs, const Measured& s) {
     if ((needs & WHOLE) && s.coupled) return "groups of parts slip on each other";
-    if ((needs & PLASTIC) && !s.analysis.plastic) return "no plastic calculation";
+    if ((needs & PLASTIC) && !s.analysis.plastic) return "several materials, some without strengths";
     if ((needs & STRENGTHS) && !s.analysis.strengths) return "materials without strengths";
     if ((needs & ONE_MATERIAL) && s.composite) return "several materials";
+    if ((needs & AXES) && s.round) return "every axis is a principal one";
     if ((needs & DENSITIES) && !s.densities) return "a material without density";
     return nullptr;
 }
 
 const char* no_limit(const Quantity& q, const Measured& s) {
-    const std::string key = q.key;
-    if (key == "alpha" && s.round) return "every axis is a principal one";
     if (s.pieces > 1) return "the section falls in pieces that do not touch";
-    if (key == "Wt") return "stresses grow without limit at sharp corners, or where materials meet";
+    if (q.key == std::string("Wt")) return "stresses grow without limit at sharp corners, or where materials meet";
     if (s.points) return "bars are points; it needs them as discs";
     return "no limit was found; more levels or smaller elements may find one";
 }
@@ -118,15 +117,14 @@ Values values_of(const Section& section, const Analysis& analysis) {
     values.length = section.length;
     values.force = section.force;
     for (const Quantity& q : quantities()) values.entries.push_back(entry_of(q, measured));
-    for (const Material& m : section.materials)
-        if (values.reference.empty() && m.E == analysis.value[VQ_EREF] && m.G == analysis.value[VQ_GREF])
-            values.reference = m.name;
+    values.reference = section.parts.front().material;
     values.materials = shares_of(section, analysis);
     values.nodes = analysis.mesh.nodes.size();
     values.elements = analysis.mesh.elements.size();
     values.levels = analysis.levels;
     values.wished = section.wishes.accuracy;
     values.reached = analysis.reached;
+    values.worst = slots()[static_cast<std::size_t>(analysis.worst)].name;
     values.met = analysis.met;
     return values;
 }

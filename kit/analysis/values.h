@@ -57,7 +57,8 @@ struct Values {
     std::vector<Share> materials;
     std::size_t nodes = 0, elements = 0;  // of the coarse mesh
     int levels = 0;
-    double wished = 0, reached = 0;  // relative bounds
+    double wished = 0, reached = 0;  // bounds relative to the natural sizes of their values
+    std::string worst;               // the slot of the largest bound
     bool met = false;
 
     const Entry& operator[](const std::string& key) const;  // throws std::out_of_range

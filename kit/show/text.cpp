@@ -66,8 +66,8 @@ std::string heading(const Values& v) {
     std::string text = (v.name.empty() ? "Section" : v.name) + "\n";
     text += std::to_string(v.nodes) + " nodes, " + std::to_string(v.levels) + (v.levels == 1 ? " level" : " levels");
     if (v.levels > 1) {
-        text += "; largest bound " + bound_text({1, v.reached}) + " of its value";
-        if (!v.met) text += ", not the " + text_of(v.wished) + " that was wished";
+        text += "; bounds up to " + bound_text({1, v.reached}) + " (" + v.worst + ")";
+        if (!v.met) text += ", more than the " + text_of(v.wished) + " that was wished";
     }
     if (v.materials.size() > 1 && !v.reference.empty()) text += "\nmoduli of reference: " + v.reference;
     return text + "\n";
@@ -88,11 +88,11 @@ std::string list_of_materials(const Values& v) {
     return text;
 }
 
-// Main values that are not there, by their reason, in lines of at most this width.
+// Main values that are not there and repeat no other, by their reason, in lines of at most this width.
 std::string list_of_missing(const Values& v, std::size_t width) {
     std::vector<std::pair<std::string, std::vector<std::string>>> reasons;
     for (const Entry& entry : v.entries) {
-        if (entry.given || !entry.quantity->main) continue;
+        if (entry.given || !entry.quantity->main || *entry.quantity->twin != '\0') continue;
         auto at = std::find_if(reasons.begin(), reasons.end(), [&](const auto& r) { return r.first == entry.reason; });
         if (at == reasons.end()) at = reasons.insert(at, {entry.reason, {}});
         at->second.push_back(entry.quantity->symbol);

@@ -1,0 +1,317 @@
+// Values under engineers' names: against closed formulas, in other units and frames, and with their bounds; and the
+// forms in which they are shown.
+#include <gmsh.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <random>
+
+#include "kit/analysis/extent.h"
+#include "kit/analysis/values.h"
+#include "kit/section/file.h"
+#include "kit/section/vectors.h"
+#include "kit/show/show.h"
+
+namespace velquor {
+namespace {
+
+Section section_with(const std::string& parts, const std::string& more = "") {
+    return read_section(R"({"units": {"length": "cm", "force": "kN"}, "materials": [
+        {"name": "steel", "E": 21000, "nu": 0.3, "density": 0.00785, "strength": 23.5},
+        {"name": "concrete", "E": 3000, "nu": 0.2, "density": 0.0025, "strength": {"tension": 0.1, "compression": 2}}],
+        "parts": [)" + parts +
+                        "]" + more + "}");
+}
+Section shape(const std::string& name, const std::string& parameters, const std::string& more = "") {
+    return section_with(R"({"shape": ")" + name + R"(", "material": "steel", "parameters": {)" + parameters + "}" +
+                        more + "}");
+}
+Values values_of(const Section& section) { return values_of(section, analyse(section)); }
+
+using Expected = std::vector<std::pair<const char*, double>>;
+
+// Within the stated bound, and the bound within a thousandth of the value or of `size`.
+void expect(const Values& values, const Expected& expected, double size = 0) {
+    for (const auto& [key, value] : expected) {
+        const Entry& entry = values[key];
+        EXPECT_TRUE(entry.given) << key << ": " << entry.reason;
+        EXPECT_NEAR(entry.value.value, value, entry.value.bound + 1e-12 * std::max(std::abs(value), size)) << key;
+        EXPECT_LE(entry.value.bound, 1e-3 * std::max(std::abs(value), size)) << key;
+    }
+}
+
+// Saint-Venant's series of a rectangle a x b, a >= b.
+double torsion_constant(double a, double b) {
+    double sum = 0;
+    for (int n = 1; n < 60; n += 2) sum += std::tanh(n * PI * a / (2 * b)) / std::pow(n, 5);
+    return a * b * b * b * (1.0 / 3 - 64 / std::pow(PI, 5) * b / a * sum);
+}
+double largest_torsional_stress(double a, double b) {
+    double sum = 0;
+    for (int n = 1; n < 60; n += 2) sum += 1 / (n * n * std::cosh(n * PI * a / (2 * b)));
+    return b * (1 - 8 / (PI * PI) * sum) / torsion_constant(a, b);
+}
+
+TEST(Values, OfARectangle) {
+    const double b = 3, h = 5, A = b * h, Iy = b * h * h * h / 12, Iz = h * b * b * b / 12, It = torsion_constant(h, b);
+    const Values v = values_of(shape("rectangle", R"("b": 3, "h": 5)", R"(, "at": [20, -7])"));
+    const double E = 21000, G = E / 2.6, f = 23.5;
+    expect(v, {{"A", A},
+               {"A_tr", A},
+               {"mass", A * 0.00785 * 100},
+               {"P_out", 2 * (b + h)},
+               {"P_in", 0},
+               {"y_C", 20},
+               {"z_C", -7},
+               {"y_min", 18.5},
+               {"y_max", 21.5},
+               {"z_min", -9.5},
+               {"z_max", -4.5},
+               {"e_left", 1.5},
+               {"e_top", 2.5},
+               {"e_v_neg", 2.5},
+               {"Iy", Iy},
+               {"Iz", Iz},
+               {"Iu", Iy},
+               {"Iv", Iz},
+               {"Wel_y_top", Iy / 2.5},
+               {"Wel_y_bottom", Iy / 2.5},
+               {"Wel_z_left", Iz / 1.5},
+               {"Wel_u_neg", Iy / 2.5},
+               {"Wel_v_pos", Iz / 1.5},
+               {"i_y", std::sqrt(Iy / A)},
+               {"i_v", std::sqrt(Iz / A)},
+               {"Ip", Iy + Iz},
+               {"i_M", std::sqrt((Iy + Iz) / A)},
+               {"It", It},
+               {"y_M", 20},
+               {"z_M", -7},
+               {"As_z", 5 * A / 6},
+               {"As_y", 5 * A / 6},
+               {"As_u", 5 * A / 6},
+               {"Wpl_y", b * h * h / 4},
+               {"Wpl_z_neg", h * b * b / 4},
+               {"Wpl_v", h * b * b / 4},
+               {"Mpl_y", f * b * h * h / 4},
+               {"Mpl_z", f * h * b * b / 4},
+               {"shape_y", 1.5},
+               {"shape_v", 1.5},
+               {"z_pl", -7},
+               {"y_pl", 20},
+               {"Eref", E},
+               {"EA", E * A},
+               {"EIy", E * Iy},
+               {"EIv", E * Iz},
+               {"GJ", G * It},
+               {"GAz", G * 5 * A / 6}});
+    expect(v, {{"Iyz", 0}}, Iy);
+    expect(v, {{"alpha", 0}}, 1);
+    expect(v, {{"u_M", 0}, {"v_M", 0}, {"beta_y", 0}, {"beta_v", 0}, {"v_pl", 0}}, 2);
+    EXPECT_NEAR(v["Wt"].value.value, 1 / largest_torsional_stress(h, b), v["Wt"].value.bound);
+    EXPECT_EQ(v["mass"].quantity->dimension.mass, 1);
+}
+
+TEST(Values, OfCirclesAndRings) {
+    for (const double d : {0.0, 6.0}) {
+        const double D = 10, A = PI * (D * D - d * d) / 4, I = PI * (std::pow(D, 4) - std::pow(d, 4)) / 64,
+                     Wpl = (D * D * D - d * d * d) / 6, k = std::pow(1 + d * d / D / D, 2);
+        const Values v = values_of(d == 0 ? shape("circle", R"("d": 10)") : shape("ring", R"("d": 10, "t": 2)"));
+        expect(v, {{"A", A},
+                   {"P_out", PI * D},
+                   {"P_in", PI * d},
+                   {"y_max", 5},
+                   {"z_min", -5},
+                   {"Iy", I},
+                   {"Iv", I},
+                   {"Wel_y_top", I / 5},
+                   {"It", 2 * I},
+                   {"Wpl_y", Wpl},
+                   {"shape_z", Wpl * 5 / I},
+                   // Cowper (1966), with Poisson's ratio 0
+                   {"As_y", A * 6 * k / (7 * k + 20 * d * d / D / D)}});
+        expect(v, {{"Iw", 0}}, I * D * D);
+        EXPECT_NEAR(v["Wt"].value.value, 2 * I / 5, v["Wt"].value.bound);
+        for (const char* const key : {"alpha", "Wel_u_pos", "Wpl_v"})
+            EXPECT_EQ(v[key].reason, "every axis is a principal one") << key;
+    }
+}
+
+// A turned rectangle: the same values along its principal axes; between them those of the tensors.
+TEST(Values, TurnWithTheSection) {
+    const Values straight = values_of(shape("rectangle", R"("b": 3, "h": 5)"));
+    const Values turned = values_of(shape("rectangle", R"("b": 3, "h": 5)", R"(, "turn": 30, "at": [1, 2])"));
+    const double c2 = 0.75, s2 = 0.25, Iy = 31.25, Iz = 11.25;
+    expect(turned, {{"alpha", 30},
+                    {"Iy", c2 * Iy + s2 * Iz},
+                    {"Iz", s2 * Iy + c2 * Iz},
+                    {"Iyz", -std::sqrt(c2 * s2) * (Iy - Iz)},
+                    {"e_u_pos", 1.5},
+                    {"e_v_neg", 2.5},
+                    {"e_top", 2.5 * std::sqrt(c2) + 1.5 * 0.5},
+                    {"Wel_u_pos", Iy / 2.5},
+                    {"Wpl_v", 11.25},
+                    {"shape_u", 1.5}});
+    expect(turned, {{"As_y", 12.5}, {"As_v", 12.5}});
+    expect(turned, {{"u_M", 0}, {"v_M", 0}, {"beta_u", 0}}, 2);
+    for (const char* const key : {"It", "Iw", "Wt"})
+        EXPECT_NEAR(turned[key].value.value, straight[key].value.value,
+                    turned[key].value.bound + straight[key].value.bound)
+            << key;
+}
+
+// The flexibilities of shear, one over the shear areas, turn as a tensor does.
+TEST(Values, ShearAreasAreThoseOfForcesWithoutOneAcross) {
+    const Values v = values_of(shape("z", R"("h": 10, "b": 6, "tw": 0.5, "tf": 0.5)"));
+    const auto flexibility = [&](const char* key) { return 1 / v[key].value.value; };
+    EXPECT_NEAR(flexibility("As_y") + flexibility("As_z"), flexibility("As_u") + flexibility("As_v"), 1e-3);
+    EXPECT_LT(v["As_z"].value.value * v["Gref"].value.value, v["GAz"].value.value * 0.99);
+}
+
+TEST(Values, OfSeveralMaterials) {
+    const Section s =
+        section_with(R"({"shape": "rectangle", "material": "concrete", "parameters": {"b": 30, "h": 50}})",
+                     R"(, "bars": [{"at": [0, -20], "diameter": 4, "material": "steel"},
+                      {"at": [10, -20], "area": 5, "material": "steel", "as_point": true}])");
+    const double disc = 4 * PI, n = 21000.0 / 3000;
+    const Values v = values_of(s);
+    expect(v, {{"A", 1500}, {"A_tr", 1500 + (n - 1) * (disc + 5)}, {"P_out", 160}});
+    EXPECT_FALSE(v["shape_y"].given);
+    EXPECT_EQ(v["shape_y"].reason, "several materials");
+    EXPECT_EQ(v["As_y"].reason, "bars are points; it needs them as discs");
+    ASSERT_EQ(v.materials.size(), 2u);
+    EXPECT_EQ(v.reference, "concrete");
+    EXPECT_NEAR(v.materials[0].area, disc + 5, 1e-9);
+    EXPECT_NEAR(v.materials[1].area, 1500 - disc - 5, 1e-9);
+    EXPECT_NEAR(v.materials[0].mass, (disc + 5) * 0.00785 * 100, 1e-9);
+    EXPECT_NEAR(v["mass"].value.value, v.materials[0].mass + v.materials[1].mass, 1e-3 * v["mass"].value.value);
+}
+
+// Two layers that slip: nothing counts from a common centroid, and the common centre is that of both.
+TEST(Values, OfGroupsThatSlip) {
+    const std::string layer =
+        R"({"shape": "rectangle", "material": "steel", "parameters": {"b": 3, "h": 2}, "factor": 0.5)";
+    const Values v = values_of(section_with(layer + R"(, "group": 1}, )" + layer + R"(, "group": 2, "at": [0, 2]})"));
+    expect(v, {{"z_C", 1}, {"Iy", 2 * (3 * 8 / 12.0 + 0.5 * 6)}, {"A", 12}, {"e_top", 2}, {"e_bottom", 2}});
+    EXPECT_EQ(v["Wel_y_top"].reason, "groups of parts slip on each other");
+}
+
+TEST(Values, AreLeftOutWithoutStrengthAndDensity) {
+    Section s = shape("rectangle", R"("b": 3, "h": 5)");
+    for (Material& m : s.materials) m.tension = m.compression = m.density = 0;
+    const Values v = values_of(s);
+    EXPECT_FALSE(v["Mpl_y"].given);
+    EXPECT_FALSE(v["mass"].given);
+    expect(v, {{"Wpl_y", 18.75}});
+    s.wishes.levels = 1;
+    const Values one = values_of(s, analyse(s, mesh_of(s), 1));
+    EXPECT_TRUE(one["It"].given);
+    EXPECT_TRUE(std::isnan(one["It"].value.bound));
+}
+
+TEST(Values, InOtherUnits) {
+    const Values kncm = values_of(shape("rectangle", R"("b": 3, "h": 5)")), other = in_units(kncm, "m", "N");
+    const std::vector<std::tuple<const char*, double, const char*>> cases = {
+        {"A", 1e-4, "m2"},    {"mass", 1, "kg/m"},  {"alpha", 1, "deg"},   {"Iy", 1e-8, "m4"},
+        {"Iw", 1e-12, "m6"},  {"Mpl_y", 10, "N m"}, {"shape_y", 1, ""},    {"Eref", 1e7, "N/m2"},
+        {"EIy", 0.1, "N m2"}, {"GAz", 1000, "N"},   {"EIw", 1e-5, "N m4"}, {"Wpl_y", 1e-6, "m3"},
+    };
+    for (const auto& [key, scale, unit] : cases) {
+        const Value was = kncm[key].value, is = other[key].value;
+        EXPECT_NEAR(is.value, was.value * scale, 1e-14 * std::abs(is.value)) << key;
+        EXPECT_NEAR(is.bound, was.bound * scale, 1e-14 * std::abs(is.bound)) << key;
+        EXPECT_EQ(unit_of(*kncm[key].quantity, "m", "N"), unit) << key;
+    }
+    EXPECT_THROW(in_units(kncm, "furlong", "N"), Error);
+}
+
+TEST(Values, BoundsHoldForWhatIsMadeOfThem) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> any(-1, 1);
+    for (int k = 0; k < 20000; ++k) {
+        const double a = 3 * any(random), b = 3 * any(random);
+        const Value x = {a, std::abs(any(random))}, y = {b, std::abs(any(random))}, r = {std::abs(a), x.bound};
+        const double at = a + x.bound * any(random), bt = b + y.bound * any(random);
+        const auto holds = [](const Value& v, double truth) {
+            return std::abs(v.value - truth) <= v.bound * (1 + 1e-12);
+        };
+        ASSERT_TRUE(holds(x + y, at + bt) && holds(x - y, at - bt) && holds(x * y, at * bt));
+        ASSERT_TRUE(std::abs(b) <= y.bound || holds(x / y, at / bt));
+        const double rt = r.value + r.bound * any(random);
+        ASSERT_TRUE(rt < 0 || holds(square_root(r), std::sqrt(rt))) << r.value << " " << r.bound << " " << rt;
+    }
+    EXPECT_TRUE(std::isinf((Value{1, 0} / Value{1, 1}).bound));
+    EXPECT_EQ((Value{0, 0} * Value{1, INFINITY}).bound, 0);
+}
+
+// Two squares that touch in a node, and a hole: outlines are followed along one side.
+TEST(Extents, OfWhatTouchesItself) {
+    Mesh mesh;
+    for (const auto& [y, z] : std::vector<std::pair<int, int>>{{0, 0}, {1, 0}, {1, 1}, {0, 1}, {2, 1}, {2, 2}, {1, 2}})
+        mesh.nodes.push_back({double(y), double(z)});
+    mesh.elements = {{1, 2, 3, 4}, {3, 5, 6, 7}};
+    mesh.owners = {0, 1};
+    EXPECT_EQ(perimeter_of(mesh).outside, 8);
+    EXPECT_EQ(perimeter_of(mesh).inside, 0);
+    EXPECT_EQ(areas_of(mesh, 2), (std::vector<double>{1, 1}));
+    EXPECT_NEAR(extent_of(mesh, PI / 4).high, std::sqrt(8), 1e-15);
+
+    mesh.bows = {{1, 2, {0.5, 0.5}}};  // a quarter of the circle about the first square's middle
+    const double r = std::sqrt(0.5), bow = PI / 4 * r * r - 0.25;
+    EXPECT_NEAR(areas_of(mesh, 2)[0], 1 + bow, 1e-15);
+    EXPECT_NEAR(perimeter_of(mesh).outside, 7 + PI / 2 * r, 1e-15);
+    EXPECT_NEAR(extent_of(mesh, PI / 2).low, 0.5 - r, 1e-15);
+    mesh.bows[0].centre = {0.5, -0.5};
+    EXPECT_NEAR(areas_of(mesh, 2)[0], 1 - bow, 1e-15);
+    EXPECT_EQ(extent_of(mesh, PI / 2).low, 0);
+}
+
+TEST(Show, AsManyDigitsAsTheBoundAllows) {
+    const std::vector<std::tuple<double, double, const char*, const char*>> cases = {
+        {19.7534, 0.00057, "19.7534", "0.0006"}, {5381.2034, 0.11, "5381.2", "0.2"},
+        {83561234, 2999, "83.561e6", "0.003e6"}, {0.001234567, 1e-6, "0.001235", "0.000001"},
+        {1e-7, 1e-10, "100.0e-9", "0.1e-9"},     {1e-12, 1e-10, "0", "1e-10"},
+        {1160.04777, 0, "1160.048", "exact"},    {11750, 5999, "11750", "6000"},
+        {-3.25, 0.0099, "-3.250", "0.01"},       {99.999, 0.99, "100.0", "1"},
+    };
+    for (const auto& [value, bound, figure, limit] : cases) {
+        EXPECT_EQ(figures({value, bound}), figure);
+        EXPECT_EQ(bound_text({value, bound}), limit);
+    }
+}
+
+TEST(Show, MeshIsOpenedByGmsh) {
+    const Section s = section_with(
+        R"({"name": "block", "shape": "rectangle", "material": "concrete", "parameters": {"b": 30, "h": 50}},
+           {"name": "plate", "shape": "rectangle", "material": "steel", "parameters": {"b": 30, "h": 2}, "at": [0, 26]})",
+        R"(, "bars": [{"at": [0, -20], "diameter": 4, "material": "steel"}])");
+    const Mesh mesh = mesh_of(s);
+    const std::string file = testing::TempDir() + "velquor_show.msh";
+    std::ofstream(file) << show_mesh(s, mesh);
+    gmsh::open(file);
+    std::remove(file.c_str());
+    std::vector<std::size_t> nodes;
+    std::vector<double> at, none;
+    gmsh::model::mesh::getNodes(nodes, at, none);
+    EXPECT_EQ(nodes.size(), mesh.nodes.size());
+    std::vector<int> types;
+    std::vector<std::vector<std::size_t>> elements, corners;
+    gmsh::model::mesh::getElements(types, elements, corners, 2);
+    std::size_t count = 0;
+    for (const auto& list : elements) count += list.size();
+    EXPECT_EQ(count, mesh.elements.size());
+    std::vector<std::string> names;
+    gmsh::vectorpair groups;
+    gmsh::model::getPhysicalGroups(groups);
+    for (const auto& [dimension, tag] : groups) {
+        names.emplace_back();
+        gmsh::model::getPhysicalName(dimension, tag, names.back());
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"block", "plate", "bars", "material concrete", "material steel"}));
+    gmsh::model::remove();
+}
+
+}  // namespace
+}  // namespace velquor
