@@ -18,17 +18,17 @@ std::vector<Finding> findings_of(const std::string& name) {
     try {
         return check(section_of({{name}, "", {}, {}, {}}, 0));
     } catch (const Error& error) {
-        return {{Finding::error, error.place, error.fault, error.remedy}};
+        return {{true, error.place, error.fault, error.remedy}};
     }
 }
 
 std::string text_of(const Finding& finding) {
-    return std::string(finding.severity == Finding::error ? "" : "warning: ") +
+    return std::string(finding.is_error ? "" : "warning: ") +
            Error(finding.place, finding.message, finding.remedy).what();
 }
 
 ordered_json json_of(const Finding& finding) {
-    return {{"severity", finding.severity == Finding::error ? "error" : "warning"},
+    return {{"severity", finding.is_error ? "error" : "warning"},
             {"place", finding.place},
             {"message", finding.message},
             {"remedy", finding.remedy}};
@@ -44,7 +44,7 @@ int check(const CheckOptions& options) {
         ordered_json section = {{"input", name}, {"findings", ordered_json::array()}};
         const auto findings = findings_of(name);
         for (const Finding& finding : findings) {
-            if (finding.severity == Finding::error) status = REFUSED;
+            if (finding.is_error) status = REFUSED;
             text += name + ": " + text_of(finding) + "\n";
             section["findings"].push_back(json_of(finding));
         }
