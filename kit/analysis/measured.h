@@ -6,8 +6,8 @@
 
 namespace velquor {
 
-// What a section must have for a value.
-enum { NOTHING = 0, PLASTIC = 1, STRENGTHS = 2, ONE_MATERIAL = 4, DENSITIES = 8, WHOLE = 16, AXES = 32 };
+// The material of an owner of elements.
+const Material& material_of(const Section& section, std::int32_t owner);
 
 struct Measured {
     const Section& section;
@@ -17,6 +17,7 @@ struct Measured {
     bool densities = true;   // of all materials
     bool points = false;     // some bars are points
     bool round = false;      // both principal moments are equal, so every axis is a principal one
+    double displaced = 0;    // mass to be added to WEIGHT where bars are points
     int pieces = 1;
     Perimeter perimeter;
     Extent y, z;               // in the section's frame

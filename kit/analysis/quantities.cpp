@@ -103,7 +103,10 @@ std::vector<Quantity> area_and_centroid() {
         {"A", "A", group, "area, of all materials alike", "ANET", AREA, NOTHING, MAIN, "", slot<VQ_ANET>},
         {"A_tr", "A,tr", group, "transformed area", "EA / EREF", AREA, NOTHING, MAIN, "A", area},
         {"mass", "m", group, "mass of a metre", "WEIGHT", MASS, DENSITIES, MAIN, "",
-         [](const Measured& s) { return s(VQ_WEIGHT) / exact(size_of(lengths(), s.section.length, "units.length")); }},
+         [](const Measured& s) {
+             const Value weight = s(VQ_WEIGHT) + exact(s.displaced);
+             return weight / exact(size_of(lengths(), s.section.length, "units.length"));
+         }},
         {"P_out", "P,out", group, "perimeter outside", "", LENGTH, NOTHING, MAIN, "",
          [](const Measured& s) { return exact(s.perimeter.outside); }},
         {"P_in", "P,in", group, "perimeter of the holes", "", LENGTH, NOTHING, MAIN, "",
@@ -144,9 +147,9 @@ std::vector<Quantity> bending() {
         {"Iyz", "Iyz", group, "product moment", "DYZ / EREF", INERTIA, NOTHING, MAIN, "", over<VQ_DYZ, VQ_EREF>},
         {"alpha", "α", group, "from y to the strong axis u", "ALPHA", NUMBER, AXES, MAIN, "",
          [](const Measured& s) { return s(VQ_ALPHA) * exact(180 / PI); }},
-        {"Iu", "Iu", group, "greater principal moment, about u", "I1 / EREF", INERTIA, NOTHING, MAIN, "Iy",
+        {"Iu", "Iu", group, "greater principal moment, about u", "I1 / EREF", INERTIA, PRINCIPAL, MAIN, "Iy",
          over<VQ_I1, VQ_EREF>},
-        {"Iv", "Iv", group, "smaller principal moment, about v", "I2 / EREF", INERTIA, NOTHING, MAIN, "Iz",
+        {"Iv", "Iv", group, "smaller principal moment, about v", "I2 / EREF", INERTIA, PRINCIPAL, MAIN, "Iz",
          over<VQ_I2, VQ_EREF>},
         {"Wel_y_top", "Wel,y", group, "elastic modulus, highest fibre", "IZZ / EREF", VOLUME, WHOLE, MAIN, "",
          elastic<VQ_IZZ, Axis::z, Side::positive>},
@@ -166,8 +169,10 @@ std::vector<Quantity> bending() {
          elastic<VQ_I2, Axis::u, Side::negative>},
         {"i_y", "iy", group, "radius of gyration about y", "IZZ / EA", LENGTH, NOTHING, MAIN, "", root<VQ_IZZ, VQ_EA>},
         {"i_z", "iz", group, "radius of gyration about z", "IYY / EA", LENGTH, NOTHING, MAIN, "", root<VQ_IYY, VQ_EA>},
-        {"i_u", "iu", group, "radius of gyration about u", "I1 / EA", LENGTH, NOTHING, MAIN, "i_y", root<VQ_I1, VQ_EA>},
-        {"i_v", "iv", group, "radius of gyration about v", "I2 / EA", LENGTH, NOTHING, MAIN, "i_z", root<VQ_I2, VQ_EA>},
+        {"i_u", "iu", group, "radius of gyration about u", "I1 / EA", LENGTH, PRINCIPAL, MAIN, "i_y",
+         root<VQ_I1, VQ_EA>},
+        {"i_v", "iv", group, "radius of gyration about v", "I2 / EA", LENGTH, PRINCIPAL, MAIN, "i_z",
+         root<VQ_I2, VQ_EA>},
         {"Ip", "Ip", group, "polar moment about the centroid", "(IYY + IZZ) / EREF", INERTIA, WHOLE, MORE, "", polar},
         {"i_p", "ip", group, "polar radius about the centroid", "(IYY + IZZ) / EA", LENGTH, WHOLE, MORE, "",
          [](const Measured& s) { return square_root(polar(s) / area(s)); }},
@@ -303,8 +308,8 @@ std::vector<Quantity> stiffness() {
         {"EIy", "EIy", group, "bending stiffness about y", "IZZ", BENDING, NOTHING, MAIN, "", slot<VQ_IZZ>},
         {"EIz", "EIz", group, "bending stiffness about z", "IYY", BENDING, NOTHING, MAIN, "", slot<VQ_IYY>},
         {"EIyz", "EIyz", group, "its coupling", "DYZ", BENDING, NOTHING, MORE, "", slot<VQ_DYZ>},
-        {"EIu", "EIu", group, "bending stiffness about u", "I1", BENDING, NOTHING, MAIN, "EIy", slot<VQ_I1>},
-        {"EIv", "EIv", group, "bending stiffness about v", "I2", BENDING, NOTHING, MAIN, "EIz", slot<VQ_I2>},
+        {"EIu", "EIu", group, "bending stiffness about u", "I1", BENDING, PRINCIPAL, MAIN, "EIy", slot<VQ_I1>},
+        {"EIv", "EIv", group, "bending stiffness about v", "I2", BENDING, PRINCIPAL, MAIN, "EIz", slot<VQ_I2>},
         {"GJ", "GIt", group, "torsional stiffness", "GJ", BENDING, NOTHING, MAIN, "", slot<VQ_GJ>},
         {"EIw", "EIw", group, "warping stiffness", "IW", STIFF_WARPING, NOTHING, MAIN, "", slot<VQ_IW>},
         {"EIw_C", "EIw,C", group, "warping stiffness about the centroid", "IWS", STIFF_WARPING, WHOLE, MORE, "EIw",
@@ -345,6 +350,15 @@ Measured::Measured(const Section& of, const Analysis& by) : section(of), analysi
         points = points || bar.as_point;
     }
     composite = materials.size() > 1;
+    std::size_t point = 0;
+    for (const Bar& bar : section.bars) {  // WEIGHT takes off what stands first in the tables, for what is around a bar
+        if (!bar.as_point) continue;
+        const auto density = [&](std::size_t element) {
+            return material_of(section, analysis.mesh.owners.at(element)).density;
+        };
+        const auto host = static_cast<std::size_t>(analysis.bars.at(point++).ELEMENT) - 1;
+        displaced += bar.area * (density(0) - density(host));
+    }
     for (const Material& m : section.materials) densities = densities && (m.density > 0 || !materials.count(m.name));
     const Measured& s = *this;
     round = std::abs(s(VQ_I1).value - s(VQ_I2).value) <= s(VQ_I1).bound + s(VQ_I2).bound;

@@ -19,17 +19,6 @@ constexpr double INF = std::numeric_limits<double>::infinity();
 // A bound times a size, of which either may be 0 beside an infinite one.
 double times(double a, double b) { return a == 0 || b == 0 ? 0 : a * b; }
 
-const Material* material_of(const Section& section, const std::string& name) {
-    for (const Material& m : section.materials)
-        if (m.name == name) return &m;
-    return nullptr;
-}
-
-const std::string& material_name(const Section& section, std::size_t owner) {
-    return owner < section.parts.size() ? section.parts[owner].material
-                                        : section.bars.at(owner - section.parts.size()).material;
-}
-
 std::vector<Share> shares_of(const Section& section, const Analysis& analysis) {
     std::vector<Share> shares;
     for (const Material& m : section.materials) shares.push_back({m.name, 0, 0});
@@ -38,19 +27,20 @@ std::vector<Share> shares_of(const Section& section, const Analysis& analysis) {
             if (share.material == name) share.area += area;
     };
     const auto areas = areas_of(analysis.mesh, section.parts.size() + section.bars.size());
-    for (std::size_t k = 0; k < areas.size(); ++k) add(material_name(section, k), areas[k]);
+    for (std::size_t k = 0; k < areas.size(); ++k)
+        add(material_of(section, static_cast<std::int32_t>(k)).name, areas[k]);
     std::size_t point = 0;
     for (const Bar& bar : section.bars) {
         if (!bar.as_point) continue;
         const auto host = static_cast<std::size_t>(analysis.bars.at(point++).ELEMENT) - 1;
         add(bar.material, bar.area);
-        add(material_name(section, static_cast<std::size_t>(analysis.mesh.owners.at(host))), -bar.area);
+        add(material_of(section, analysis.mesh.owners.at(host)).name, -bar.area);
     }
+    const double metre = 1 / size_of(lengths(), section.length, "units.length");
+    for (std::size_t k = 0; k < shares.size(); ++k)
+        shares[k].mass = section.materials[k].density * shares[k].area * metre;
     shares.erase(std::remove_if(shares.begin(), shares.end(), [](const Share& s) { return s.area == 0; }),
                  shares.end());
-    for (Share& share : shares)  // kg for a volume of one unit of length
-        share.mass = material_of(section, share.material)->density * share.area /
-                     size_of(lengths(), section.length, "units.length");
     return shares;
 }
 
@@ -60,7 +50,7 @@ const char* missing(int needs, const Measured& s) {
     if ((needs & PLASTIC) && !s.analysis.plastic) return "several materials, some without strengths";
     if ((needs & STRENGTHS) && !s.analysis.strengths) return "materials without strengths";
     if ((needs & ONE_MATERIAL) && s.composite) return "several materials";
-    if ((needs & AXES) && s.round) return "every axis is a principal one";
+    if ((needs & AXES) == AXES && s.round) return "every axis is a principal one";
     if ((needs & DENSITIES) && !s.densities) return "a material without density";
     return nullptr;
 }
@@ -87,6 +77,14 @@ double power(double base, int exponent) {
 }
 
 }  // namespace
+
+const Material& material_of(const Section& section, std::int32_t owner) {
+    const auto k = static_cast<std::size_t>(owner), parts = section.parts.size();
+    const std::string& name = k < parts ? section.parts[k].material : section.bars.at(k - parts).material;
+    for (const Material& m : section.materials)
+        if (m.name == name) return m;
+    throw std::out_of_range("no material " + name);
+}
 
 Value operator+(const Value& a, const Value& b) { return {a.value + b.value, a.bound + b.bound}; }
 Value operator-(const Value& a, const Value& b) { return {a.value - b.value, a.bound + b.bound}; }

@@ -20,6 +20,18 @@ Value operator*(const Value& a, const Value& b);
 Value operator/(const Value& a, const Value& b);
 Value square_root(const Value& a);
 
+// What a section must have for a value, in bits.
+enum Needs {
+    NOTHING = 0,
+    PLASTIC = 1,    // a plastic calculation
+    STRENGTHS = 2,  // of all materials
+    ONE_MATERIAL = 4,
+    DENSITIES = 8,   // of all materials
+    WHOLE = 16,      // no groups that bend by themselves
+    PRINCIPAL = 32,  // nothing: but the value is one along the principal axes
+    AXES = 32 + 64   // one that depends on these, so they must not be any
+};
+
 // One line of the table of all values, which text, JSON, CSV and their schema are made from.
 struct Measured;  // a section, and what was calculated and measured of it
 struct Quantity {
@@ -29,7 +41,7 @@ struct Quantity {
     const char* meaning;
     const char* slots;  // of the library, from which it comes; empty: from the mesh
     Dimension dimension;
-    int needs;         // bits of values.cpp: of a section that has none of what is needed there is no such value
+    int needs;
     bool main;         // shown without being asked for
     const char* twin;  // key of a value before it that it repeats in many sections, or empty
     Value (*of)(const Measured& section);

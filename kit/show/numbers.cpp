@@ -27,11 +27,15 @@ int power_of(int exponent) {
     return 3 * static_cast<int>(std::floor(exponent / 3.0));
 }
 
-// With decimals down to that of exponent `last`, "83.561e6".
-std::string written(double value, int last, int power) {
+// With decimals down to that of exponent `last`, "83.561e6"; of an exact value without zeros at the end.
+std::string written(double value, int last, int power, bool exact) {
     // Powers up to 22 are exact, and a division by one rounds once.
     const double scaled = power < 0 ? value * std::pow(10.0, -power) : value / std::pow(10.0, power);
     std::string text = formatted(scaled, std::chars_format::fixed, std::max(0, power - last));
+    if (exact && text.find('.') != std::string::npos) {
+        text.erase(text.find_last_not_of('0') + 1);
+        if (text.back() == '.') text.pop_back();
+    }
     return power == 0 ? text : text + "e" + std::to_string(power);
 }
 
@@ -41,7 +45,8 @@ std::string figures(const Value& v) {
     if (v.value == 0 || std::abs(v.value) <= v.bound) return "0";
     const int exponent = exponent_of(v.value);
     const int wanted = v.bound > 0 ? exponent - exponent_of(v.bound) + 1 : MOST_DIGITS;
-    return written(v.value, exponent - std::clamp(wanted, FEWEST_DIGITS, MOST_DIGITS) + 1, power_of(exponent));
+    return written(v.value, exponent - std::clamp(wanted, FEWEST_DIGITS, MOST_DIGITS) + 1, power_of(exponent),
+                   v.bound <= EXACT * std::abs(v.value));
 }
 
 std::string bound_text(const Value& v) {
@@ -54,7 +59,7 @@ std::string bound_text(const Value& v) {
     const int power = std::abs(v.value) > v.bound ? power_of(exponent_of(v.value))
                       : last < SMALLEST           ? last
                                                   : power_of(last);
-    return written(up, last, power);
+    return written(up, last, power, false);
 }
 
 }  // namespace velquor

@@ -38,11 +38,21 @@ bool same(const Value& a, const Value& b) {
     return std::abs(a.value - b.value) <= a.bound + b.bound + 1e-9 * std::abs(a.value);
 }
 
+// Whether the principal axes are y and z, in either order: what lies along them says nothing new.
+bool are_principal(const Values& values) {
+    const Entry& alpha = values["alpha"];
+    if (!alpha.given) return true;
+    const double angle = std::abs(alpha.value.value);
+    return std::min(angle, std::abs(angle - 90)) <= alpha.value.bound + 1e-9;
+}
+
 // Of main values those that say something new.
-bool is_shown(const Values& values, const Entry& entry) {
-    if (!entry.given || !entry.quantity->main) return false;
-    if (*entry.quantity->twin == '\0') return true;
-    const Entry& twin = values[entry.quantity->twin];
+bool is_shown(const Values& values, const Entry& entry, bool principal) {
+    const Quantity& q = *entry.quantity;
+    if (!entry.given || !q.main) return false;
+    if (principal && (q.needs & PRINCIPAL) && q.key != std::string("alpha")) return false;
+    if (*q.twin == '\0') return true;
+    const Entry& twin = values[q.twin];
     return !twin.given || !same(entry.value, twin.value);
 }
 
@@ -134,8 +144,9 @@ const Quantity& quantity_of(const std::string& key) {
 std::string show_text(const Values& v, int width, bool all) {
     Lines lines;  // symbol, value, sign, bound, unit, meaning, slots
     std::vector<const char*> groups;
+    const bool principal = are_principal(v);
     for (const Entry& entry : v.entries) {
-        if (!(all ? entry.given : is_shown(v, entry))) continue;
+        if (!(all ? entry.given : is_shown(v, entry, principal))) continue;
         const Quantity& q = *entry.quantity;
         const std::string bound = bound_text(entry.value);
         lines.push_back({q.symbol, figures(entry.value), bound == "exact" ? "" : "±", bound,

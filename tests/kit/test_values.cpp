@@ -167,7 +167,7 @@ TEST(Values, ShearAreasAreThoseOfForcesWithoutOneAcross) {
     const Values v = values_of(shape("z", R"("h": 10, "b": 6, "tw": 0.5, "tf": 0.5)"));
     const auto flexibility = [&](const char* key) { return 1 / v[key].value.value; };
     EXPECT_NEAR(flexibility("As_y") + flexibility("As_z"), flexibility("As_u") + flexibility("As_v"), 1e-3);
-    EXPECT_LT(v["As_z"].value.value * v["Gref"].value.value, v["GAz"].value.value * 0.99);
+    EXPECT_LT(v["As_z"].value.value * v["Gref"].value.value, v["GAz"].value.value - 2 * v["GAz"].value.bound);
 }
 
 TEST(Values, OfSeveralMaterials) {
@@ -270,11 +270,17 @@ TEST(Extents, OfWhatTouchesItself) {
 
 TEST(Show, AsManyDigitsAsTheBoundAllows) {
     const std::vector<std::tuple<double, double, const char*, const char*>> cases = {
-        {19.7534, 0.00057, "19.7534", "0.0006"}, {5381.2034, 0.11, "5381.2", "0.2"},
-        {83561234, 2999, "83.561e6", "0.003e6"}, {0.001234567, 1e-6, "0.001235", "0.000001"},
-        {1e-7, 1e-10, "100.0e-9", "0.1e-9"},     {1e-12, 1e-10, "0", "1e-10"},
-        {1160.04777, 0, "1160.048", "exact"},    {11750, 5999, "11750", "6000"},
-        {-3.25, 0.0099, "-3.250", "0.01"},       {99.999, 0.99, "100.0", "1"},
+        {19.7534, 0.00057, "19.7534", "0.0006"},
+        {5381.2034, 0.11, "5381.2", "0.2"},
+        {83561234, 2999, "83.561e6", "0.003e6"},
+        {0.001234567, 1e-6, "0.001235", "0.000001"},
+        {1e-7, 1e-10, "100.0e-9", "0.1e-9"},
+        {1e-12, 1e-10, "0", "1e-10"},
+        {1160.04777, 0, "1160.048", "exact"},
+        {11750, 5999, "11750", "6000"},
+        {3150, 0, "3150", "exact"},
+        {-3.25, 0.0099, "-3.250", "0.01"},
+        {99.999, 0.99, "100.0", "1"},
     };
     for (const auto& [value, bound, figure, limit] : cases) {
         EXPECT_EQ(figures({value, bound}), figure);
