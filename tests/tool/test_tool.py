@@ -1,0 +1,207 @@
+"""The command velquor as people and programs meet it: VELQUOR_COMMAND names the program."""
+import csv
+import io
+import json
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+ROOT = pathlib.Path(__file__).parents[2]
+sys.path.insert(0, str(ROOT / "bindings" / "python"))
+import velquor_section  # noqa: E402
+
+COMMAND = os.environ["VELQUOR_COMMAND"]
+T_BEAM = str(ROOT / "examples" / "sections" / "t_beam.json")
+SQUARE = {"name": "square", "materials": [{"name": "steel", "E": 210000}],
+          "parts": [{"outline": [[0, 0], [10, 0], [10, 10], [0, 10]]}]}
+WRONG = {**SQUARE, "parts": [{"shape": "circel", "parameters": {"d": 10}}]}
+
+
+def run(*arguments, text="", **more):
+    return subprocess.run([COMMAND, *arguments], input=text, capture_output=True, encoding="utf-8", timeout=60, **more)
+
+
+class Statuses(unittest.TestCase):
+    def test_of_every_end_with_its_message(self):
+        cases = (
+            (["calc", "IPE 300"], 0, ""),
+            (["--version"], 0, ""), (["--help"], 0, ""), (["calc", "--help"], 0, ""), (["shapes", "i"], 0, ""),
+            ([], 1, "velquor: no command"),
+            (["clac", "IPE 300"], 1, 'velquor: unknown command "clac"; did you mean "calc"?'),
+            (["calc"], 1, "velquor: calc: no section"),
+            (["calc", "IPE 300", "--jsn"], 1, "velquor: The following argument was not expected: --jsn"),
+            (["calc", "IPE 301"], 1, 'velquor: IPE 301: unknown profile "IPE 301"; did you mean "IPE 300"?'),
+            (["calc", "no.json"], 1, "velquor: no.json: cannot be read: No such file or directory"),
+            (["calc", "/"], 1, "velquor: /: cannot be read: Is a directory"),
+            (["calc", "IPE 300", "--units", "mn"], 1, 'velquor: IPE 300: --units: unknown unit "mn"'),
+            (["calc", "IPE 300", "--levels", "9"], 1, "velquor: IPE 300: --levels: 9; must be a whole number"),
+            (["calc", "IPE 300", "--accuracy", "1,5"], 1, 'velquor: IPE 300: --accuracy: "1,5" is not a number'),
+            (["calc", "IPE 300", "--columns", "Iyy"], 1, 'velquor: --columns: unknown value "Iyy"; did you mean'),
+            (["calc", T_BEAM, "--E", "1"], 1, "--E: is for profiles and --shape"),
+            (["calc", "--shape", "i", "--h", "300"], 1, "velquor: --shape i: "),
+            (["calc", "--shape", "circle", "--d", "-5"], 1, "d = -5: must be above 0"),
+            (["mesh", "IPE 300", "-o", "/no/folder"], 3, "velquor: /no/folder: cannot be written"),
+            (["profiles", "XYZ"], 1, 'velquor: no profile'),
+        )
+        for arguments, status, message in cases:
+            with self.subTest(arguments):
+                done = run(*arguments)
+                self.assertEqual(done.returncode, status, done.stderr)
+                self.assertIn(message, done.stderr)
+                self.assertEqual(bool(done.stderr), bool(message))
+                self.assertEqual(bool(done.stdout), status == 0)
+
+    def test_worst_of_several_and_the_others_are_shown(self):
+        done = run("calc", "IPE 300", "-", "HEB 200", text=json.dumps(WRONG))
+        self.assertEqual(done.returncode, 1)
+        self.assertIn('velquor: -: parts[0].shape: unknown shape "circel"; did you mean "circle"?\n', done.stderr)
+        self.assertIn("IPE 300", done.stdout)
+        self.assertIn("HEB 200", done.stdout)
+        self.assertEqual(len(done.stdout.splitlines()), 4)
+
+    def test_what_cannot_be_written_is_noticed(self):
+        with open("/dev/full", "w") as full:
+            done = subprocess.run([COMMAND, "calc", "IPE 300"], stdout=full, stderr=subprocess.PIPE, encoding="utf-8")
+        self.assertEqual(done.returncode, 3)
+        self.assertIn("No space left on device", done.stderr)
+        self.assertEqual(run("calc", "IPE 300", "-o", "/dev/full").returncode, 3)
+        reader, writer = os.pipe()
+        os.close(reader)
+        done = subprocess.run([COMMAND, "profiles"], stdout=writer, stderr=subprocess.PIPE, encoding="utf-8")
+        os.close(writer)
+        self.assertEqual((done.returncode, done.stderr),
+                         (3, "velquor: the standard output: cannot be written: Broken pipe\n"))
+
+    def test_interrupt_ends_it_within_a_second(self):
+        hard = {**SQUARE, "wishes": {"levels": 6, "size": 0.15}}
+        process = subprocess.Popen([COMMAND, "calc", "-"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        process.stdin.write(json.dumps(hard).encode())
+        process.stdin.close()
+        time.sleep(0.7)
+        self.assertIsNone(process.poll(), "ended before it was interrupted")
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(timeout=1), -signal.SIGINT)
+        process.stdout.close()
+
+
+class Forms(unittest.TestCase):
+    def test_json_is_as_its_schema_and_carries_every_digit(self):
+        schema = json.loads(run("schema", "--result").stdout)
+        done = run("calc", "IPE 300", T_BEAM, "-", "IPE 301", "--json", text=json.dumps(SQUARE))
+        result = json.loads(done.stdout)
+        fits(result, schema, schema)
+        self.assertEqual([s.get("name") for s in result["sections"]],
+                         ["IPE 300", "T-beam of reinforced concrete", "square", None])
+        self.assertEqual(result["sections"][3]["error"]["fault"], 'unknown profile "IPE 301"')
+        ipe, beam, square = (s["values"] for s in result["sections"][:3])
+        self.assertAlmostEqual(square["Iy"]["value"], 1e4 / 12, delta=1e-8)
+        self.assertEqual(square["Mpl_y"]["reason"], "materials without strengths")
+        self.assertIsNone(square["Mpl_y"]["value"])
+        self.assertIsNone(beam["Wt"]["value"])
+        self.assertGreater(len(str(ipe["It"]["value"])), 15)
+        for broken in ({**result, "more": 1}, {"velquor": "1", "sections": [{}]}):  # the schema says no to something
+            with self.assertRaises(AssertionError):
+                fits(broken, schema, schema)
+
+    def test_csv_agrees_with_json(self):
+        arguments = ("calc", "IPE 300", T_BEAM, "--units", "cm", "--force", "kN")
+        rows = list(csv.DictReader(io.StringIO(run(*arguments, "--csv").stdout, newline="")))
+        sections = json.loads(run(*arguments, "--json").stdout)["sections"]
+        self.assertEqual(len(rows), 2)
+        for row, section in zip(rows, sections):
+            self.assertEqual((row["name"], row["length"]), (section["name"], "cm"))
+            for key, entry in section["values"].items():
+                for column, number in ((key, entry["value"]), (f"{key}_bound", entry["bound"])):
+                    self.assertEqual(float(row[column]) if row[column] else None, number)
+
+    def test_shape_is_the_profile(self):
+        shape = json.loads(run("calc", "--shape", "i", "--h", "300", "--b", "150", "--tw", "7.1", "--tf", "10.7", "--r",
+                               "15", "--json").stdout)["sections"][0]
+        profile = json.loads(run("calc", "IPE 300", "--json").stdout)["sections"][0]
+        self.assertEqual(shape["values"], profile["values"])
+
+    def test_locale_changes_nothing(self):
+        locales = subprocess.run(["locale", "-a"], capture_output=True, encoding="utf-8").stdout.split()
+        german = next((x for x in locales if x.startswith("de_DE")), None)
+        if german is None:
+            self.skipTest("no German locale here")
+        for form in ([], ["--json"], ["--csv"]):
+            self.assertEqual(run("calc", "IPE 300", *form).stdout,
+                             run("calc", "IPE 300", *form, env={**os.environ, "LC_ALL": german}).stdout)
+
+    def test_schema_of_sections_and_lists(self):
+        self.assertEqual(json.loads(run("schema").stdout)["title"], "Cross-section of a beam")
+        self.assertIn("--tw", run("shapes", "i").stdout)
+        self.assertEqual(run("profiles", "heb20").stdout[:7], "HEB 200")
+
+    def test_results_into_a_file(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = pathlib.Path(folder, "values.csv")
+            done = run("calc", "IPE 300", "--csv", "-o", str(file))
+            self.assertEqual(done.stdout, "")
+            self.assertEqual(file.read_bytes().decode(), run("calc", "IPE 300", "--csv").stdout.replace("\n", "\r\n"))
+
+
+class Python(unittest.TestCase):
+    def test_values_and_faults(self):
+        self.assertAlmostEqual(velquor_section.calc(SQUARE, units="cm")["values"]["A"]["value"], 1)
+        self.assertEqual(velquor_section.calc("IPE 300")["name"], "IPE 300")
+        with self.assertRaises(velquor_section.SectionError) as raised:
+            velquor_section.calc(WRONG)
+        fault = raised.exception
+        self.assertEqual((fault.place, fault.fault, fault.remedy, fault.status),
+                         ("parts[0].shape", 'unknown shape "circel"', 'did you mean "circle"?', 1))
+        with self.assertRaisesRegex(velquor_section.SectionError, "unknown unit"):
+            velquor_section.calc(SQUARE, units="mn")
+
+    def test_findings_are_the_words_of_the_command(self):
+        self.assertEqual(velquor_section.check(SQUARE), [])
+        error, = velquor_section.check(WRONG)
+        self.assertEqual(error["severity"], "error")
+        done = run("check", "-", text=json.dumps(WRONG))
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stdout, f"-: {error['place']}: {error['message']}; {error['remedy']}\n")
+        self.assertEqual(run("check", "-", text=json.dumps(SQUARE)).stdout, "-: nothing found\n")
+
+
+def fits(value, schema, root):
+    """Asserts that a value is as the schema has it: the keywords that the schema of results uses, and no others."""
+    if "$ref" in schema:
+        return fits(value, root["definitions"][schema["$ref"].split("/")[-1]], root)
+    types = {"object": dict, "array": list, "string": str, "boolean": bool, "null": type(None), "integer": int,
+             "number": (int, float)}
+    known = {"$schema", "title", "description", "definitions", "type", "properties", "required", "items", "oneOf", "allOf",
+             "additionalProperties"}
+    assert set(schema) <= known, set(schema) - known
+    if "type" in schema:
+        wanted = schema["type"] if isinstance(schema["type"], list) else [schema["type"]]
+        assert any(isinstance(value, types[name]) for name in wanted), (value, wanted)
+    if isinstance(value, dict):
+        assert set(schema.get("required", ())) <= set(value), schema["required"]
+        properties = schema.get("properties", {})
+        assert schema.get("additionalProperties", True) or set(value) <= set(properties), set(value) - set(properties)
+        for key in set(value) & set(properties):
+            fits(value[key], properties[key], root)
+    for item in value if isinstance(value, list) else ():
+        fits(item, schema.get("items", {}), root)
+    for one in schema.get("allOf", ()):
+        fits(value, one, root)
+    if "oneOf" in schema:
+        assert sum(does_fit(value, one, root) for one in schema["oneOf"]) == 1, value
+
+
+def does_fit(value, schema, root):
+    try:
+        fits(value, schema, root)
+        return True
+    except AssertionError:
+        return False
+
+
+if __name__ == "__main__":
+    unittest.main()
