@@ -16,26 +16,29 @@ namespace velquor {
 
 namespace {
 
-const char* const ABOUT = "Values of beam cross-sections by finite elements, each with a bound for its error.";
+const char* const ABOUT = "Values of beam sections by finite elements, each with a bound for its error.";
 
 const char* const STATUSES =
-    "Exit status: 0 done; 1 an input was refused; 2 a section could not be solved; 3 internal fault, or results could\n"
-    "not be written. Of several inputs it is that of the worst. Messages go to the error stream, results alone to the\n"
-    "standard output.\n"
+    "Exit status: 0 done; 1 an input was refused; 2 a section could not be solved;\n"
+    "3 internal fault, or results could not be written. Of several inputs it is that\n"
+    "of the worst. Messages go to the error stream, results alone to the standard\n"
+    "output.\n\n"
     "Example: velquor calc \"IPE 300\" --units cm";
+
+constexpr std::size_t NAMES = 26;  // columns of the options' names in the help
 
 struct Arguments {
     CLI::App app{ABOUT, "velquor"};
     CalcOptions calc;
     MeshOptions mesh;
     CheckOptions check;
-    std::string shape, filter;
+    std::string shape, filter, columns;
     bool results = false, json = false, csv = false, version = false;
 };
 
 void add_inputs(CLI::App& command, Inputs& inputs, int most) {
-    command.add_option("FILE", inputs.names, "files, names of profiles, or - for the standard input")
-        ->expected(0, most)
+    command.add_option("FILE", inputs.names, "files, profiles, or - for the standard input")
+        ->expected(most)
         ->type_name("");
     command.add_option("--shape", inputs.shape, "a parametric shape: see velquor shapes")->type_name("NAME");
     std::set<std::string> names;
@@ -52,31 +55,28 @@ void add_inputs(CLI::App& command, Inputs& inputs, int most) {
     command.add_option("--strength", inputs.material["strength"], "yield strength in N/mm2 (235)")
         ->group(material)
         ->type_name("NUMBER");
-    command.add_option("--size", inputs.wishes["size"], "of the coarsest elements, in the section's unit of length")
+    command.add_option("--size", inputs.wishes["size"], "of the coarsest elements, as the section's lengths")
         ->type_name("NUMBER");
 }
 
 void add_calc(Arguments& a) {
     CLI::App& command = *a.app.add_subcommand("calc", "the values of sections; several make one table");
-    add_inputs(command, a.calc.inputs, 100000);
+    add_inputs(command, a.calc.inputs, -1);
     command.add_option("--accuracy", a.calc.inputs.wishes["accuracy"], "relative bound to be reached (0.001)")
         ->type_name("NUMBER");
     command.add_option("--levels", a.calc.inputs.wishes["levels"], "of refinement, 1 to 6 (3)")->type_name("NUMBER");
-    command.add_option("--units", a.calc.length, "unit of length of the results: mm, cm, dm, m, in, ft")
+    command.add_option("--units", a.calc.length, "of length, for the results: mm, cm, dm, m, in, ft")
         ->type_name("UNIT");
-    command.add_option("--force", a.calc.force, "unit of force of the results: N, kN, MN, kgf, lbf, kip")
-        ->type_name("UNIT");
+    command.add_option("--force", a.calc.force, "of force: N, kN, MN, kgf, lbf, kip")->type_name("UNIT");
     command.add_flag("--all", a.calc.all, "every value, not only the main ones");
-    command.add_option("--columns", a.calc.columns, "keys of the table's columns, as in A,Iy,Wpl_y")
-        ->delimiter(',')
-        ->type_name("KEYS");
+    command.add_option("--columns", a.columns, "of a table: keys as in A,Iy,Wpl_y")->type_name("KEYS");
     auto* const json = command.add_flag("--json", a.json, "JSON, in the form of velquor schema --result");
     command.add_flag("--csv", a.csv, "comma-separated values, one section a row")->excludes(json);
     command.add_option("-o,--output", a.calc.output, "file for the results")->type_name("FILE");
     command.footer(
-        "Parameters of a shape are options too, in mm: velquor shapes NAME lists them.\n"
+        "Parameters of a shape are options too, in mm: velquor shapes NAME lists them.\n\n"
         "Examples: velquor calc \"IPE 300\" section.json --csv -o values.csv\n"
-        "          velquor calc --shape i --h 300 --b 150 --tw 7.1 --tf 10.7 --r 15 --units cm");
+        "          velquor calc --shape i --h 300 --b 150 --tw 7.1 --tf 10.7 --r 15");
 }
 
 void add_others(Arguments& a) {
@@ -124,6 +124,7 @@ int tell(const std::string& help) {
 std::function<int()> command_of(int count, char** arguments) {
     const auto a = std::make_shared<Arguments>();
     a->app.footer(STATUSES);
+    a->app.get_formatter()->column_width(NAMES);
     a->app.add_flag("--version", a->version, "the version, and what it links");
     a->app.require_subcommand(0, 1);
     add_calc(*a);
@@ -140,6 +141,8 @@ std::function<int()> command_of(int count, char** arguments) {
     const auto asked = a->app.get_subcommands();
     if (asked.empty()) throw Misuse("no command; see velquor --help");
     const std::string name = asked.front()->get_name();
+    std::istringstream columns(a->columns);
+    for (std::string key; std::getline(columns, key, ',');) a->calc.columns.push_back(key);
     if (a->json) a->calc.form = CalcOptions::Form::json;
     if (a->csv) a->calc.form = CalcOptions::Form::csv;
     const Inputs* const inputs = name == "calc" ? &a->calc.inputs : name == "mesh" ? &a->mesh.inputs : nullptr;

@@ -18,7 +18,10 @@ std::string list_of_shapes() {
     std::size_t width = 0;
     for (const Shape& shape : velquor::shapes()) width = std::max(width, std::string(shape.name).size());
     std::string text;
-    for (const Shape& shape : velquor::shapes()) text += padded(shape.name, width) + "  " + shape.meaning + "\n";
+    for (const Shape& shape : velquor::shapes()) {
+        const std::string meaning = shape.meaning;
+        text += padded(shape.name, width) + "  " + meaning.substr(0, meaning.find("; origin")) + "\n";
+    }
     return text;
 }
 

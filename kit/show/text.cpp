@@ -124,7 +124,7 @@ std::string list_of_missing(const Values& v, std::size_t width) {
 
 std::vector<std::string> keys_that_fit(std::size_t width) {
     const std::vector<std::string> narrow = {"A", "mass", "Iy", "Iz", "It", "Iw"},
-                                   more = {"Wel_y_top", "Wel_z_right", "Wpl_y", "Wpl_z"};
+                                   more = {"Wel_y", "Wel_z", "Wpl_y", "Wpl_z"};
     std::vector<std::string> keys = narrow;
     if (width >= WIDE) keys.insert(keys.end(), more.begin(), more.end());
     return keys;

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <fstream>
 #include <random>
+#include <sstream>
 
 #include "kit/analysis/extent.h"
 #include "kit/analysis/values.h"
@@ -77,6 +78,7 @@ TEST(Values, OfARectangle) {
                {"Iz", Iz},
                {"Iu", Iy},
                {"Iv", Iz},
+               {"Wel_y", Iy / 2.5},
                {"Wel_y_top", Iy / 2.5},
                {"Wel_y_bottom", Iy / 2.5},
                {"Wel_z_left", Iz / 1.5},
@@ -286,6 +288,19 @@ TEST(Show, AsManyDigitsAsTheBoundAllows) {
         EXPECT_EQ(figures({value, bound}), figure);
         EXPECT_EQ(bound_text({value, bound}), limit);
     }
+}
+
+// In the most words: unsymmetric, in mm, where values are long.
+TEST(Show, TableFitsItsWidth) {
+    const Values v = in_units(values_of(shape("angle", R"("h": 20, "b": 10, "t": 1.5, "r1": 1)")), "mm", "N");
+    for (const int width : {80, 120}) {
+        std::istringstream lines(show_text(v, width, false));
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(std::count_if(line.begin(), line.end(), [](char c) { return (c & 0xc0) != 0x80; }), width)
+                << line;
+    }
+    EXPECT_NE(show_text(v, 120, false).find("IZZ / EREF"), std::string::npos);
+    EXPECT_EQ(show_text(v, 80, false).find("IZZ / EREF"), std::string::npos);
 }
 
 TEST(Show, MeshIsOpenedByGmsh) {

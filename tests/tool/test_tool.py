@@ -134,6 +134,10 @@ class Forms(unittest.TestCase):
             self.assertEqual(run("calc", "IPE 300", *form).stdout,
                              run("calc", "IPE 300", *form, env={**os.environ, "LC_ALL": german}).stdout)
 
+    def test_columns_of_the_table(self):
+        self.assertEqual(run("calc", "--columns", "Iy,shape_y", "--units", "cm", "IPE 300", "UPN 200").stdout.split()[:6],
+                         ["Iy", "αpl,y", "cm⁴", "IPE", "300", "8356.1"])
+
     def test_schema_of_sections_and_lists(self):
         self.assertEqual(json.loads(run("schema").stdout)["title"], "Cross-section of a beam")
         self.assertIn("--tw", run("shapes", "i").stdout)
