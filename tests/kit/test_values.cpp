@@ -191,6 +191,21 @@ TEST(Values, OfSeveralMaterials) {
     EXPECT_NEAR(v["mass"].value.value, v.materials[0].mass + v.materials[1].mass, 1e-3 * v["mass"].value.value);
 }
 
+// A bar near the lower left corner of concrete carries where there is tension.
+TEST(Values, PlasticMomentsAreNamedByTheSideInTension) {
+    for (const double turn : {0.0, 20.0}) {
+        const double c = std::cos(turn * PI / 180), s = std::sin(turn * PI / 180), y = -11, z = -21;
+        const Values v = values_of(section_with(
+            R"({"shape": "rectangle", "material": "concrete", "parameters": {"b": 30, "h": 50}, "turn": )" +
+                std::to_string(turn) + "}",
+            R"(, "bars": [{"diameter": 4, "material": "steel", "at": [)" + std::to_string(c * y - s * z) + ", " +
+                std::to_string(s * y + c * z) + "]}]"));
+        for (const auto& [bar, none] : std::vector<std::pair<const char*, const char*>>{
+                 {"Mpl_y_neg", "Mpl_y"}, {"Mpl_z", "Mpl_z_neg"}, {"Mpl_u_neg", "Mpl_u"}, {"Mpl_v", "Mpl_v_neg"}})
+            EXPECT_GT(v[bar].value.value, 1.2 * v[none].value.value) << bar << " turned by " << turn;
+    }
+}
+
 // Two layers that slip: nothing counts from a common centroid, and the common centre is that of both.
 TEST(Values, OfGroupsThatSlip) {
     const std::string layer =
