@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "kit/section/shapes.h"
+#include "kit/section/templates.h"
 #include "kit/section/words.h"
 #include "tool/commands.h"
 #include "tool/output.h"
@@ -44,15 +45,15 @@ void add_inputs(CLI::App& command, Inputs& inputs, int most) {
     std::set<std::string> names;
     for (const Shape& shape : velquor::shapes())
         for (const Parameter& parameter : shape.parameters) names.insert(parameter.name);
+    for (const Template& whole : templates())
+        for (const Parameter& parameter : whole.parameters) names.insert(parameter.name);
     for (const std::string& name : names)  // not in the help: velquor shapes NAME tells those of a shape
         command.add_option("--" + name, inputs.parameters[name], "")->group("");
-    const char* const material = "Material of profiles and shapes, steel where it is not given";
-    command.add_option("--E", inputs.material["E"], "elastic modulus in N/mm2 (210000)")
-        ->group(material)
-        ->type_name("NUMBER");
-    command.add_option("--nu", inputs.material["nu"], "Poisson's ratio (0.3)")->group(material)->type_name("NUMBER");
-    command.add_option("--density", inputs.material["density"], "kg/m3 (7850)")->group(material)->type_name("NUMBER");
-    command.add_option("--strength", inputs.material["strength"], "yield strength in N/mm2 (235)")
+    const char* const material = "In place of what a section of one material has";
+    command.add_option("--E", inputs.material["E"], "elastic modulus in N/mm2")->group(material)->type_name("NUMBER");
+    command.add_option("--nu", inputs.material["nu"], "Poisson's ratio")->group(material)->type_name("NUMBER");
+    command.add_option("--density", inputs.material["density"], "kg/m3")->group(material)->type_name("NUMBER");
+    command.add_option("--strength", inputs.material["strength"], "yield strength in N/mm2")
         ->group(material)
         ->type_name("NUMBER");
     command.add_option("--size", inputs.wishes["size"], "of the coarsest elements, as the section's lengths")

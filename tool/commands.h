@@ -14,7 +14,7 @@ struct Inputs {
     std::vector<std::string> names;                 // files, names of profiles, "-" for the standard input
     std::string shape;                              // and one of a parametric shape, if not empty
     std::map<std::string, std::string> parameters;  // of the shape, in mm
-    std::map<std::string, std::string> material;    // E, nu, density, strength of the shape and of profiles, N and mm
+    std::map<std::string, std::string> material;    // E, nu, density, strength in place of the only one's: N/mm2, kg/m3
     std::map<std::string, std::string> wishes;      // accuracy, levels, size: in place of what files wish
 };
 

@@ -8,8 +8,8 @@
 #include <memory>
 
 #include "kit/section/file.h"
-#include "kit/section/profiles.h"
-#include "kit/section/shapes.h"
+#include "kit/section/templates.h"
+#include "kit/section/units.h"
 #include "kit/section/words.h"
 
 namespace velquor {
@@ -30,34 +30,33 @@ double given(const std::map<std::string, std::string>& options, const std::strin
     return at == options.end() || at->second.empty() ? fallback : number_of(at->second, "--" + name);
 }
 
-// Structural steel of EN 1993-1-1: N, mm, kg.
-Section section_of(Part part, const std::string& name, const std::map<std::string, std::string>& material) {
-    const double E = given(material, "E", 210000), strength = given(material, "strength", 235);
-    const double G = E / (2 * (1 + given(material, "nu", 0.3)));
-    Section section;
-    section.name = name;
-    section.materials = {{"steel", E, G, given(material, "density", 7850) * 1e-9, strength, strength}};
-    part.material = "steel";
-    section.parts = {std::move(part)};
-    return section;
+// Overrides the only material with what the options give in N, mm and kg/m3.
+void take_material(const std::map<std::string, std::string>& options, Section& section) {
+    for (const auto& [name, text] : options)
+        if (!text.empty() && section.materials.size() > 1)
+            throw Error("--" + name, "the section has several materials",
+                        "write a file: velquor schema tells its form");
+    Material& m = section.materials.front();
+    const double length = size_of(lengths(), section.length, ""), force = size_of(forces(), section.force, "");
+    const double stress = 1e6 * length * length / force, volume = length * length * length;  // of 1 N/mm2, of 1 m3
+    const double nu = given(options, "nu", m.E / (2 * m.G) - 1);
+    m.E = stress * given(options, "E", m.E / stress);
+    m.G = m.E / (2 * (1 + nu));
+    m.density = volume * given(options, "density", m.density / volume);
+    m.tension = m.compression = stress * given(options, "strength", m.tension / stress);
 }
 
-Section section_of_shape(const Inputs& inputs) {
-    Part part;
-    part.shape = inputs.shape;
+Section shape_given(const Inputs& inputs) {
+    std::map<std::string, double> parameters;
     std::string name = inputs.shape;
     for (const auto& [parameter, text] : inputs.parameters) {
         if (text.empty()) continue;
-        part.parameters[parameter] = number_of(text, "--" + parameter);
+        parameters[parameter] = number_of(text, "--" + parameter);
         name += " " + parameter + " " + text;
     }
-    return section_of(part, name, inputs.material);
-}
-
-Section section_of_profile(const std::string& name, const Inputs& inputs) {
-    Part part;
-    part.profile = profile_of(name, "mm", "").name;
-    return section_of(part, part.profile, inputs.material);
+    Section section = section_of_shape(inputs.shape, parameters);
+    section.name = name;
+    return section;
 }
 
 void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes& wishes) {
@@ -105,15 +104,14 @@ std::string name_of(const Inputs& inputs, std::size_t number) {
 Section section_of(const Inputs& inputs, std::size_t number) {
     Section section;
     if (number == inputs.names.size()) {
-        section = section_of_shape(inputs);
+        section = shape_given(inputs);
     } else if (is_file(inputs.names[number])) {
         section = read_section(text_of_file(inputs.names[number]));
         if (section.name.empty()) section.name = std::filesystem::path(inputs.names[number]).stem();
-        for (const auto& [name, text] : inputs.material)
-            if (!text.empty()) throw Error("--" + name, "is for profiles and --shape", "a file has its own materials");
     } else {
-        section = section_of_profile(inputs.names[number], inputs);
+        section = section_of_profile(inputs.names[number]);
     }
+    take_material(inputs.material, section);
     take_wishes(inputs.wishes, section.wishes);
     return section;
 }

@@ -42,7 +42,7 @@ class Statuses(unittest.TestCase):
             (["calc", "IPE 300", "--levels", "9"], 1, "velquor: IPE 300: --levels: 9; must be a whole number"),
             (["calc", "IPE 300", "--accuracy", "1,5"], 1, 'velquor: IPE 300: --accuracy: "1,5" is not a number'),
             (["calc", "IPE 300", "--columns", "Iyy"], 1, 'velquor: --columns: unknown value "Iyy"; did you mean'),
-            (["calc", T_BEAM, "--E", "1"], 1, "--E: is for profiles and --shape"),
+            (["calc", T_BEAM, "--E", "1"], 1, "--E: the section has several materials"),
             (["calc", "--shape", "i", "--h", "300"], 1, "velquor: --shape i: "),
             (["calc", "--shape", "circle", "--d", "-5"], 1, "d = -5: must be above 0"),
             (["mesh", "IPE 300", "-o", "/no/folder"], 3, "velquor: /no/folder: cannot be written"),
@@ -124,6 +124,15 @@ class Forms(unittest.TestCase):
                                "15", "--json").stdout)["sections"][0]
         profile = json.loads(run("calc", "IPE 300", "--json").stdout)["sections"][0]
         self.assertEqual(shape["values"], profile["values"])
+
+    def test_material_of_the_command_line_in_the_units_of_the_section(self):
+        given = ["--E", "200000", "--nu", "0.25", "--density", "8000", "--strength", "300", "--json"]
+        for name in ("IPE 300", "W12X26"):
+            values, = json.loads(run("calc", name, *given, "--units", "mm", "--force", "N").stdout)["sections"]
+            value = {key: entry["value"] for key, entry in values["values"].items()}
+            for key, expected in (("Eref", 200000), ("Gref", 80000), ("mass", value["A"] * 8000e-6),
+                                  ("Mpl_y", 300 * value["Wpl_y"])):
+                self.assertAlmostEqual(value[key] / expected, 1, delta=1e-12)
 
     def test_locale_changes_nothing(self):
         with tempfile.TemporaryDirectory() as folder:
