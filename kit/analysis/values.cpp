@@ -121,9 +121,9 @@ Values values_of(const Section& section, const Analysis& analysis) {
     values.elements = analysis.mesh.elements.size();
     values.levels = analysis.levels;
     values.wished = section.wishes.accuracy;
-    values.reached = analysis.reached;
+    values.reached = analysis.levels > 1 ? analysis.reached : std::nan("");
     values.worst = slots()[static_cast<std::size_t>(analysis.worst)].name;
-    values.met = analysis.met;
+    values.met = analysis.levels > 1 && analysis.met;
     return values;
 }
 

@@ -69,7 +69,7 @@ struct Values {
     std::vector<Share> materials;
     std::size_t nodes = 0, elements = 0;  // of the coarse mesh
     int levels = 0;
-    double wished = 0, reached = 0;  // bounds relative to the natural sizes of their values
+    double wished = 0, reached = 0;  // bounds relative to natural sizes; not a number: none is known
     std::string worst;               // the slot of the largest bound
     bool met = false;
 

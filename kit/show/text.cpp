@@ -34,16 +34,16 @@ std::string raised(const std::string& unit) {
     return unit == "deg" ? "°" : text;
 }
 
-bool same(const Value& a, const Value& b) {
-    return std::abs(a.value - b.value) <= a.bound + b.bound + 1e-9 * std::abs(a.value);
-}
+// A bound, or what rounding leaves where none is known.
+double slack(const Value& v) { return (std::isnan(v.bound) ? 0 : v.bound) + 1e-9 * std::abs(v.value); }
+bool same(const Value& a, const Value& b) { return std::abs(a.value - b.value) <= slack(a) + slack(b); }
 
 // Whether the principal axes are y and z, in either order: what lies along them says nothing new.
 bool are_principal(const Values& values) {
     const Entry& alpha = values["alpha"];
     if (!alpha.given) return true;
     const double angle = std::abs(alpha.value.value);
-    return std::min(angle, std::abs(angle - 90)) <= alpha.value.bound + 1e-9;
+    return std::min(angle, std::abs(angle - 90)) <= slack(alpha.value) + 1e-9;
 }
 
 // Of main values those that say something new.
@@ -75,7 +75,7 @@ std::string trimmed(std::string line) {
 std::string heading(const Values& v) {
     std::string text = (v.name.empty() ? "Section" : v.name) + "\n";
     text += std::to_string(v.nodes) + " nodes, " + std::to_string(v.levels) + (v.levels == 1 ? " level" : " levels");
-    if (v.levels > 1) {
+    if (std::isfinite(v.reached)) {
         text += "; bounds up to " + bound_text({1, v.reached}) + " (" + v.worst + ")";
         if (!v.met) text += ", more than the " + text_of(v.wished) + " that was wished";
     }

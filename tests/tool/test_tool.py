@@ -134,6 +134,15 @@ class Forms(unittest.TestCase):
                                   ("Mpl_y", 300 * value["Wpl_y"])):
                 self.assertAlmostEqual(value[key] / expected, 1, delta=1e-12)
 
+    def test_one_level_has_no_bounds(self):
+        section, = json.loads(run("calc", "IPE 300", "--levels", "1", "--json").stdout)["sections"]
+        self.assertEqual((section["accuracy"]["reached"], section["accuracy"]["met"]), (None, False))
+        self.assertEqual((section["values"]["It"]["bound"], section["values"]["It"]["reason"]),
+                         (None, "no bound from one level"))
+        text = run("calc", "IPE 300", "--levels", "1").stdout
+        self.assertIn("± ?", text)
+        self.assertNotIn("Iu", text)  # principal axes are y and z
+
     def test_locale_changes_nothing(self):
         with tempfile.TemporaryDirectory() as folder:
             try:  # a decimal comma; the machine's own locales are seldom more than C
