@@ -285,6 +285,22 @@ TEST(Extents, OfWhatTouchesItself) {
     EXPECT_EQ(extent_of(mesh, PI / 2).low, 0);
 }
 
+// Squares about a hole that meets the outside in one node: that is no hole, the outline runs through the node twice.
+TEST(Extents, OfAHoleThatIsOpenInANode) {
+    Mesh mesh;
+    for (int k = 0; k < 16; ++k) mesh.nodes.push_back({double(k % 4), double(k / 4)});
+    for (const int cell : {2, 1, 8, 4, 6, 9, 10}) {
+        mesh.elements.push_back({cell + 1, cell + 2, cell + 6, cell + 5});
+        mesh.owners.push_back(0);
+    }
+    EXPECT_EQ(perimeter_of(mesh).outside, 16);
+    EXPECT_EQ(perimeter_of(mesh).inside, 0);
+    mesh.elements.push_back({1, 2, 6, 5});
+    mesh.owners.push_back(0);
+    EXPECT_EQ(perimeter_of(mesh).outside, 12);
+    EXPECT_EQ(perimeter_of(mesh).inside, 4);
+}
+
 TEST(Show, AsManyDigitsAsTheBoundAllows) {
     const std::vector<std::tuple<double, double, const char*, const char*>> cases = {
         {19.7534, 0.00057, "19.7534", "0.0006"},
