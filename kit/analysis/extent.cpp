@@ -12,7 +12,7 @@ namespace velquor {
 namespace {
 
 double cross(const Point& o, const Point& a, const Point& b) { return cross(a - o, b - o); }
-double distance(const Point& a, const Point& b) { return length(b - a); }
+double apart(const Point& a, const Point& b) { return length(b - a); }
 
 const Point& node_of(const Mesh& mesh, std::int32_t number) { return mesh.nodes[number - 1]; }
 
@@ -27,7 +27,7 @@ const Point* centre_of(const Mesh& mesh, std::int32_t a, std::int32_t b) {
 
 // Arcs of edges are less than half of a circle.
 double angle_of(const Point& a, const Point& b, const Point& centre) {
-    return 2 * std::asin(std::min(1.0, distance(a, b) / (distance(centre, a) + distance(centre, b))));
+    return 2 * std::asin(std::min(1.0, apart(a, b) / (apart(centre, a) + apart(centre, b))));
 }
 
 // The edges of an element, each in its counter-clockwise course.
@@ -77,7 +77,7 @@ std::vector<double> areas_of(const Mesh& mesh, std::size_t count) {
             const Point &a = node_of(mesh, i), &b = node_of(mesh, j);
             area += cross(first, a, b) / 2;
             if (const Point* centre = centre_of(mesh, i, j)) {
-                const double angle = angle_of(a, b, *centre), radius = distance(*centre, a);
+                const double angle = angle_of(a, b, *centre), radius = apart(*centre, a);
                 area += std::copysign(radius * radius * (angle - std::sin(angle)) / 2, cross(a, b, *centre));
             }
         });
@@ -96,7 +96,7 @@ Perimeter perimeter_of(const Mesh& mesh) {
             const auto [i, j] = *way;
             const Point &a = node_of(mesh, i), &b = node_of(mesh, j);
             const Point* centre = centre_of(mesh, i, j);
-            course += centre ? angle_of(a, b, *centre) * distance(*centre, a) : distance(a, b);
+            course += centre ? angle_of(a, b, *centre) * apart(*centre, a) : apart(a, b);
             area += cross(origin, a, b);
             ways.erase(way);
             way = next_way(mesh, ways, i, j);
@@ -115,7 +115,7 @@ Extent extent_of(const Mesh& mesh, double angle) {
         for (const std::int32_t n : element) take(along(node_of(mesh, n)));
     for (const Mesh::Bow& bow : mesh.bows) {
         const Point &a = node_of(mesh, bow.a), &b = node_of(mesh, bow.b);
-        const double radius = distance(bow.centre, a), side = cross(a, b, bow.centre);
+        const double radius = apart(bow.centre, a), side = cross(a, b, bow.centre);
         for (const double sense : {-radius, radius}) {
             const Point top = bow.centre + sense * way;
             if (cross(a, b, top) * side < 0) take(along(top));  // on the arc: the chord lies between it and the centre
