@@ -9,16 +9,17 @@ namespace {
 
 // Where nothing is known of an error: the orders p that are believed, 0.9 to 2.2, as powers 2^p.
 constexpr double MINFALL = 1.866065983073615, MAXFALL = 4.59479341998814;
-// Shares in the bound, found on random meshes (docs/levels.md): of the correction, where its order is not known; of the
-// second correction and of both where they are, the latter larger where the orders are not those of a smooth outline.
-constexpr double DOUBT = 0.3, SECOND = 3, BOTH = 0.1, BOTHSHARP = 0.2;
+// Shares in the bound, found on random meshes (docs/levels.md): of the second correction, and of what an order that the
+// values show would change.
+constexpr double SECOND = 3, DOUBT = 0.3;
+constexpr double MOST = 0.1;  // of the correction, where it is a series
 
 // The order that three values show.
 Estimate fitted(double v1, double v2, double d1, double d2) {
     if (d2 == 0 || !(d1 / d2 > 1)) return {v2, std::max(std::fabs(d1), std::fabs(d2))};
     const double fall = std::clamp(d1 / d2, MINFALL, MAXFALL), c = d2 / (fall - 1);
     const double e = v2 + c, second_order = v2 + d2 / 3, before = v1 + d1 / (fall - 1);
-    return {e, std::max({std::fabs(e - second_order), std::fabs(e - before) / 2, DOUBT * std::fabs(c)})};
+    return {e, std::max({std::fabs(e - second_order), std::fabs(e - before) / 2, std::fabs(c)})};
 }
 
 // Both parts of the error taken out, one after the other (Romberg's scheme).
@@ -27,9 +28,10 @@ Estimate known(double v1, double v2, double d1, double d2, const Falls& falls) {
     const double e = first + (first - before) / (falls.second - 1);
     const double otherwise = fitted(v1, v2, d1, d2).value;
     const double not_falling = std::fabs(d2) < std::fabs(d1) ? 0 : std::fabs(d2);
-    const double both = falls.first == SMOOTH.first ? BOTH : BOTHSHARP;
-    return {e, std::max({SECOND * std::fabs(e - first), both * std::fabs(e - v2), DOUBT * std::fabs(e - otherwise),
-                         not_falling})};
+    const double second = std::fabs(e - first), all = std::fabs(e - v2);
+    const double rest = falls.third > 0 ? std::min(falls.third * second / all * second, MOST * all)
+                                        : std::max(SECOND * second, DOUBT * std::fabs(e - otherwise));
+    return {e, std::max({rest, falls.share * all, not_falling})};
 }
 
 }  // namespace

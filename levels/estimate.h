@@ -8,13 +8,18 @@ struct Estimate {
     double value, bound;
 };
 
-// The factors by which two parts of an error fall from level to level; 0: not known, what the values show.
+// The factors by which two parts of an error fall from level to level, 0 where they are not known but for what the
+// values show, and the bound as a share of the whole correction. Where the error is a series of even powers a third
+// part stands to the second as this to the first: the bound has a multiple of it, and a much smaller share.
 struct Falls {
     double first, second;
+    double share;
+    double third = 0;  // this multiple; 0: no such series
 };
 
-// Errors of integrals over smooth outlines: of the second and the fourth order.
-constexpr Falls SMOOTH{4, 16};
+// Errors of the second and the fourth order: of what rests on warping, of lines that cut elements, of integrals over
+// smooth outlines, and of what is made of several of these. Shares are from random meshes (docs/levels.md).
+constexpr Falls SMOOTH{4, 16, 0.1}, CUT{4, 16, 0.2}, OUTLINE{4, 16, 3e-4, 16}, MIXED{4, 16, 6e-4, 60};
 
 // From the values of `count` levels, the finest last; those before one that is not finite do not count. The bound is at
 // least `floor`, and infinite where a single value is left.

@@ -22,11 +22,13 @@ constexpr double PLASTICSTEP = 1e-9, PLASTICBALANCE = 1e-4;
 // Shares in bounds, found on random meshes: of the correction of stiffnesses, in warping constants and the shear
 // centre, in the sums of warping times distance; of the change of the largest stress between the levels before the
 // finest.
-constexpr double COARSE = 0.01, COARSESKEW = 0.1, MOVED = 0.5;
+constexpr double COARSE = 0.01, COARSESKEW = 0.2, MOVED = 1;
 // The sum of warping times distance, in the host's units, below which WR1 and WR2 are 0.
 constexpr double MINSKEWSUM = 0.0001;
 // A change of ALPHA beyond this is a change of axes; what is not known of ALPHA beyond this is taken seriously.
 constexpr double SAMEAXES = 0.01, ANYAXES = 0.1;
+// By which a change of a plastic line may differ from a quarter of the one before.
+constexpr double REGULAR = 0.02;
 
 constexpr int on_warping[] = {VQ_SCY, VQ_SCZ, VQ_SCU,  VQ_SCV, VQ_GJ, VQ_GAY, VQ_GAZ, VQ_IW,
                               VQ_GAU, VQ_GAV, VQ_GAUV, VQ_IWS, VQ_WT, VQ_WR1, VQ_WR2};
@@ -78,11 +80,11 @@ void set_slot(Work& w, int slot, const Falls& falls, double floor, int used = VQ
 
 void outline_slots(Work& w) {
     for (const int slot : {VQ_EA, VQ_ANET, VQ_WEIGHT})
-        set_slot(w, slot, SMOOTH, EXACT * (1 + FAR * w.away / w.radius) * std::fabs(w.finest(slot)));
-    for (const int slot : {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}) set_slot(w, slot, SMOOTH, EXACT * w.moments);
-    for (const int slot : {VQ_YC, VQ_ZC}) set_slot(w, slot, SMOOTH, EXACT * (w.radius + FAR * w.away));
+        set_slot(w, slot, OUTLINE, EXACT * (1 + FAR * w.away / w.radius) * std::fabs(w.finest(slot)));
+    for (const int slot : {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}) set_slot(w, slot, OUTLINE, EXACT * w.moments);
+    for (const int slot : {VQ_YC, VQ_ZC}) set_slot(w, slot, OUTLINE, EXACT * (w.radius + FAR * w.away));
     for (const auto& [slot, moment] : {std::pair{VQ_RY, VQ_IYY}, {VQ_RZ, VQ_IZZ}})
-        set_slot(w, slot, SMOOTH,
+        set_slot(w, slot, MIXED,
                  SOLVED * w.away + EXACT * w.moments / std::fabs(w.finest(moment)) * std::fabs(w.finest(slot)));
     for (const int slot : {VQ_EREF, VQ_GREF}) w.set(slot, {w.finest(slot), 0});
 }
@@ -130,7 +132,7 @@ void warping_slots(Work& w, const Falls& warped, bool triangles) {
     }
 
     // The largest stress is of the first order in triangles, and may change its place from level to level.
-    set_slot(w, VQ_WT, triangles ? Falls{2, 4} : SMOOTH, SOLVED * std::fabs(w.finest(VQ_WT)));
+    set_slot(w, VQ_WT, triangles ? Falls{2, 4, 0.2} : SMOOTH, SOLVED * std::fabs(w.finest(VQ_WT)));
     const auto change = [&](int back) { return std::fabs(w.level(back)[VQ_WT] - w.level(back + 1)[VQ_WT]); };
     w.bound(VQ_WT) = std::max({w.bound(VQ_WT), change(0), w.count() > 2 ? MOVED * change(1) : 0});
 }
@@ -143,7 +145,7 @@ Direction turned(const Direction& from, double angle) {
 
 // `swing` becomes what is not known of ALPHA.
 Direction principal_slots(Work& w, const Falls& warped, double& swing) {
-    set_slot(w, VQ_ALPHA, SMOOTH, EXACT * w.moments / std::fabs(w.finest(VQ_I1) - w.finest(VQ_I2)));
+    set_slot(w, VQ_ALPHA, OUTLINE, EXACT * w.moments / std::fabs(w.finest(VQ_I1) - w.finest(VQ_I2)));
     // Axes whose moments differ by little more than what is not known of them are as good as any.
     const double unknown = std::max(w.bound(VQ_IYY), w.bound(VQ_IZZ)) + w.bound(VQ_DYZ);
     const double any = unknown / std::fabs(w.finest(VQ_I1) - w.finest(VQ_I2));
@@ -191,10 +193,20 @@ Direction principal_slots(Work& w, const Falls& warped, double& swing) {
             const auto [a, b] = direction(of);
             return along_z ? a * of[VQ_COUP2] - b * of[VQ_COUP1] : a * of[VQ_COUP1] + b * of[VQ_COUP2];
         };
-        return estimate_of(w, component, SMOOTH, EXACT * (w.radius + FAR * w.away));
+        return estimate_of(w, component, OUTLINE, EXACT * (w.radius + FAR * w.away));
     };
     set_pair(VQ_COUP2, VQ_COUP1, centre(true), centre(false));
     return to;
+}
+
+// Whether a plastic line moves from level to level as the outline does, or does not move: then it cuts no curved edge,
+// whose chords would give its values an error of no order.
+bool moves_regularly(const Work& w, int slot, double floor, int used) {
+    if (std::min(used, w.count()) < 3) return false;
+    const auto at = [&](int back) { return w.level(back)[static_cast<std::size_t>(slot)]; };
+    const double d1 = at(1) - at(2), d2 = at(0) - at(1);
+    if (std::max(std::fabs(d1), std::fabs(d2)) <= floor) return true;
+    return std::fabs(d1 / OUTLINE.first - d2) <= REGULAR * std::fabs(d2);
 }
 
 // In principal axes from the levels that have these in common.
@@ -228,7 +240,10 @@ void plastic_slots(Work& w, const Direction& to, double swing) {
                                    : slot >= frame + 8     ? of_moment
                                    : !(most > least * one) ? of_moment / least
                                                            : step * size / w.radius;
-            set_slot(w, slot, SMOOTH, stopped + SOLVED * size, principal ? std::max(alike, 1) : w.count());
+            // Lines come in the order 1, 2, -1, -2 of directions, what belongs to them as 2, 1, -2, -1.
+            const int line = frame + ((slot - frame) % 4 ^ 1), used = principal ? std::max(alike, 1) : w.count();
+            const bool series = slot >= frame + 4 && moves_regularly(w, line, step, used);
+            set_slot(w, slot, series ? MIXED : slot < frame + 4 ? CUT : SMOOTH, stopped + SOLVED * size, used);
             if (principal) w.bound(slot) += swing * size;
         }
     }
@@ -274,7 +289,9 @@ Direction extrapolate_slots(const std::vector<LevelResults>& levels, const Natur
            polar + FAR * EA * away * away,
            std::max(std::fabs(finest[VQ_GAY]), std::fabs(finest[VQ_GAZ]))};
     // A sharp corner adds an error of energy of order 2 k. Nothing is known of bars.
-    const Falls warped = nature.bars ? Falls{0, 0} : nature.exponent == 0 ? SMOOTH : Falls{power(nature.exponent), 4};
+    const Falls warped = nature.bars            ? Falls{0, 0, 0}
+                         : nature.exponent == 0 ? SMOOTH
+                                                : Falls{power(nature.exponent), 4, 0.2};
     double swing;
     outline_slots(w);
     warping_slots(w, warped, nature.triangles);

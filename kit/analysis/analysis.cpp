@@ -94,6 +94,7 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels) {
     a.levels = done;
     a.plastic = t.mode != VQ_ELASTIC;
     a.strengths = t.strengths;
+    if (mesh.has_corners) a.bound[VQ_WT] = std::numeric_limits<double>::infinity();
     without_warping(a);
     measure(a, section.wishes.accuracy);
     return a;

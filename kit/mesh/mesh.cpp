@@ -179,14 +179,18 @@ Mesh meshed(const Section& section, const Plane& plane, const std::vector<Wall>&
 
 Mesh mesh_of(const Section& section, double fineness) {
     const Plane drawn = plane_of(section);
-    const std::vector<bool> sharp = sharp_points(drawn, materials_of(section));
+    const std::vector<int> materials = materials_of(section);
+    const std::vector<bool> sharp = sharp_points(drawn, materials, SHARP),
+                            corners = sharp_points(drawn, materials, SMOOTH);
     for (int attempt = 1;; ++attempt) {
         Plane plane = drawn;
         const std::vector<Wall> walls = attempt % 2 == 1 ? cut_walls(plane, sharp) : std::vector<Wall>();
         std::vector<bool> all_sharp = sharp;
         all_sharp.resize(plane.points.size(), false);
         try {
-            return meshed(section, plane, walls, all_sharp, fineness);
+            Mesh mesh = meshed(section, plane, walls, all_sharp, fineness);
+            mesh.has_corners = std::find(corners.begin(), corners.end(), true) != corners.end();
+            return mesh;
         } catch (const Failed& failed) {
             if (attempt % 2 == 0) fineness *= 2;
             if (attempt < ATTEMPTS && failed.why.empty()) continue;

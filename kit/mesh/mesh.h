@@ -21,6 +21,8 @@ struct Mesh {
         Point centre;
     };
     std::vector<Bow> bows;  // in the order of a, then b
+
+    bool has_corners = false;  // re-entrant ones, or of several materials: there shear stresses have no limit
 };
 
 // The mesh of a checked section. `fineness` 2 halves the sizes of all elements. Throws Error where bars lie outside of

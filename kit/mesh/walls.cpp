@@ -17,9 +17,8 @@ constexpr double SHORTEST = 0.8;           // length over thickness
 constexpr double CUT_BACK = 1.0;           // from a sharp point, over thickness
 constexpr double NEAR = 0.3;               // over thickness: ends that count as opposite to each other
 constexpr double SNAP = 0.1;               // over thickness: a cut this near to a point goes through it
-constexpr double STEP = 0.7;         // cosine between an edge and the line across, from which it bars the wall's end
-constexpr double GAP = 0.1;          // between a wall's end and what lies beyond, over the thickness
-constexpr double SMOOTH = PI + 0.3;  // angle of a corner up to which it is not sharp
+constexpr double STEP = 0.7;  // cosine between an edge and the line across, from which it bars the wall's end
+constexpr double GAP = 0.1;   // between a wall's end and what lies beyond, over the thickness
 
 // Two sides that run beside each other, seen along the wall: stations are lengths, growing along the first side.
 struct Pair {
@@ -226,7 +225,7 @@ End end_of_wall(const Plane& plane, const Pair& p, const std::vector<bool>& shar
 
 }  // namespace
 
-std::vector<bool> sharp_points(const Plane& plane, const std::vector<int>& material_of_owner) {
+std::vector<bool> sharp_points(const Plane& plane, const std::vector<int>& material_of_owner, double limit) {
     std::vector<std::vector<std::pair<double, Side>>> around(plane.points.size());
     for (std::size_t k = 0; k < plane.curves.size(); ++k)
         for (const Side s : {static_cast<Side>(k + 1), -static_cast<Side>(k + 1)}) {
@@ -253,12 +252,12 @@ std::vector<bool> sharp_points(const Plane& plane, const std::vector<int>& mater
             if (material >= 0 && material_of_owner[owner] != material) mixed = true;
             material = material_of_owner[owner];
         }
-        if (outside > 0) sharp[i] = outside > 1 || widest > SMOOTH;
+        if (outside > 0) sharp[i] = outside > 1 || widest > PI + limit;
         // Inside of the section: an interface of two materials that is not smooth.
         if (outside == 0 && mixed) {
             const bool two = sides.size() == 2;
             const double angle = two ? sides[1].first - sides[0].first : 0;
-            sharp[i] = !two || std::abs(angle - PI) > SMOOTH - PI;
+            sharp[i] = !two || std::abs(angle - PI) > limit;
         }
     }
     return sharp;

@@ -14,8 +14,10 @@ struct Wall {
     std::array<Side, 4> sides;
 };
 
-// Points at which stresses have no limit: re-entrant corners, corners where materials meet. One entry for each point.
-std::vector<bool> sharp_points(const Plane& plane, const std::vector<int>& material_of_owner);
+// Points at which stresses have no limit: corners that are re-entrant by more than an angle, corners where materials
+// meet. One entry for each point. Above SHARP they need smaller elements; above SMOOTH there is no largest stress.
+constexpr double SHARP = 0.3, SMOOTH = 0.01;  // radians
+std::vector<bool> sharp_points(const Plane& plane, const std::vector<int>& material_of_owner, double angle);
 
 // Finds walls, straight, tapered and bent, and cuts them out: adds points and lines across to the plane. A wall ends
 // one thickness away from sharp points.
