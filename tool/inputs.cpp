@@ -1,5 +1,6 @@
 #include "tool/inputs.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -32,10 +33,12 @@ double given(const std::map<std::string, std::string>& options, const std::strin
 
 // Overrides the only material with what the options give in N, mm and kg/m3.
 void take_material(const std::map<std::string, std::string>& options, Section& section) {
-    for (const auto& [name, text] : options)
-        if (!text.empty() && section.materials.size() > 1)
-            throw Error("--" + name, "the section has several materials",
-                        "write a file: velquor schema tells its form");
+    const auto first =
+        std::find_if(options.begin(), options.end(), [](const auto& option) { return !option.second.empty(); });
+    if (first == options.end()) return;
+    if (section.materials.size() > 1)
+        throw Error("--" + first->first, "the section has several materials",
+                    "write a file: velquor schema tells its form");
     Material& m = section.materials.front();
     const double length = size_of(lengths(), section.length, ""), force = size_of(forces(), section.force, "");
     const double stress = 1e6 * length * length / force, volume = length * length * length;  // of 1 N/mm2, of 1 m3
@@ -43,7 +46,8 @@ void take_material(const std::map<std::string, std::string>& options, Section& s
     m.E = stress * given(options, "E", m.E / stress);
     m.G = m.E / (2 * (1 + nu));
     m.density = volume * given(options, "density", m.density / volume);
-    m.tension = m.compression = stress * given(options, "strength", m.tension / stress);
+    m.tension = stress * given(options, "strength", m.tension / stress);
+    m.compression = stress * given(options, "strength", m.compression / stress);
 }
 
 Section shape_given(const Inputs& inputs) {

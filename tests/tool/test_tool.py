@@ -134,6 +134,15 @@ class Forms(unittest.TestCase):
                                   ("Mpl_y", 300 * value["Wpl_y"])):
                 self.assertAlmostEqual(value[key] / expected, 1, delta=1e-12)
 
+    def test_material_of_a_file_is_kept(self):
+        beam, = json.loads(run("calc", T_BEAM, "--json").stdout)["sections"]
+        steel, depth = 4 * 3.1416 / 4 * 25**2 * 435, 550  # lower bars in tension, concrete of strength 17 above them
+        self.assertAlmostEqual(beam["values"]["Mpl_y_neg"]["value"],
+                               steel * (depth - steel / (1200 * 17) / 2), delta=0.01 * steel * depth)
+        one = {**SQUARE, "materials": [{"name": "m", "E": 1, "strength": {"tension": 1, "compression": 3}}]}
+        square, = json.loads(run("calc", "-", "--E", "2", "--json", text=json.dumps(one)).stdout)["sections"]
+        self.assertAlmostEqual(square["values"]["Mpl_y"]["value"], 375, delta=2)  # 2 f1 f2 / (f1 + f2) b h^2 / 4
+
     def test_one_level_has_no_bounds(self):
         section, = json.loads(run("calc", "IPE 300", "--levels", "1", "--json").stdout)["sections"]
         self.assertEqual((section["accuracy"]["reached"], section["accuracy"]["met"]), (None, False))
