@@ -88,6 +88,10 @@ json parse_text(std::string_view text) {
     if (text.size() > LARGEST_TEXT)
         throw Error("", "the file has " + std::to_string(text.size()) + " bytes",
                     "at most " + std::to_string(LARGEST_TEXT) + " are read");
+    if (text.find_first_not_of(" \t\r\n") == std::string_view::npos)
+        throw Error("", "nothing is given", "it must be an object in braces");
+    if (text.substr(0, 2).find_first_of(std::string_view("\0\xfe\xff", 3)) != std::string_view::npos)
+        throw Error("", "not a text in UTF-8", "save it as UTF-8");
     Watch watch;
     try {
         return json::parse(text.begin(), text.end(), [&](int depth, json::parse_event_t event, json& value) {

@@ -174,7 +174,8 @@ TEST(Profiles, AreFoundInTheSectionsUnitWhateverTheirBlanks) {
 
 TEST(File, WrongOnesAreToldTheirPlaceAndWhatWouldBeRight) {
     const std::vector<std::pair<std::string, std::string>> cases = {
-        {"", "line 1, column 1: not JSON: unexpected end of input; expected '[', '{', or a literal"},
+        {" \n", "nothing is given; it must be an object in braces"},
+        {"\xff\xfe{", "not a text in UTF-8; save it as UTF-8"},
         {"{\n  \"name\": x}", "line 2, column 11: not JSON: invalid literal; last read: '\"name\": x'"},
         {with_more("\"name\": 1e999"), "name: a number is too large for 64 bits"},
         {with_more("\"name\": \"a\", \"name\": \"b\""), "key \"name\" stands twice"},
