@@ -24,6 +24,7 @@ constexpr int MANY = 500;             // curves, from which the thickness at the
 constexpr int MOST_CURVES = 4000;     // that can be meshed in seconds
 constexpr double THINNEST = 5e-7;     // over the length of all curves: thinner pieces are beyond the mesher
 constexpr double MOST_ALONG = 4000;   // elements along all curves, up to which sizes may go down
+constexpr double MOST_ACROSS = 300;   // elements along the side of the same square, up to which they are wished for
 
 struct Source {
     Point at;
@@ -154,9 +155,6 @@ std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wa
                                         const std::vector<bool>& sharp, double size, double fineness) {
     const int n = static_cast<int>(plane.curves.size());
     const double side = std::sqrt(area_of(plane));
-    double coarsest = side / COMPACT / fineness;
-    if (size > 0) coarsest = std::min(coarsest, size / fineness);
-
     if (n > MOST_CURVES)
         throw Failed{std::max(plane.curves.back().left, plane.curves.back().right),
                      "all outlines have " + std::to_string(n) + " edges, and at most " + std::to_string(MOST_CURVES) +
@@ -164,6 +162,12 @@ std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wa
     double perimeter = 0;
     for (int k = 0; k < n; ++k) perimeter += length_of(plane, k + 1);
     const double finest = perimeter / MOST_ALONG / fineness;
+    const double least = std::max(perimeter / MOST_ALONG, side / MOST_ACROSS);
+    if (size > 0 && size < least)
+        throw Error("wishes.size", text_of(size) + " makes too many elements",
+                    "must be 0, or at least " + text_of(least, 3) + " here");
+    const double wanted = side / COMPACT;
+    const double coarsest = std::max(finest, (size > 0 ? std::min(wanted, size) : wanted) / fineness);
 
     // The sides of walls are done by wall; all others by the thickness that is found behind them.
     std::vector<bool> of_wall(2 * n, false);
