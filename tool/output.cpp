@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 
 #include "tool/commands.h"
 
@@ -13,14 +14,25 @@ namespace velquor {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr int UNLIMITED = 120;
 
 }  // namespace
 
 void write(const std::string& text, const std::string& file) {
-    std::FILE* const stream = file.empty() ? stdout : std::fopen(file.c_str(), "wb");
     const std::string name = file.empty() ? "the standard output" : file;
-    if (!stream) throw CannotWrite(name + ": cannot be written: " + std::strerror(errno));
+    const auto fail = [&](int fault) { throw CannotWrite(name + ": cannot be written: " + std::strerror(fault)); };
+    // Beside a file and then in its place, so that it is whole or as it was; devices and pipes as they are.
+    std::error_code none;
+    const fs::file_status was = fs::status(file, none);
+    const bool beside = !file.empty() && (!fs::exists(was) || fs::is_regular_file(was));
+    const std::string target =
+        fs::is_symlink(fs::symlink_status(file, none)) ? fs::weakly_canonical(file, none).string() : file;
+    const std::string path = beside ? target + ".part" : file;
+
+    std::FILE* const stream = file.empty() ? stdout : std::fopen(path.c_str(), "wb");
+    if (!stream) fail(errno);
     bool good = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
     good = std::fflush(stream) == 0 && good;
     int fault = errno;
@@ -28,7 +40,13 @@ void write(const std::string& text, const std::string& file) {
         good = false;
         fault = errno;
     }
-    if (!good) throw CannotWrite(name + ": cannot be written: " + std::strerror(fault));
+    if (good && beside) {
+        if (fs::exists(was)) fs::permissions(path, was.permissions(), none);
+        good = std::rename(path.c_str(), target.c_str()) == 0;
+        fault = errno;
+    }
+    if (!good && beside) std::remove(path.c_str());
+    if (!good) fail(fault);
 }
 
 int width_of_output() {

@@ -13,7 +13,8 @@ struct CannotWrite : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// To this file, or to the standard output where the name is empty. Throws CannotWrite unless everything is written.
+// To this file, or to the standard output where the name is empty. Throws CannotWrite unless everything is written: a
+// file is then as it was.
 void write(const std::string& text, const std::string& file = "");
 
 // Columns of the terminal; of what is no terminal, enough for everything.
