@@ -115,6 +115,36 @@ void check_command(const CLI::App& app, const std::string& word) {
     if (word[0] != '-') throw Misuse("unknown command " + in_quotes(word) + "; " + did_you_mean(word, names));
 }
 
+// Throws Misuse where the command has no such option, or was given one more often than it takes it.
+void check_options(const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command.get_options())
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    for (const std::string& word : command.remaining()) {
+        if (word[0] != '-') continue;
+        const std::string remedy = did_you_mean(word, names);
+        throw Misuse("unknown option " + in_quotes(word) + "; " +
+                     (remedy.empty() ? "see velquor " + command.get_name() + " --help" : remedy));
+    }
+    for (const CLI::Option* option : command.get_options()) {
+        const bool named = !option->get_lnames().empty();
+        if (option->get_items_expected_max() == 1 && option->count() > 1)
+            throw Misuse((named ? "--" + option->get_lnames().front() : option->get_name()) + " is given " +
+                         std::to_string(option->count()) + " times; " + command.get_name() + " takes it once");
+    }
+}
+
+// Throws Misuse where options are given that would have no effect.
+void check_use(const Arguments& a, const std::string& command, const Inputs& inputs) {
+    if (inputs.names.empty() && inputs.shape.empty())
+        throw Misuse(command + ": no section; name a file, a profile, or a --shape");
+    for (const auto& [name, text] : inputs.parameters)
+        if (!text.empty() && inputs.shape.empty())
+            throw Misuse("--" + name + ": a parameter of no shape; name one by --shape");
+    if (!a.columns.empty() && (a.json || a.csv))
+        throw Misuse("--columns: of tables for reading alone; JSON and CSV have every value");
+}
+
 int tell(const std::string& help) {
     write(help.back() == '\n' ? help : help + "\n");
     return DONE;
@@ -136,6 +166,7 @@ std::function<int()> command_of(int count, char** arguments) {
         std::ostringstream help, complaint;
         if (a->app.exit(error, help, complaint) == 0) return [text = help.str()] { return tell(text); };
         check_command(a->app, arguments[1]);
+        for (const CLI::App* command : a->app.get_subcommands()) check_options(*command);
         throw Misuse(std::string(error.what()) + "; see velquor --help");
     }
     if (a->version) return version;
@@ -147,8 +178,7 @@ std::function<int()> command_of(int count, char** arguments) {
     if (a->json) a->calc.form = CalcOptions::Form::json;
     if (a->csv) a->calc.form = CalcOptions::Form::csv;
     const Inputs* const inputs = name == "calc" ? &a->calc.inputs : name == "mesh" ? &a->mesh.inputs : nullptr;
-    if (inputs && inputs->names.empty() && inputs->shape.empty())
-        throw Misuse(name + ": no section; name a file, a profile, or a --shape");
+    if (inputs) check_use(*a, name, *inputs);
     if (name == "calc") return [a] { return calc(a->calc); };
     if (name == "mesh") return [a] { return mesh(a->mesh); };
     if (name == "check") return [a] { return check(a->check); };

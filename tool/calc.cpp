@@ -2,6 +2,7 @@
 
 #include "kit/analysis/analysis.h"
 #include "kit/section/file.h"
+#include "kit/section/units.h"
 #include "tool/commands.h"
 #include "tool/inputs.h"
 #include "tool/output.h"
@@ -21,6 +22,10 @@ std::string shown(const CalcOptions& options, const std::vector<Outcome>& outcom
 }  // namespace
 
 int calc(const CalcOptions& options) {
+    // Refused before anything is calculated.
+    if (!options.length.empty()) size_of(lengths(), options.length, "--units");
+    if (!options.force.empty()) size_of(forces(), options.force, "--force");
+    show_table({}, options.columns, 0);
     std::vector<Outcome> outcomes;
     int status = DONE;
     for (std::size_t k = 0; k < count_of(options.inputs); ++k) {
