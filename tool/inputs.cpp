@@ -31,6 +31,17 @@ double given(const std::map<std::string, std::string>& options, const std::strin
     return at == options.end() || at->second.empty() ? fallback : number_of(at->second, "--" + name);
 }
 
+// What the command line may say of a material; as schema.json limits it in files.
+struct Limit {
+    const char* name;
+    double above, most;
+    const char* text;
+};
+constexpr Limit LIMITS[] = {{"E", 0, 1e30, "must be above 0"},
+                            {"nu", -1, 0.5, "must be above -1 and at most 0.5"},
+                            {"density", 0, 1e30, "must be above 0"},
+                            {"strength", 0, 1e30, "must be above 0"}};
+
 // Overrides the only material with what the options give in N, mm and kg/m3.
 void take_material(const std::map<std::string, std::string>& options, Section& section) {
     const auto first =
@@ -39,6 +50,11 @@ void take_material(const std::map<std::string, std::string>& options, Section& s
     if (section.materials.size() > 1)
         throw Error("--" + first->first, "the section has several materials",
                     "write a file: velquor schema tells its form");
+    for (const Limit& limit : LIMITS) {
+        const double value = given(options, limit.name, limit.most);
+        if (!(value > limit.above && value <= limit.most))
+            throw Error(std::string("--") + limit.name, text_of(value), limit.text);
+    }
     Material& m = section.materials.front();
     const double length = size_of(lengths(), section.length, ""), force = size_of(forces(), section.force, "");
     const double stress = 1e6 * length * length / force, volume = length * length * length;  // of 1 N/mm2, of 1 m3
@@ -61,6 +77,16 @@ Section shape_given(const Inputs& inputs) {
     Section section = section_of_shape(inputs.shape, parameters);
     section.name = name;
     return section;
+}
+
+Section profile_named(const std::string& name) {
+    try {
+        return section_of_profile(name);
+    } catch (const Error& error) {
+        if (!error.remedy.empty()) throw;
+        throw Error(error.place, error.fault + ", and no such file",
+                    "velquor profiles lists all; names with blanks stand in quotes");
+    }
 }
 
 void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes& wishes) {
@@ -113,7 +139,7 @@ Section section_of(const Inputs& inputs, std::size_t number) {
         section = read_section(text_of_file(inputs.names[number]));
         if (section.name.empty()) section.name = std::filesystem::path(inputs.names[number]).stem();
     } else {
-        section = section_of_profile(inputs.names[number]);
+        section = profile_named(inputs.names[number]);
     }
     take_material(inputs.material, section);
     take_wishes(inputs.wishes, section.wishes);

@@ -4,6 +4,7 @@ import io
 import json
 import os
 import pathlib
+import resource
 import signal
 import subprocess
 import sys
@@ -34,11 +35,20 @@ class Statuses(unittest.TestCase):
             ([], 1, "velquor: no command"),
             (["clac", "IPE 300"], 1, 'velquor: unknown command "clac"; did you mean "calc"?'),
             (["calc"], 1, "velquor: calc: no section"),
-            (["calc", "IPE 300", "--jsn"], 1, "velquor: The following argument was not expected: --jsn"),
+            (["calc", "IPE 300", "--jsn"], 1, 'velquor: unknown option "--jsn"; did you mean "--json"?'),
+            (["mesh", "IPE 300", "--units", "cm"], 1, 'velquor: unknown option "--units"; see velquor mesh --help'),
+            (["calc", "--shape", "circle", "--d", "5", "--d", "6"], 1, "velquor: --d is given 2 times"),
+            (["mesh", "IPE 300", "HEB 200"], 1, "velquor: FILE is given 2 times; mesh takes it once"),
+            (["calc", "IPE 300", "--h", "300"], 1, "velquor: --h: a parameter of no shape"),
+            (["calc", "IPE 300", "--csv", "--columns", "A"], 1, "velquor: --columns: of tables for reading alone"),
+            (["calc", "300"], 1, 'velquor: 300: unknown profile "300", and no such file; velquor profiles lists all'),
+            (["calc", "IPE 300", "--nu", "0.7"], 1, "velquor: IPE 300: --nu: 0.7; must be above -1 and at most 0.5"),
+            (["calc", "IPE 300", "--density", "nan"], 1, "velquor: IPE 300: --density: nan; must be above 0"),
+            (["calc", "IPE 300", "--size", "1e-9"], 1, "velquor: IPE 300: wishes.size: 1e-09 makes too many elements"),
             (["calc", "IPE 301"], 1, 'velquor: IPE 301: unknown profile "IPE 301"; did you mean "IPE 300"?'),
             (["calc", "no.json"], 1, "velquor: no.json: cannot be read: No such file or directory"),
             (["calc", "/"], 1, "velquor: /: cannot be read: Is a directory"),
-            (["calc", "IPE 300", "--units", "mn"], 1, 'velquor: IPE 300: --units: unknown unit "mn"'),
+            (["calc", "IPE 300", "--units", "mn"], 1, 'velquor: --units: unknown unit "mn"'),
             (["calc", "IPE 300", "--levels", "9"], 1, "velquor: IPE 300: --levels: 9; must be a whole number"),
             (["calc", "IPE 300", "--accuracy", "1,5"], 1, 'velquor: IPE 300: --accuracy: "1,5" is not a number'),
             (["calc", "IPE 300", "--columns", "Iyy"], 1, 'velquor: --columns: unknown value "Iyy"; did you mean'),
@@ -179,6 +189,10 @@ class Forms(unittest.TestCase):
             done = run("calc", "IPE 300", "--csv", "-o", str(file))
             self.assertEqual(done.stdout, "")
             self.assertEqual(file.read_bytes().decode(), run("calc", "IPE 300", "--csv").stdout.replace("\n", "\r\n"))
+            size = file.stat().st_size
+            done = run("calc", "IPE 300", "--json", "-o", str(file), preexec_fn=lambda: resource.setrlimit(
+                resource.RLIMIT_FSIZE, (4096, 4096)), restore_signals=False)  # as on a full disk
+            self.assertEqual((done.returncode, file.stat().st_size, os.listdir(folder)), (3, size, ["values.csv"]))
 
 
 class Python(unittest.TestCase):
