@@ -10,7 +10,11 @@ namespace velquor {
 
 namespace {
 
-Value smaller(const Value& a, const Value& b) { return {std::min(a.value, b.value), std::max(a.bound, b.bound)}; }
+Value smaller(const Value& a, const Value& b) {
+    const double value = std::min(a.value, b.value);
+    return {value, std::max(value - std::min(a.value - a.bound, b.value - b.bound),
+                            std::min(a.value + a.bound, b.value + b.bound) - value)};
+}
 Value narrower(const Value& a, const Value& b) { return b.bound < a.bound ? b : a; }  // of two for the same thing
 Value exact(double value) { return {value, 0}; }
 Value square(const Value& a) { return a * a; }
