@@ -137,7 +137,8 @@ Section section_of(const Inputs& inputs, std::size_t number) {
         section = shape_given(inputs);
     } else if (is_file(inputs.names[number])) {
         section = read_section(text_of_file(inputs.names[number]));
-        if (section.name.empty()) section.name = std::filesystem::path(inputs.names[number]).stem();
+        if (section.name.empty() && inputs.names[number] != "-")
+            section.name = std::filesystem::path(inputs.names[number]).stem();
     } else {
         section = profile_named(inputs.names[number]);
     }

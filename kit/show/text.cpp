@@ -9,7 +9,8 @@ namespace velquor {
 
 namespace {
 
-constexpr int WIDE = 100;  // columns from which on there is room for the slots' names
+constexpr int WIDE = 100;                  // columns from which on there is room for the slots' names
+constexpr std::size_t SHORTEST_NAME = 16;  // columns to which names in a table may be cut
 
 // Columns on the screen: characters of UTF-8 count once.
 std::size_t columns(const std::string& text) {
@@ -20,6 +21,14 @@ std::string left(const std::string& text, std::size_t width) {
 }
 std::string right(const std::string& text, std::size_t width) {
     return std::string(width - std::min(width, columns(text)), ' ') + text;
+}
+
+// A name that fits into so many columns.
+std::string shortened(const std::string& text, std::size_t width) {
+    if (columns(text) <= width) return text;
+    std::size_t end = 0;
+    for (std::size_t count = 0; count < width; ++end) count += (text[end] & 0xc0) != 0x80;
+    return text.substr(0, end - 1) + "…";  // in place of the last letter, of which the first byte was counted
 }
 
 // "kN cm2" as "kN·cm²".
@@ -73,13 +82,13 @@ std::string trimmed(std::string line) {
 }
 
 std::string heading(const Values& v) {
-    std::string text = (v.name.empty() ? "Section" : v.name) + "\n";
+    std::string text = (v.name.empty() ? "Section" : printable(v.name)) + "\n";
     text += std::to_string(v.nodes) + " nodes, " + std::to_string(v.levels) + (v.levels == 1 ? " level" : " levels");
     if (std::isfinite(v.reached)) {
         text += "; bounds up to " + bound_text({1, v.reached}) + " (" + v.worst + ")";
         if (!v.met) text += ", more than the " + text_of(v.wished) + " that was wished";
     }
-    if (v.materials.size() > 1 && !v.reference.empty()) text += "\nmoduli of reference: " + v.reference;
+    if (v.materials.size() > 1 && !v.reference.empty()) text += "\nmoduli of reference: " + printable(v.reference);
     return text + "\n";
 }
 
@@ -87,7 +96,7 @@ std::string list_of_materials(const Values& v) {
     if (v.materials.size() < 2) return "";
     Lines lines;
     for (const Share& share : v.materials) {
-        lines.push_back({share.material, figures({share.area, 0}), raised(v.length + "2"),
+        lines.push_back({printable(share.material), figures({share.area, 0}), raised(v.length + "2"),
                          share.mass > 0 ? figures({share.mass, 0}) : "", share.mass > 0 ? "kg/m" : ""});
     }
     const auto widths = widths_of(lines);
@@ -184,16 +193,20 @@ std::string show_table(const std::vector<Outcome>& outcomes, const std::vector<s
             }
         }
         const Values values = in_units(outcome.values, length, force);
-        lines.push_back({values.name.empty() ? outcome.input : values.name});
+        lines.push_back({printable(values.name.empty() ? outcome.input : values.name)});
         for (const Quantity* q : chosen) {
             const Entry& entry = values[q->key];
             lines.back().push_back(entry.given ? figures(entry.value) : "-");
         }
     }
-    const auto widths = widths_of(lines);
+    auto widths = widths_of(lines);
     std::string text;
+    std::size_t taken = 0;
+    for (std::size_t k = 1; k < widths.size(); ++k) taken += 2 + widths[k];
+    const std::size_t room = std::max(taken + SHORTEST_NAME, static_cast<std::size_t>(width)) - taken;
+    if (!widths.empty()) widths[0] = std::min(widths[0], room);
     for (const auto& line : lines) {
-        std::string row = left(line[0], widths[0]);
+        std::string row = left(shortened(line[0], room), widths[0]);
         for (std::size_t k = 1; k < line.size(); ++k) row += "  " + right(line[k], widths[k]);
         text += trimmed(row);
     }

@@ -136,7 +136,8 @@ TEST(Values, OfCirclesAndRings) {
         // times; that of GAY of a circle is one of them.
         EXPECT_NEAR(v["As_y"].value.value, A * 6 * k / (7 * k + 20 * d * d / D / D), 3 * v["As_y"].value.bound);
         EXPECT_LE(v["As_y"].value.bound, 1e-3 * A);
-        expect(v, {{"Iw", 0}}, I * D * D);
+        expect(v, {{"Iw", 0}, {"Iw_C", 0}}, I * D * D);
+        EXPECT_LE(v["Iw"].value.value, v["Iw"].value.bound);
         EXPECT_NEAR(v["Wt"].value.value, 2 * I / 5, v["Wt"].value.bound);
         for (const char* const key : {"alpha", "Wel_u_pos", "Wpl_v"})
             EXPECT_EQ(v[key].reason, "every axis is a principal one") << key;
@@ -334,6 +335,19 @@ TEST(Show, TableFitsItsWidth) {
     }
     EXPECT_NE(show_text(v, 120, false).find("IZZ / EREF"), std::string::npos);
     EXPECT_EQ(show_text(v, 80, false).find("IZZ / EREF"), std::string::npos);
+}
+
+TEST(Show, NamesAreCutToTheWidthAndHaveNoControlCharacters) {
+    Values v = values_of(shape("rectangle", R"("b": 3, "h": 5)"));
+    for (int k = 0; k < 40; ++k) v.name += k % 2 == 0 ? "ä" : "\n";
+    std::istringstream table(show_table({{"-", v, {}}}, {}, 80));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(table, line);) lines.push_back(line);
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[2].find("ä?ä?ä?"), 0u);
+    EXPECT_NE(lines[2].find("…  "), std::string::npos);
+    EXPECT_EQ(std::count_if(lines[2].begin(), lines[2].end(), [](char c) { return (c & 0xc0) != 0x80; }), 80);
+    EXPECT_EQ(show_text(v, 80, false).find("ä?ä?ä?"), 0u);
 }
 
 TEST(Show, MeshIsOpenedByGmsh) {
