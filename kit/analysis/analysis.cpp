@@ -13,6 +13,7 @@ namespace velquor {
 namespace {
 
 constexpr double NO_WARPING = 1e-8;  // of the natural size of IW
+constexpr double ROUNDING = 1e-16;   // of the same: what is left where nothing warps, in squares of warping
 
 // The true courses of a call's edges.
 struct Course {
@@ -45,6 +46,7 @@ bool is_principal(int slot) {
 // Where nothing warps, as in a circle, WR1 and WR2 are one rounding error over another.
 void without_warping(Analysis& a) {
     const double size = natural_sizes(a.value)[VQ_IW];
+    for (const int k : {VQ_IW, VQ_IWS}) a.bound[k] = std::max(a.bound[k], ROUNDING * size);
     if (a.value[VQ_IW] > NO_WARPING * size && a.value[VQ_IWS] > NO_WARPING * size) return;
     for (const int k : {VQ_WR1, VQ_WR2}) a.value[k] = a.bound[k] = 0;
 }
