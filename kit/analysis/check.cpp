@@ -14,11 +14,6 @@ namespace {
 
 std::string at(const char* list, std::size_t i) { return std::string(list) + "[" + std::to_string(i) + "]"; }
 
-std::string place_of_owner(const Section& s, std::int32_t owner) {
-    const std::size_t i = static_cast<std::size_t>(owner);
-    return i < s.parts.size() ? at("parts", i) : at("bars", i - s.parts.size());
-}
-
 // What the user may not have meant, though nothing in the tables shows it.
 void look_at_materials(const Section& s, std::vector<Finding>& findings) {
     std::set<std::string> used;
@@ -44,13 +39,14 @@ struct Owners {
     const Mesh& mesh;
     std::map<std::int32_t, std::int32_t> of_node{};
 
-    std::string of_element(std::int32_t e) const { return place_of_owner(section, mesh.owners[e - 1]); }
+    std::string of_owner(std::int32_t owner) const { return place_of_owner(section, static_cast<std::size_t>(owner)); }
+    std::string of_element(std::int32_t e) const { return of_owner(mesh.owners[e - 1]); }
     std::string node(std::int32_t n) {
         if (of_node.empty())
             for (std::size_t e = 0; e < mesh.elements.size(); ++e)
                 for (const std::int32_t corner : mesh.elements[e]) of_node.emplace(corner, mesh.owners[e]);
         const auto found = of_node.find(n);
-        return found != of_node.end() ? place_of_owner(section, found->second) : "";
+        return found != of_node.end() ? of_owner(found->second) : "";
     }
 };
 
@@ -94,7 +90,7 @@ void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
             std::vector<std::size_t> points;
             for (std::size_t i = 0; i < s.bars.size(); ++i)
                 if (s.bars[i].as_point) points.push_back(i);
-            finding.place = at("bars", points[f.ROW - 1]);
+            finding.place = place_of_bar(s, points[f.ROW - 1]);
         }
         if (said.insert(finding.place + finding.message).second) findings.push_back(finding);
         if (finding.is_error) return;

@@ -65,13 +65,12 @@ Tables tables_of(const Section& section, const Mesh& mesh) {
         const Material& m = material_named(section, bar.material);
         VYZTUZE_INFO info{};
         info.ELEMENT = element_at(mesh, bar.at);
-        if (info.ELEMENT == 0) throw Error("bars[" + std::to_string(i) + "]", "lies outside of all parts");
+        if (info.ELEMENT == 0) throw Error(place_of_bar(section, i), "lies outside of all parts");
         nodes.push_back(bar.at);
         info.NODE = static_cast<std::int32_t>(nodes.size());
         info.AREA = bar.area * t.scale * t.scale;
         info.EMODUL = m.E * t.modulus;
-        if (info.EMODUL <= 2)
-            throw Error("bars[" + std::to_string(i) + "]", "its modulus is too small to count beside E");
+        if (info.EMODUL <= 2) throw Error(place_of_bar(section, i), "its modulus is too small to count beside E");
         info.BARWEIGHT = m.density / (t.scale * t.scale * t.scale);
         t.bars.push_back(info);
     }

@@ -194,9 +194,7 @@ Mesh mesh_of(const Section& section, double fineness) {
         } catch (const Failed& failed) {
             if (attempt % 2 == 0) fineness *= 2;
             if (attempt < ATTEMPTS && failed.why.empty()) continue;
-            const int parts = static_cast<int>(section.parts.size());
-            throw Error(failed.owner < parts ? "parts[" + std::to_string(failed.owner) + "]"
-                                             : "bars[" + std::to_string(failed.owner - parts) + "]",
+            throw Error(place_of_owner(section, static_cast<std::size_t>(failed.owner)),
                         failed.why.empty() ? "no mesh could be made of it" : failed.why,
                         failed.why.empty() ? "look for edges that come very near to each other, or give a size" : "");
         }

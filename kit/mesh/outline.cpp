@@ -84,7 +84,7 @@ Box box_of(const Face& face) {
 std::vector<Owned> faces_of(const Section& section) {
     std::vector<Owned> faces;
     for (std::size_t i = 0; i < section.parts.size(); ++i)
-        for (Face& face : faces_of(section, section.parts[i], "parts[" + std::to_string(i) + "]"))
+        for (Face& face : faces_of(section, section.parts[i], place_of_owner(section, i)))
             faces.push_back({std::move(face), static_cast<int>(i)});
     for (std::size_t i = 0; i < section.bars.size(); ++i)
         if (!section.bars[i].as_point)
@@ -303,12 +303,9 @@ Plane plane_of(const Section& section) {
         for (const int owner : {c.left, c.right})
             if (owner != OUTSIDE) seen[owner] = true;
     for (const Owned& f : faces)
-        if (!seen[f.owner]) {
-            const int parts = static_cast<int>(section.parts.size());
-            throw Error(f.owner < parts ? "parts[" + std::to_string(f.owner) + "]"
-                                        : "bars[" + std::to_string(f.owner - parts) + "]",
-                        "later ones cover it whole", "leave it out, or put it behind them");
-        }
+        if (!seen[f.owner])
+            throw Error(place_of_owner(section, static_cast<std::size_t>(f.owner)), "later ones cover it whole",
+                        "leave it out, or put it behind them");
     return plane;
 }
 

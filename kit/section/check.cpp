@@ -183,12 +183,12 @@ void check_section(const Section& s) {
     std::map<int, std::size_t> groups;
     std::vector<Region> regions;
     for (std::size_t i = 0; i < s.parts.size(); ++i) {
-        const std::string place = place_of_part(s, i);
+        const std::string place = place_of_owner(s, i);
         for (Region& region : check_part(s, s.parts[i], place)) regions.push_back(std::move(region));
         const std::size_t first = groups.emplace(s.parts[i].group, i).first->second;
         if (s.parts[first].factor != s.parts[i].factor)
             throw Error(place + ".factor",
-                        text_of(s.parts[i].factor) + " differs from that of " + place_of_part(s, first),
+                        text_of(s.parts[i].factor) + " differs from that of " + place_of_owner(s, first),
                         "a group has one factor");
     }
     for (std::size_t i = 0; i < s.bars.size(); ++i) {
@@ -208,7 +208,10 @@ std::string place_of_bar(const Section& s, std::size_t number) {
     return read.empty() ? numbered("bars", number) : read;
 }
 
-std::string place_of_part(const Section&, std::size_t number) { return numbered("parts", number); }
+std::string place_of_owner(const Section& s, std::size_t owner) {
+    const std::size_t parts = s.parts.size();
+    return owner < parts ? numbered("parts", owner) : place_of_bar(s, owner - parts);
+}
 
 std::vector<Face> faces_of(const Section& section, const Part& part, const std::string& place) {
     std::vector<Face> faces = {part.face};

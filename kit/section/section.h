@@ -94,8 +94,9 @@ struct Error : std::runtime_error {
           remedy(std::move(instead)) {}
 };
 
-// Where a message is to say that a bar or a part stands: in the file that was read, else in the section's own list.
+// Where a message is to say that a bar stands: in the file that was read, else in the section's own list. An owner is a
+// part, counted from 0, or behind all of them a bar.
 std::string place_of_bar(const Section& section, std::size_t number);
-std::string place_of_part(const Section& section, std::size_t number);
+std::string place_of_owner(const Section& section, std::size_t owner);
 
 }  // namespace velquor

@@ -456,7 +456,7 @@ TEST(File, BarsLieInPartsAndAlone) {
     const Section again = read_section(write_section(s));
     EXPECT_EQ(write_section(again), write_section(s));
     EXPECT_EQ(place_of_bar(again, 5), "bars[5]");
-    EXPECT_EQ(place_of_part(s, 1), "parts[1]");
+    EXPECT_EQ(place_of_owner(s, 1), "parts[1]");
 }
 
 TEST(Templates, MakeWholeSections) {
