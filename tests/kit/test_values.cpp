@@ -167,6 +167,23 @@ TEST(Values, TurnWithTheSection) {
             << key;
 }
 
+// An I with unequal flanges of thin plates, turned: the shear centre divides the distance of the flanges as their
+// second moments about the web do; r_v is that of the rectangles. Signs: the wider flange is at +v.
+TEST(Values, OfAMonosymmetricI) {
+    const Values v =
+        values_of(shape("i_welded", R"("h": 30, "b": 20, "b2": 10, "tw": 0.6, "tf": 1, "tf2": 1)", R"(, "turn": 25)"));
+    const double A = 46.8, Iu = 6958.347863247865, Iv = (8000 + 1000 + 28 * 0.216) / 12, r_v = -4.227053849056541;
+    const double v_M = 14.5 - 29.0 / 9 - 3.0982906, beta = r_v - 2 * v_M, near = 2e-3;
+    expect(v, {{"A", A}, {"Iu", Iu}, {"Iv", Iv}, {"r_v", r_v}});
+    expect(v, {{"u_M", 0}, {"beta_v", 0}}, 20);
+    for (const auto& [key, value] : Expected{{"v_M", v_M},
+                                             {"beta_u", beta},
+                                             {"Ip_M", Iu + Iv + A * v_M * v_M},
+                                             {"i_M", std::sqrt((Iu + Iv) / A + v_M * v_M)}})
+        EXPECT_NEAR(v[key].value.value, value, near * std::abs(value)) << key;
+    EXPECT_NEAR(v["y_M"].value.value - v["y_C"].value.value, -std::sin(25 * PI / 180) * v_M, near * v_M);
+}
+
 // The flexibilities of shear, one over the shear areas, turn as a tensor does.
 TEST(Values, ShearAreasAreThoseOfForcesWithoutOneAcross) {
     const Values v = values_of(shape("z", R"("h": 10, "b": 6, "tw": 0.5, "tf": 0.5)"));
