@@ -22,16 +22,15 @@ std::string shown(const CalcOptions& options, const std::vector<Outcome>& outcom
 }  // namespace
 
 int calc(const CalcOptions& options) {
-    // Refused before anything is calculated.
-    if (!options.length.empty()) size_of(lengths(), options.length, "--units");
-    if (!options.force.empty()) size_of(forces(), options.force, "--force");
-    show_table({}, options.columns, 0);
+    show_table({}, options.columns, 0);  // refused before anything is calculated, as units are
     std::vector<Outcome> outcomes;
     int status = DONE;
     for (std::size_t k = 0; k < count_of(options.inputs); ++k) {
         Outcome outcome;
         outcome.input = name_of(options.inputs, k);
         try {
+            if (!options.length.empty()) size_of(lengths(), options.length, "--units");
+            if (!options.force.empty()) size_of(forces(), options.force, "--force");
             const Section section = section_of(options.inputs, k);
             check_section(section);
             const Values values = values_of(section, analyse(section));
