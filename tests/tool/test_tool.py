@@ -89,14 +89,18 @@ class Statuses(unittest.TestCase):
 
     def test_interrupt_ends_it_within_a_second(self):
         hard = {**SQUARE, "wishes": {"levels": 6, "size": 0.15}}
-        with subprocess.Popen([COMMAND, "calc", "-"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL) as process:
-            self.addCleanup(process.kill)
-            process.stdin.write(json.dumps(hard).encode())
-            process.stdin.close()
-            time.sleep(0.7)
-            self.assertIsNone(process.poll(), "ended before it was interrupted")
-            process.send_signal(signal.SIGINT)
-            self.assertEqual(process.wait(timeout=1), -signal.SIGINT)
+        heed = lambda: signal.signal(signal.SIGINT, signal.SIG_DFL)  # also where the tests run in the background
+        with subprocess.Popen([COMMAND, "calc", "-"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
+                              preexec_fn=heed) as process:
+            try:
+                process.stdin.write(json.dumps(hard).encode())
+                process.stdin.close()
+                time.sleep(0.7)
+                self.assertIsNone(process.poll(), "ended before it was interrupted")
+                process.send_signal(signal.SIGINT)
+                self.assertEqual(process.wait(timeout=1), -signal.SIGINT)
+            finally:
+                process.kill()
 
 
 class Forms(unittest.TestCase):
