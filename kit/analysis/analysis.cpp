@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "kit/analysis/check.h"
 #include "kit/analysis/tables.h"

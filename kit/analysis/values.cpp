@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <set>
 #include <stdexcept>
 
 #include "kit/analysis/extent.h"

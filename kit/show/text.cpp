@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <map>
 
 #include "kit/section/words.h"
 #include "kit/show/show.h"
