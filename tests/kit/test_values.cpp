@@ -174,7 +174,7 @@ TEST(Values, OfAMonosymmetricI) {
         values_of(shape("i_welded", R"("h": 30, "b": 20, "b2": 10, "tw": 0.6, "tf": 1, "tf2": 1)", R"(, "turn": 25)"));
     const double A = 46.8, Iu = 6958.347863247865, Iv = (8000 + 1000 + 28 * 0.216) / 12, r_v = -4.227053849056541;
     const double v_M = 14.5 - 29.0 / 9 - 3.0982906, beta = r_v - 2 * v_M, near = 2e-3;
-    expect(v, {{"A", A}, {"Iu", Iu}, {"Iv", Iv}, {"r_v", r_v}});
+    expect(v, {{"A", A}, {"Iu", Iu}, {"Iv", Iv}, {"r_v", r_v}, {"Wel_u", Iu / 18.0982905982906}});
     expect(v, {{"u_M", 0}, {"beta_v", 0}}, 20);
     for (const auto& [key, value] : Expected{{"v_M", v_M},
                                              {"beta_u", beta},

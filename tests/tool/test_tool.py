@@ -123,10 +123,11 @@ class Forms(unittest.TestCase):
                 fits(broken, schema, schema)
 
     def test_csv_agrees_with_json(self):
-        arguments = ("calc", "IPE 300", T_BEAM, "--units", "cm", "--force", "kN")
-        rows = list(csv.DictReader(io.StringIO(run(*arguments, "--csv").stdout, newline="")))
-        sections = json.loads(run(*arguments, "--json").stdout)["sections"]
-        self.assertEqual(len(rows), 2)
+        arguments = ("calc", "IPE 300", T_BEAM, "-", "--units", "cm", "--force", "kN")
+        text = json.dumps({**SQUARE, "name": 'a "square", 10 by 10'})
+        rows = list(csv.DictReader(io.StringIO(run(*arguments, "--csv", text=text).stdout, newline="")))
+        sections = json.loads(run(*arguments, "--json", text=text).stdout)["sections"]
+        self.assertEqual(len(rows), 3)
         for row, section in zip(rows, sections):
             self.assertEqual((row["name"], row["length"]), (section["name"], "cm"))
             for key, entry in section["values"].items():
