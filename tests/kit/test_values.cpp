@@ -230,8 +230,9 @@ TEST(Values, PlasticMomentsAreNamedByTheSideInTension) {
 TEST(Values, OfGroupsThatSlip) {
     const std::string layer =
         R"({"shape": "rectangle", "material": "steel", "parameters": {"b": 3, "h": 2}, "factor": 0.5)";
-    const Values v = values_of(section_with(layer + R"(, "group": 1}, )" + layer + R"(, "group": 2, "at": [0, 2]})"));
-    expect(v, {{"z_C", 1}, {"Iy", 2 * (3 * 8 / 12.0 + 0.5 * 6)}, {"A", 12}, {"e_top", 2}, {"e_bottom", 2}});
+    const Values v = values_of(section_with(layer + R"(, "group": 1}, )" + layer + R"(, "group": 2, "at": [1, 2]})"));
+    expect(v,
+           {{"y_C", 0.5}, {"z_C", 1}, {"Iy", 2 * (3 * 8 / 12.0 + 0.5 * 6)}, {"A", 12}, {"e_top", 2}, {"e_bottom", 2}});
     EXPECT_EQ(v["Wel_y_top"].reason, "groups of parts slip on each other");
 }
 
