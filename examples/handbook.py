@@ -30,4 +30,4 @@ values = json.load(sys.stdin)["sections"][0]["values"]
 print(f"{'':8}{'velquor':>12}{'±':>10} {'handbook':>10}  {'':6}{'difference':>12}")
 for key, symbol, unit, handbook, factor, note in HANDBOOK:
     value, bound = (factor * values[key][k] for k in ("value", "bound"))
-    print(f"{symbol:8}{value:12.7g}{bound:10.1g} {handbook:10g}  {unit:6}{value / handbook - 1:+12.2%}  {note}".rstrip())
+    print(f"{symbol:8}{value:12.7g}{bound:10.2g} {handbook:10g}  {unit:6}{value / handbook - 1:+12.2%}  {note}".rstrip())
