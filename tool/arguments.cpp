@@ -143,6 +143,8 @@ void check_use(const Arguments& a, const std::string& command, const Inputs& inp
             throw Misuse("--" + name + ": a parameter of no shape; name one by --shape");
     if (!a.columns.empty() && (a.json || a.csv))
         throw Misuse("--columns: of tables for reading alone; JSON and CSV have every value");
+    if (a.calc.all && !a.json && !a.csv && inputs.names.size() + !inputs.shape.empty() > 1)
+        throw Misuse("--all: of one section alone; of several choose the --columns, or --csv");
 }
 
 int tell(const std::string& help) {

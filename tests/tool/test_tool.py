@@ -41,6 +41,7 @@ class Statuses(unittest.TestCase):
             (["mesh", "IPE 300", "HEB 200"], 1, "velquor: FILE is given 2 times; mesh takes it once"),
             (["calc", "IPE 300", "--h", "300"], 1, "velquor: --h: a parameter of no shape"),
             (["calc", "IPE 300", "--csv", "--columns", "A"], 1, "velquor: --columns: of tables for reading alone"),
+            (["calc", "IPE 300", "HEB 200", "--all"], 1, "velquor: --all: of one section alone"),
             (["calc", "300"], 1, 'velquor: 300: unknown profile "300", and no such file; velquor profiles lists all'),
             (["calc", "IPE 300", "--nu", "0.7"], 1, "velquor: IPE 300: --nu: 0.7; must be above -1 and at most 0.5"),
             (["calc", "IPE 300", "--density", "nan"], 1, "velquor: IPE 300: --density: nan; must be above 0"),
