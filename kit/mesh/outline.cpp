@@ -157,25 +157,40 @@ int loop_in(const Outline& outline, Scale& scale) {
     return gmsh::model::occ::addCurveLoop(curves);
 }
 
-// Gives a face to its owner: on which side of each of its curves it lies, an odd number of them tells on any ray.
-void set_owner(Plane& plane, const std::vector<int>& curves, int owner) {
-    constexpr int CHORDS = 33;  // of an arc, an odd number: one has the middle
-    std::vector<std::pair<Point, Point>> chords;
-    for (const int k : curves) {
-        const int n = plane.curves[k].sweep == 0 ? 1 : CHORDS;
-        for (int i = 0; i < n; ++i)
-            chords.push_back({point_at(plane, k + 1, static_cast<double>(i) / n),
-                              point_at(plane, k + 1, static_cast<double>(i + 1) / n)});
+// How often the ray from a point along y, or along z, meets a curve: an end counts where the other one lies higher.
+int meetings(const Plane& plane, const Curve& c, const Point& p, bool along_y) {
+    const auto ahead = [&](const Point& q) { return along_y ? q.y - p.y : q.z - p.z; };
+    const auto aside = [&](const Point& q) { return along_y ? q.z - p.z : q.y - p.y; };
+    const Point &from = plane.points[c.from], &to = plane.points[c.to];
+    if (c.sweep == 0) {
+        if ((aside(from) > 0) == (aside(to) > 0)) return 0;
+        return ahead(from) - aside(from) / (aside(to) - aside(from)) * (ahead(to) - ahead(from)) > 0;
     }
+    // Both halves of the circle, before its centre and behind it: an arc of a quarter is on each of them once at most.
+    const double r = length(from - c.centre), u = ahead(c.centre), v = aside(c.centre);
+    const double half = v * v < r * r ? std::sqrt(r * r - v * v) : 0;
+    int count = 0;
+    for (const double side : {-1.0, 1.0}) {
+        const auto on_side = [&](const Point& q) { return side * (ahead(q) - u) > 0; };
+        if (!on_side(from) && !on_side(to)) continue;
+        // What lies on the other half begins at the top or at the bottom of this one.
+        const double pole = v + (v < 0.5 * (aside(from) + aside(to)) ? r : -r);
+        const double v0 = on_side(from) ? aside(from) : pole, v1 = on_side(to) ? aside(to) : pole;
+        if ((v0 > 0) != (v1 > 0) && u + side * half > 0) ++count;
+    }
+    return count;
+}
+
+// Gives a face to its owner: on which side of each of its curves it lies. From the middle of a curve, a ray that leaves
+// it steeply does not meet it again, and meets the others an odd number of times where it begins in the face.
+void set_owner(Plane& plane, const std::vector<int>& curves, int owner) {
     for (const int k : curves) {
-        const double half = plane.curves[k].sweep == 0 ? 0.5 : 0.5 / CHORDS;
-        const Point a = point_at(plane, k + 1, 0.5 - half), b = point_at(plane, k + 1, 0.5 + half);
-        const Point p = 0.5 * (a + b) + 1e-3 * left_of(b - a);
-        bool inside = false;
-        for (const auto& [from, to] : chords)
-            if ((from.z > p.z) != (to.z > p.z) && p.y < from.y + (p.z - from.z) / (to.z - from.z) * (to.y - from.y))
-                inside = !inside;
-        (inside ? plane.curves[k].left : plane.curves[k].right) = owner;
+        const Point p = point_at(plane, k + 1, 0.5), d = direction_at(plane, k + 1, 0.5);
+        const bool along_y = std::abs(d.z) > std::abs(d.y), is_left = along_y ? d.z < 0 : d.y > 0;
+        int count = 0;
+        for (const int other : curves)
+            if (other != k) count += meetings(plane, plane.curves[other], p, along_y);
+        ((count % 2 == 1) == is_left ? plane.curves[k].left : plane.curves[k].right) = owner;
     }
 }
 
