@@ -15,6 +15,7 @@ namespace velquor {
 namespace {
 
 constexpr int ATTEMPTS = 6;  // with walls, without them, then both again on elements half as large
+constexpr double LOST = 1e-6;  // of the area to be filled, by which what is filled may differ from it
 
 std::vector<int> materials_of(const Section& section) {
     std::map<std::string, int> number;
@@ -166,12 +167,18 @@ Mesh meshed(const Section& section, const Plane& plane, const std::vector<Wall>&
     const auto on = nodes_on(plane, divide(plane, walls, sharp, section.wishes.size, fineness), mesh);
     const std::vector<Hollow> hollows = hollows_of(plane, walls, on, mesh.nodes);
     for (const Wall& wall : walls) fill_wall(wall, owner_of(plane, wall.sides[0]), on, mesh);
+    std::vector<double> open(plane.owners, 0), filled(plane.owners, 0);
+    for (const Hollow& hollow : hollows)
+        for (const auto& loop : hollow.loops) open[hollow.owner] += area_of(mesh.nodes, loop);
     const Filling filling = fill(mesh.nodes, hollows);
     for (std::size_t i = 0; i < filling.triangles.size(); ++i) {
         const auto& t = filling.triangles[i];
         mesh.elements.push_back({t[0] + 1, t[1] + 1, t[2] + 1, t[2] + 1});
         mesh.owners.push_back(filling.owners[i]);
+        filled[filling.owners[i]] += area_of(mesh.nodes, {t[0], t[1], t[2]});
     }
+    for (int owner = 0; owner < plane.owners; ++owner)
+        if (!(std::abs(filled[owner] - open[owner]) <= LOST * open[owner])) throw Failed{owner, {}};
     return mesh;
 }
 

@@ -222,10 +222,11 @@ Plane read_back(const std::map<int, int>& owners, const Scale& scale) {
             gmsh::model::getValue(1, tag, {(low[0] + high[0]) / 2}, xyz);
             const Point from = plane.points[c.from], to = plane.points[c.to];
             const Edge edge = {to, true, scale.middle + 1 / scale.factor * Point{xyz[0], xyz[1]}};
-            const Point found = circle_of(from, edge).centre;
-            const Point scaled = scale.to(found);
-            c.centre = scale.back(scaled.y, scaled.z, scale.centres);
-            c.sweep = std::atan2(cross(from - c.centre, to - c.centre), dot(from - c.centre, to - c.centre));
+            if (length(edge.through - 0.5 * (from + to)) > scale.same) {  // what rises less is as good as straight
+                const Point found = scale.to(circle_of(from, edge).centre);
+                c.centre = scale.back(found.y, found.z, scale.centres);
+                c.sweep = std::atan2(cross(from - c.centre, to - c.centre), dot(from - c.centre, to - c.centre));
+            }
         } else if (type != "Line") {
             throw Error("", "the outlines of the parts could not be joined");
         }

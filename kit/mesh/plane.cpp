@@ -8,6 +8,12 @@
 
 namespace velquor {
 
+namespace {
+
+constexpr double PARTED = 0.01;  // of the shortest curve at a point: where directions there are compared
+
+}  // namespace
+
 Point point_at(const Plane& plane, Side side, double t) {
     const Curve& c = plane.curves[curve_of(side)];
     if (side < 0) t = 1 - t;
@@ -58,14 +64,18 @@ std::vector<std::vector<Side>> loops_of(const Plane& plane, const std::vector<Si
             loop.push_back(s);
             starts.erase(at);
             if (end_of(plane, s) == begin_of(plane, first)) break;
-            // Of several ways on, the one furthest to the left goes around the smallest piece.
-            const Point in = direction_at(plane, s, 1);
+            // Of several ways on, the one furthest to the left goes around the smallest piece. Curves that are tangent
+            // to each other have parted a little way on.
             const auto [low, high] = starts.equal_range(end_of(plane, s));
+            double reach = length_of(plane, s);
+            for (auto k = low; k != high; ++k) reach = std::min(reach, length_of(plane, k->second));
+            const auto part = [&](Side of) { return PARTED * reach / length_of(plane, of); };
+            const Point in = plane.points[end_of(plane, s)] - point_at(plane, s, 1 - part(s));
             double best = -4;
             at = high;
             for (auto k = low; k != high; ++k) {
                 if (owner_of(plane, k->second) != owner_of(plane, first)) continue;
-                const Point out = direction_at(plane, k->second, 0);
+                const Point out = point_at(plane, k->second, part(k->second)) - plane.points[end_of(plane, s)];
                 const double turn = std::atan2(cross(in, out), dot(in, out));
                 if (turn > best) best = turn, at = k;
             }
