@@ -17,7 +17,6 @@ namespace {
 
 constexpr double SMALLEST_SINE = 1e-7;  // of an angle, below which a triangle is none
 constexpr double GROWTH = 0.5;          // of the size, over the distance
-constexpr int FRONTAL = 6;              // by the Delaunay criterion
 
 // The middle of every edge and its length.
 struct Sized {
@@ -59,9 +58,6 @@ Filling fill(std::vector<Point>& nodes, const std::vector<Hollow>& polygons) {
     if (polygons.empty()) return filling;
     const MeshSession session;
     namespace geo = gmsh::model::geo;
-    gmsh::option::setNumber("Mesh.Algorithm", FRONTAL);
-    gmsh::option::setNumber("Mesh.RecombineAll", 0);
-    gmsh::option::setNumber("Mesh.MeshSizeExtendFromBoundary", 0);
     gmsh::model::mesh::setSizeCallback([&, edges = edges_of(nodes, polygons)](int, int, double y, double z, double) {
         return size_at(edges, {y, z});
     });

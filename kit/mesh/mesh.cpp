@@ -14,7 +14,7 @@ namespace velquor {
 
 namespace {
 
-constexpr int ATTEMPTS = 6;  // with walls, without them, then both again on elements half as large
+constexpr int ATTEMPTS = 6;    // with walls, without them, then both again on elements half as large
 constexpr double LOST = 1e-6;  // of the area to be filled, by which what is filled may differ from it
 
 std::vector<int> materials_of(const Section& section) {

@@ -18,6 +18,7 @@ namespace {
 
 constexpr double QUARTER = PI / 2 * (1 + 1e-9);  // the largest piece of an arc
 constexpr double SAME = 1e-9;                    // of the section's extent: points that are one
+constexpr double TOUCHING = 1e-7;                // the same: what is this near to each other is joined
 constexpr double EXTENT = 1000;                  // to which the section is scaled for the Boolean operations
 
 struct Owned {
@@ -246,6 +247,7 @@ Plane read_back(const std::map<int, int>& owners, const Scale& scale) {
 // Faces that touch or overlap: Boolean operations, then the pieces by their last owner.
 Plane joined(const std::vector<Owned>& faces, const Box& box) {
     const MeshSession session;
+    gmsh::option::setNumber("Geometry.ToleranceBoolean", TOUCHING * EXTENT);
     Scale scale = {{(box.y0 + box.y1) / 2, (box.z0 + box.z1) / 2}, EXTENT / box.extent(), SAME * box.extent(), {}, {}};
     gmsh::vectorpair surfaces, pieces;
     for (const Owned& f : faces) {
