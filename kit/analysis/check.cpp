@@ -12,7 +12,7 @@ namespace velquor {
 
 namespace {
 
-std::string at(const char* list, std::size_t i) { return std::string(list) + "[" + std::to_string(i) + "]"; }
+std::string place_of_material(std::size_t i) { return "materials[" + std::to_string(i) + "]"; }
 
 // What the user may not have meant, though nothing in the tables shows it.
 void look_at_materials(const Section& s, std::vector<Finding>& findings) {
@@ -25,9 +25,10 @@ void look_at_materials(const Section& s, std::vector<Finding>& findings) {
     for (std::size_t i = 0; i < s.materials.size(); ++i) {
         const Material& m = s.materials[i];
         if (used.count(m.name) == 0) {
-            findings.push_back({false, at("materials", i), in_quotes(m.name) + " is used by nothing", "leave it out"});
+            findings.push_back(
+                {false, place_of_material(i), in_quotes(m.name) + " is used by nothing", "leave it out"});
         } else if (any && !strong(m)) {
-            findings.push_back({false, at("materials", i), in_quotes(m.name) + " has no strength, others have",
+            findings.push_back({false, place_of_material(i), in_quotes(m.name) + " has no strength, others have",
                                 "give it one, or there are no plastic values"});
         }
     }
@@ -39,14 +40,15 @@ struct Owners {
     const Mesh& mesh;
     std::map<std::int32_t, std::int32_t> of_node{};
 
-    std::string of_owner(std::int32_t owner) const { return place_of_owner(section, static_cast<std::size_t>(owner)); }
-    std::string of_element(std::int32_t e) const { return of_owner(mesh.owners[e - 1]); }
+    std::string of_element(std::int32_t e) const {
+        return place_of_owner(section, static_cast<std::size_t>(mesh.owners[e - 1]));
+    }
     std::string node(std::int32_t n) {
         if (of_node.empty())
             for (std::size_t e = 0; e < mesh.elements.size(); ++e)
                 for (const std::int32_t corner : mesh.elements[e]) of_node.emplace(corner, mesh.owners[e]);
         const auto found = of_node.find(n);
-        return found != of_node.end() ? of_owner(found->second) : "";
+        return found != of_node.end() ? place_of_owner(section, static_cast<std::size_t>(found->second)) : "";
     }
 };
 

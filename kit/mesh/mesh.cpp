@@ -201,9 +201,7 @@ Mesh mesh_of(const Section& section, double fineness) {
         } catch (const Failed& failed) {
             if (attempt % 2 == 0) fineness *= 2;
             if (attempt < ATTEMPTS && failed.why.empty()) continue;
-            throw Error(place_of_owner(section, static_cast<std::size_t>(failed.owner)),
-                        failed.why.empty() ? "no mesh could be made of it" : failed.why,
-                        failed.why.empty() ? "look for edges that come very near to each other, or give a size" : "");
+            throw error_of(section, failed);
         }
     }
 }

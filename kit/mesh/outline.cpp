@@ -18,8 +18,9 @@ namespace {
 
 constexpr double QUARTER = PI / 2 * (1 + 1e-9);  // the largest piece of an arc
 constexpr double SAME = 1e-9;                    // of the section's extent: points that are one
-constexpr double TOUCHING = 1e-7;                // the same: what is this near to each other is joined
-constexpr double EXTENT = 1000;                  // to which the section is scaled for the Boolean operations
+constexpr const char* NOT_JOINED = "could not be joined with the others";
+constexpr double TOUCHING = 1e-7;  // the same: what is this near to each other is joined
+constexpr double EXTENT = 1000;    // to which the section is scaled for the Boolean operations
 
 struct Owned {
     Face face;
@@ -85,7 +86,7 @@ Box box_of(const Face& face) {
 std::vector<Owned> faces_of(const Section& section) {
     std::vector<Owned> faces;
     for (std::size_t i = 0; i < section.parts.size(); ++i)
-        for (Face& face : faces_of(section, section.parts[i], place_of_owner(section, i)))
+        for (Face& face : faces_of(section, section.parts[i], place_of_part(section, i)))
             faces.push_back({std::move(face), static_cast<int>(i)});
     for (std::size_t i = 0; i < section.bars.size(); ++i)
         if (!section.bars[i].as_point)
@@ -207,12 +208,12 @@ Plane read_back(const std::map<int, int>& owners, const Scale& scale) {
         }
         return at->second;
     };
-    const auto curve = [&](int tag) {
+    const auto curve = [&](int tag, int owner) {
         const auto [at, fresh] = curves.emplace(tag, static_cast<int>(plane.curves.size()));
         if (!fresh) return at->second;
         gmsh::vectorpair ends;
         gmsh::model::getBoundary({{1, tag}}, ends, false, false);
-        if (ends.size() != 2) throw Error("", "the outlines of the parts could not be joined");
+        if (ends.size() != 2) throw Failed{owner, NOT_JOINED};
         Curve c;
         c.from = point(ends[0].second), c.to = point(ends[1].second);
         std::string type;
@@ -229,7 +230,7 @@ Plane read_back(const std::map<int, int>& owners, const Scale& scale) {
                 c.sweep = std::atan2(cross(from - c.centre, to - c.centre), dot(from - c.centre, to - c.centre));
             }
         } else if (type != "Line") {
-            throw Error("", "the outlines of the parts could not be joined");
+            throw Failed{owner, NOT_JOINED};
         }
         plane.curves.push_back(c);
         return at->second;
@@ -238,7 +239,7 @@ Plane read_back(const std::map<int, int>& owners, const Scale& scale) {
         gmsh::vectorpair boundary;
         gmsh::model::getBoundary({{2, surface}}, boundary, false, true);
         std::vector<int> of_surface;
-        for (const auto& [dim, tag] : boundary) of_surface.push_back(curve(std::abs(tag)));
+        for (const auto& [dim, tag] : boundary) of_surface.push_back(curve(std::abs(tag), owner));
         set_owner(plane, of_surface, owner);
     }
     return plane;
@@ -254,14 +255,18 @@ Plane joined(const std::vector<Owned>& faces, const Box& box) {
         std::vector<int> loops = {loop_in(f.face.outer, scale)};
         for (const Outline& hole : f.face.holes) loops.push_back(loop_in(hole, scale));
         surfaces.push_back({2, gmsh::model::occ::addPlaneSurface(loops)});
+        if (surfaces.back().second < 0) throw Failed{f.owner, NOT_JOINED};
     }
     std::vector<gmsh::vectorpair> of_input;
     gmsh::model::occ::fragment({surfaces.front()}, {surfaces.begin() + 1, surfaces.end()}, pieces, of_input);
     gmsh::model::occ::synchronize();
+    of_input.resize(faces.size());  // empty where Gmsh gave up
     std::map<int, int> owners;
-    for (std::size_t i = 0; i < faces.size(); ++i)
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        if (of_input[i].empty()) throw Failed{faces[i].owner, NOT_JOINED};
         for (const auto& [dim, tag] : of_input[i])
             if (dim == 2) owners[tag] = faces[i].owner;
+    }
     return read_back(owners, scale);
 }
 
@@ -312,7 +317,11 @@ Plane plane_of(const Section& section) {
     }
     Plane plane;
     const double same = SAME * box.extent();
-    if (!drawn_apart(plane, faces, same)) plane = joined(faces, box);
+    try {
+        if (!drawn_apart(plane, faces, same)) plane = joined(faces, box);
+    } catch (const Failed& failed) {
+        throw error_of(section, failed);
+    }
     tidy(plane, same);
     plane.owners = static_cast<int>(section.parts.size() + section.bars.size());
 
@@ -322,7 +331,7 @@ Plane plane_of(const Section& section) {
             if (owner != OUTSIDE) seen[owner] = true;
     for (const Owned& f : faces)
         if (!seen[f.owner])
-            throw Error(place_of_owner(section, static_cast<std::size_t>(f.owner)), "later ones cover it whole",
+            throw Error(place_of_owner(section, f.owner), "later ones cover it whole",
                         "leave it out, or put it behind them");
     return plane;
 }

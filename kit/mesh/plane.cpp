@@ -14,6 +14,13 @@ constexpr double PARTED = 0.01;  // of the shortest curve at a point: where dire
 
 }  // namespace
 
+Error error_of(const Section& section, const Failed& failed) {
+    const char* const remedy = "look for edges that come very near to each other, or give a size";
+    const bool known = !failed.why.empty();
+    return {failed.owner < 0 ? "parts" : place_of_owner(section, failed.owner),
+            known ? failed.why : "no mesh could be made of it", known ? "" : remedy};
+}
+
 Point point_at(const Plane& plane, Side side, double t) {
     const Curve& c = plane.curves[curve_of(side)];
     if (side < 0) t = 1 - t;
@@ -79,7 +86,7 @@ std::vector<std::vector<Side>> loops_of(const Plane& plane, const std::vector<Si
                 const double turn = std::atan2(cross(in, out), dot(in, out));
                 if (turn > best) best = turn, at = k;
             }
-            if (at == high) throw Error("", "the outlines of the parts do not close");
+            if (at == high) throw Failed{owner_of(plane, first), "its outline does not close where it meets others"};
         }
         loops.push_back(loop);
     }

@@ -29,6 +29,7 @@ struct Failed {
     int owner;
     std::string why;
 };
+Error error_of(const Section& section, const Failed& failed);
 
 // A curve in one of its directions: k + 1 along it, -(k + 1) against it. What lies to the left belongs to this side.
 using Side = int;
