@@ -92,6 +92,7 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels) {
     a.warping.resize(3 * mesh.nodes.size());
     a.sharp.resize(mesh.nodes.size());
     a.bars = t.bars;
+    a.reference = t.reference->name;
     a.levels = done;
     a.plastic = t.mode != VQ_ELASTIC;
     a.strengths = t.strengths;

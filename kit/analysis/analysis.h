@@ -17,6 +17,7 @@ struct Analysis {
     std::vector<double> warping;      // (nodes, 3)     as NODEOUT
     std::vector<double> stress;       // (48, elements) as ELEMOUT
     std::vector<VYZTUZE_INFO> bars;   // those that are points, in the order of the section's
+    std::string reference;            // material by whose moduli values are transformed
     std::vector<std::int32_t> sharp;  // (nodes)   1 where shear stresses have no limit
     int levels = 0;                   // that went well
     bool plastic = false;             // plastic slots are filled

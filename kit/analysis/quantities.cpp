@@ -107,10 +107,7 @@ std::vector<Quantity> area_and_centroid() {
         {"A", "A", group, "area, of all materials alike", "ANET", AREA, NOTHING, MAIN, "", slot<VQ_ANET>},
         {"A_tr", "A,tr", group, "transformed area", "EA / EREF", AREA, NOTHING, MAIN, "A", area},
         {"mass", "m", group, "mass of a metre", "WEIGHT", MASS, DENSITIES, MAIN, "",
-         [](const Measured& s) {
-             const Value weight = s(VQ_WEIGHT) + exact(s.displaced);
-             return weight / exact(size_of(lengths(), s.section.length, "units.length"));
-         }},
+         [](const Measured& s) { return s(VQ_WEIGHT) / exact(size_of(lengths(), s.section.length, "units.length")); }},
         {"P_out", "P,out", group, "perimeter outside", "", LENGTH, NOTHING, MAIN, "",
          [](const Measured& s) { return exact(s.perimeter.outside); }},
         {"P_in", "P,in", group, "perimeter of the holes", "", LENGTH, NOTHING, MAIN, "",
@@ -355,15 +352,6 @@ Measured::Measured(const Section& of, const Analysis& by) : section(of), analysi
         points = points || bar.as_point;
     }
     composite = materials.size() > 1;
-    std::size_t point = 0;
-    for (const Bar& bar : section.bars) {  // WEIGHT takes off what stands first in the tables, for what is around a bar
-        if (!bar.as_point) continue;
-        const auto density = [&](std::size_t element) {
-            return material_of(section, analysis.mesh.owners.at(element)).density;
-        };
-        const auto host = static_cast<std::size_t>(analysis.bars.at(point++).ELEMENT) - 1;
-        displaced += bar.area * (density(0) - density(host));
-    }
     for (const Material& m : section.materials) densities = densities && (m.density > 0 || !materials.count(m.name));
     const Measured& s = *this;
     round = std::abs(s(VQ_I1).value - s(VQ_I2).value) <= s(VQ_I1).bound + s(VQ_I2).bound;

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <set>
 
 #include "kit/section/vectors.h"
+#include "kit/section/words.h"
 
 namespace velquor {
 
@@ -26,26 +28,67 @@ const Material& material_named(const Section& s, const std::string& name) {
     throw Error("", "no material has the name " + name);
 }
 
-bool in_triangle(const Point& a, const Point& b, const Point& c, const Point& p) {
-    return cross(b - a, p - a) >= 0 && cross(c - b, p - b) >= 0 && cross(a - c, p - c) >= 0;
+// The element that a point lies in, numbered from 1, or the nearest one: points near an arc may lie outside of all.
+std::int32_t element_at(const Mesh& mesh, const Point& p) {
+    std::int32_t nearest = 0;
+    double least = std::numeric_limits<double>::infinity();
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e) {
+        double outside =
+            -std::numeric_limits<double>::infinity();  // distance from the edge that it lies furthest beyond
+        for (int k = 0; k < 4; ++k) {
+            const Point &a = mesh.nodes[mesh.elements[e][k] - 1], &b = mesh.nodes[mesh.elements[e][(k + 1) % 4] - 1];
+            if (length(b - a) > 0) outside = std::max(outside, cross(p - a, unit(b - a)));
+        }
+        if (outside < least) least = outside, nearest = static_cast<std::int32_t>(e + 1);
+        if (least <= 0) break;
+    }
+    return nearest;
 }
 
-// The first element that holds a point, numbered from 1; 0: none.
-std::int32_t element_at(const Mesh& mesh, const Point& p) {
-    for (std::size_t e = 0; e < mesh.elements.size(); ++e) {
-        const auto& corners = mesh.elements[e];
-        const auto at = [&](int k) { return mesh.nodes[corners[k] - 1]; };
-        if (in_triangle(at(0), at(1), at(2), p) || (corners[2] != corners[3] && in_triangle(at(0), at(2), at(3), p)))
-            return static_cast<std::int32_t>(e + 1);
+const Material& material_of(const Section& section, const Mesh& mesh, std::int32_t element) {
+    const auto owner = static_cast<std::size_t>(mesh.owners[element - 1]), parts = section.parts.size();
+    return material_named(section,
+                          owner < parts ? section.parts[owner].material : section.bars[owner - parts].material);
+}
+
+// Of each bar that is a point the element in which it lies, all of one material; 0 of the others.
+std::vector<std::int32_t> hosts_of(const Section& section, const Mesh& mesh) {
+    std::vector<std::int32_t> hosts(section.bars.size(), 0);
+    std::size_t first = hosts.size();
+    for (std::size_t i = 0; i < hosts.size(); ++i) {
+        if (!section.bars[i].as_point) continue;
+        hosts[i] = element_at(mesh, section.bars[i].at);
+        first = std::min(first, i);
+        const std::string &here = material_of(section, mesh, hosts[i]).name,
+                          &there = material_of(section, mesh, hosts[first]).name;
+        if (here != there)
+            throw Error(
+                place_of_bar(section, i),
+                "lies in " + in_quotes(here) + ", and " + place_of_bar(section, first) + " in " + in_quotes(there),
+                "bars that are points must all lie in one material: leave \"as_point\" out");
     }
-    return 0;
+    return hosts;
+}
+
+// Of each owner the part to whose group it belongs: a disc to that of one that it touches.
+std::map<std::int32_t, std::size_t> parts_of_owners(const Section& section, const Mesh& mesh) {
+    std::map<std::int32_t, std::size_t> part_at, part_of;  // by node, by owner
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e) {
+        const auto owner = static_cast<std::size_t>(mesh.owners[e]);
+        if (owner >= section.parts.size()) continue;
+        part_of.emplace(mesh.owners[e], owner);
+        for (const std::int32_t node : mesh.elements[e]) part_at.emplace(node, owner);
+    }
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e)
+        for (const std::int32_t node : mesh.elements[e])
+            if (const auto at = part_at.find(node); at != part_at.end()) part_of.emplace(mesh.owners[e], at->second);
+    return part_of;
 }
 
 }  // namespace
 
 Tables tables_of(const Section& section, const Mesh& mesh) {
     Tables t;
-    const std::size_t parts = section.parts.size();
     const bool coupled =
         std::any_of(section.parts.begin(), section.parts.end(), [](const Part& p) { return p.factor < 1; });
     Point low = mesh.nodes.front(), high = low;
@@ -55,8 +98,12 @@ Tables tables_of(const Section& section, const Mesh& mesh) {
     }
     if (!coupled) t.origin = 0.5 * (low + high);
     t.scale = power_of_two_towards(std::max(high.y - low.y, high.z - low.z), EXTENT);
-    const Material& reference = material_named(section, section.parts.front().material);
-    t.modulus = power_of_two_towards(reference.E, MODULUS);
+    const auto material_at = [&](std::int32_t e) -> const Material& { return material_of(section, mesh, e); };
+    const std::vector<std::int32_t> hosts = hosts_of(section, mesh);
+    const std::int32_t host = hosts.empty() ? 0 : *std::max_element(hosts.begin(), hosts.end());
+    t.reference = host > 0 ? &material_at(host) : &material_named(section, section.parts.front().material);
+    t.modulus = power_of_two_towards(t.reference->E, MODULUS);
+    t.displaced = t.reference->density - material_at(1).density;
 
     std::vector<Point> nodes = mesh.nodes;
     for (std::size_t i = 0; i < section.bars.size(); ++i) {
@@ -64,14 +111,16 @@ Tables tables_of(const Section& section, const Mesh& mesh) {
         if (!bar.as_point) continue;
         const Material& m = material_named(section, bar.material);
         VYZTUZE_INFO info{};
-        info.ELEMENT = element_at(mesh, bar.at);
-        if (info.ELEMENT == 0) throw Error(place_of_bar(section, i), "lies outside of all parts");
+        info.ELEMENT = hosts[i];
         nodes.push_back(bar.at);
         info.NODE = static_cast<std::int32_t>(nodes.size());
         info.AREA = bar.area * t.scale * t.scale;
         info.EMODUL = m.E * t.modulus;
-        if (info.EMODUL <= 2) throw Error(place_of_bar(section, i), "its modulus is too small to count beside E");
-        info.BARWEIGHT = m.density / (t.scale * t.scale * t.scale);
+        if (info.EMODUL <= 2)
+            throw Error(place_of_bar(section, i),
+                        "its modulus is too small beside that of " + in_quotes(t.reference->name) + " around it",
+                        "leave \"as_point\" out");
+        info.BARWEIGHT = (m.density - t.displaced) / (t.scale * t.scale * t.scale);
         t.bars.push_back(info);
     }
     t.nodes = static_cast<std::int32_t>(nodes.size());
@@ -82,41 +131,28 @@ Tables tables_of(const Section& section, const Mesh& mesh) {
         t.NODES[nodes.size() + i] = (nodes[i].z - t.origin.z) * t.scale;
     }
 
-    // Of each owner: its material, and a disc goes with the group of the first part that it touches.
     std::set<std::string> used;
-    for (const std::int32_t owner : mesh.owners)
-        used.insert(owner < static_cast<int>(parts) ? section.parts[owner].material
-                                                    : section.bars[owner - parts].material);
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e)
+        used.insert(material_at(static_cast<std::int32_t>(e + 1)).name);
     t.strengths = std::all_of(used.begin(), used.end(),
                               [&](const std::string& name) { return material_named(section, name).tension > 0; });
     const bool plastic = t.strengths || used.size() == 1;
     t.mode = plastic ? VQ_PLASTIC : VQ_ELASTIC;
-    std::map<std::int32_t, std::int32_t> part_at;  // node: a part that has it
-    for (std::size_t e = 0; e < mesh.elements.size(); ++e)
-        if (mesh.owners[e] < static_cast<int>(parts))
-            for (const std::int32_t node : mesh.elements[e]) part_at.emplace(node, mesh.owners[e]);
+    const std::map<std::int32_t, std::size_t> part_of = parts_of_owners(section, mesh);
 
     const std::size_t n = mesh.elements.size();
     t.ELEMENTS.resize(4 * n);
     t.PROPS.assign(VQ_NCOLUMNS * n, 0);
     for (std::size_t e = 0; e < n; ++e) {
-        const std::int32_t owner = mesh.owners[e];
-        const bool is_part = owner < static_cast<int>(parts);
-        int part = owner;
-        for (int k = 0; k < 4; ++k) {
-            t.ELEMENTS[k * n + e] = mesh.elements[e][k];
-            if (is_part) continue;
-            const auto found = part_at.find(mesh.elements[e][k]);
-            if (found != part_at.end()) part = found->second;
-        }
-        const Part& group = section.parts[part < static_cast<int>(parts) ? part : 0];
-        const Material& m = material_named(section, is_part ? group.material : section.bars[owner - parts].material);
+        for (int k = 0; k < 4; ++k) t.ELEMENTS[k * n + e] = mesh.elements[e][k];
+        const Part& group = section.parts[part_of.at(mesh.owners[e])];
+        const Material& m = material_at(static_cast<std::int32_t>(e + 1));
         const auto set = [&](int column, double value) { t.PROPS[(column - 1) * n + e] = value; };
         set(VQ_EMOD, m.E * t.modulus);
         set(VQ_GMOD, m.G * t.modulus);
         set(VQ_COUPLING, group.factor);
         set(VQ_GROUP, group.group);
-        set(VQ_MATFLAG, &m == &reference ? 1.0 : 0.75);  // EREF is that of the first 1.0; all count in plastic sums
+        set(VQ_MATFLAG, &m == t.reference ? 1.0 : 0.75);  // EREF is that of the first 1.0; all count in plastic sums
         set(VQ_FNEG, t.strengths ? m.compression * t.modulus : plastic);
         set(VQ_FPOS, t.strengths ? m.tension * t.modulus : plastic);
         set(VQ_UNITWEIGHT, m.density / (t.scale * t.scale * t.scale));
@@ -157,8 +193,12 @@ void bring_back(const Tables& t, std::vector<double>& nodeout, std::vector<doubl
     // moments and of a bimoment.
     const double factors[12] = {moment, moment, area, area, area, area, moment, moment, area, moment, moment, bimoment};
     for (std::size_t i = 0; i < elemout.size(); ++i) elemout[i] *= factors[i % 12];
-    for (VYZTUZE_INFO& bar : bars)
+    for (VYZTUZE_INFO& bar : bars) {
+        bar.AREA /= area;
+        bar.EMODUL /= t.modulus;
+        bar.BARWEIGHT = bar.BARWEIGHT * moment + t.displaced;
         for (int q = 0; q < 4; ++q) bar.STRESS[q] *= factors[8 + q];
+    }
 }
 
 Slots natural_sizes(const Slots& r) {

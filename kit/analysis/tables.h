@@ -18,20 +18,25 @@ struct Tables {
     std::vector<std::int32_t> ELEMENTS;  // (elements, 4)
     std::vector<double> PROPS;           // (elements, VQ_NCOLUMNS)
     std::vector<VYZTUZE_INFO> bars;
+    // By whose moduli values are transformed: that of the first part or, where bars are points, that of the elements
+    // in which they lie, which the library takes to be one.
+    const Material* reference = nullptr;
     double mode = VQ_ELASTIC;
     bool strengths = false;  // those of the materials; else 1 in one material, nothing in several
+    double displaced = 0;    // density around bars that are points, less that of the first element, which counts
     double scale = 1;        // of lengths
     double modulus = 1;      // of moduli and stresses
     Point origin;            // in the section's frame
 };
 
-// Throws Error where a bar that is a point lies outside of all elements.
+// Throws Error where bars that are points lie in materials of unlike moduli, or have next to none.
 Tables tables_of(const Section& section, const Mesh& mesh);
 
 // Slots of a call, in place.
 void bring_back(const Tables& tables, Slots& value, Slots& bound);
 
-// The fields of a call, in place: warping of a unit twist and of unit shear strains, stresses of unit loads.
+// The fields of a call, in place: warping of a unit twist and of unit shear strains, stresses of unit loads; and what
+// bars had of the tables' units.
 void bring_back(const Tables& tables, std::vector<double>& nodeout, std::vector<double>& elemout,
                 std::vector<VYZTUZE_INFO>& bars);
 

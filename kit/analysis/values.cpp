@@ -114,7 +114,7 @@ Values values_of(const Section& section, const Analysis& analysis) {
     values.length = section.length;
     values.force = section.force;
     for (const Quantity& q : quantities()) values.entries.push_back(entry_of(q, measured));
-    values.reference = section.parts.front().material;
+    values.reference = analysis.reference;
     values.materials = shares_of(section, analysis);
     values.nodes = analysis.mesh.nodes.size();
     values.elements = analysis.mesh.elements.size();

@@ -1,5 +1,7 @@
+#include <gmsh.h>
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
 #include <map>
 #include <random>
@@ -132,6 +134,43 @@ TEST(Mesh, PartsThatTouchShareTheirBoundary) {
     const std::vector<Finding> findings = check(s, mesh);
     ASSERT_EQ(findings.size(), 1u);
     EXPECT_EQ(findings[0].message, "hangs in a single point, (16, 30)");
+}
+
+// Layers that are thin beside their length, circles that touch from within and without, at any angle.
+TEST(Mesh, ThinLayersAndCirclesThatTouch) {
+    for (const double angle : {0.0, 33.0, 90.0}) {
+        const auto at = [&](double y, double z) { return turned({y, z}, angle * PI / 180); };
+        std::vector<Part> parts = {part_of("rectangle", {{"h", 10}, {"b", 200}}, at(0, 5)),
+                                   part_of("rectangle", {{"h", 0.02}, {"b", 200}}, at(0, 10.01)),
+                                   part_of("rectangle", {{"h", 10}, {"b", 200}}, at(0, 15.02)),
+                                   part_of("circle", {{"d", 60}}, at(0, 50.02)),
+                                   part_of("circle", {{"d", 20}}, at(20, 50.02))};
+        for (Part& part : parts) part.place.angle = angle;
+        const auto found = areas_of(mesh_of(section_of(parts)));
+        const std::vector<double> areas = {2000, 4, 2000, 800 * PI, 100 * PI};
+        for (int i = 0; i < 5; ++i) EXPECT_NEAR(found.at(i), areas[i], 1e-6 * areas[i]) << angle << " " << i;
+    }
+}
+
+// A host may use Gmsh itself, before, between and after.
+TEST(Mesh, LeavesGmshAndTheLocaleToTheHost) {
+    const Section s = section_of({part_of("ring", {{"d", 60}, {"t", 20}})});
+    const std::size_t elements = mesh_of(s).elements.size();
+    EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
+    gmsh::model::add("host");
+    gmsh::model::add("another");
+    gmsh::model::setCurrent("host");
+    gmsh::option::setNumber("Mesh.Algorithm", 8);
+    gmsh::option::setNumber("Mesh.MeshSizeFactor", 0.1);
+    EXPECT_EQ(mesh_of(s).elements.size(), elements);
+    std::string model;
+    double algorithm = 0;
+    gmsh::model::getCurrent(model);
+    gmsh::option::getNumber("Mesh.Algorithm", algorithm);
+    EXPECT_EQ(model, "host");
+    EXPECT_EQ(algorithm, 8);
+    gmsh::finalize();
+    EXPECT_EQ(mesh_of(s).elements.size(), elements);
 }
 
 TEST(Mesh, WhatLeavesNothingIsNamed) {
@@ -282,6 +321,45 @@ TEST(Analysis, BarsAsDiscsAndAsPoints) {
     EXPECT_GT(value_of(discs, VQ_PLMOM_Z), 1.1 * value_of(points, VQ_PLMOM_Z));
     ASSERT_EQ(points.bars.size(), 2u);
     EXPECT_NEAR(points.bars[1].STRESS[0] * EA, 210000, 1e-6 * 210000);  // of a unit normal force
+    EXPECT_EQ(points.bars[1].AREA, 314);
+    EXPECT_EQ(points.bars[1].EMODUL, 210000);
+    EXPECT_EQ(points.bars[1].BARWEIGHT, 7.85e-6);
+}
+
+// Bars take the place of what is around them, also where that is not the first part; near an arc they lie outside of
+// all elements, and in two materials the library could not tell what they replace.
+TEST(Analysis, BarsAsPointsReplaceWhatIsAroundThem) {
+    Section s = section_of({part_of("rectangle", {{"h", 20}, {"b", 300}}, {0, -10}),
+                            part_of("rectangle", {{"h", 300}, {"b", 300}}, {0, 150}),
+                            part_of("circle", {{"d", 300}}, {0, 450})});
+    s.parts[1].material = s.parts[2].material = "timber";
+    for (const double y : {-1, 1}) s.bars.push_back({{y * 149.9 * 0.6, 450 + 149.9 * 0.8}, 314, "steel", true});
+    const Analysis a = analyse(s);
+    const double area = 9e4 + 22500 * PI, EA = 210000 * 6000. + 11000 * area + 628 * (210000 - 11000.);
+    EXPECT_NEAR(a.value[VQ_EA], EA, a.bound[VQ_EA] + 1e-9 * EA);
+    EXPECT_NEAR(a.value[VQ_WEIGHT], 7.85e-6 * 6628 + 4.2e-7 * (area - 628), 1e-6 * a.value[VQ_WEIGHT]);
+    EXPECT_EQ(a.reference, "timber");
+    EXPECT_EQ(a.value[VQ_EREF], 11000);
+    EXPECT_EQ(check(s).size(), 1u);  // the circle hangs in a point
+    s.bars.push_back({{0, -10}, 314, "steel", true, "bars[1] (3rd of the row)"});
+    EXPECT_EQ(check(s).back().place, "bars[1] (3rd of the row)");
+    EXPECT_EQ(check(s).back().message, "lies in \"steel\", and bars[0] in \"timber\"");
+}
+
+// All of a disc goes with the group around it; two planks about y: each by itself, and their distance by the factor.
+TEST(Analysis, PlanksAndTheirBars) {
+    Section s = section_of({part_of("rectangle", {{"h", 100}, {"b", 1000}}, {100, 50}),
+                            part_of("rectangle", {{"h", 100}, {"b", 1000}}, {100, 150})});
+    s.parts[0].factor = s.parts[1].factor = 0.5;
+    s.parts[1].group = 2;
+    EXPECT_TRUE(check(s).back().message == "\"timber\" is used by nothing") << check(s).back().message;
+    EXPECT_NEAR(value_of(analyse(s), VQ_IZZ, 210000), 2 * (1000e6 / 12 + 0.5 * 1e5 * 2500), 1);
+    s.bars = {{{100, 150}, 2500, "timber"}};
+    s.wishes.size = 10;
+    const Mesh mesh = mesh_of(s);
+    const Tables t = tables_of(s, mesh);
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e)
+        EXPECT_EQ(t.PROPS[(VQ_GROUP - 1) * mesh.elements.size() + e], mesh.owners[e] == 0 ? 1 : 2);
 }
 
 TEST(Check, FindingsAreToldInTheWordsOfTheSection) {
