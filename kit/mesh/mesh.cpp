@@ -15,6 +15,7 @@ namespace velquor {
 namespace {
 
 constexpr int ATTEMPTS = 6;    // with walls, without them, then both again on elements half as large
+constexpr double FAR = 1000;   // distance from the origin over the extent
 constexpr double LOST = 1e-6;  // of the area to be filled, by which what is filled may differ from it
 
 std::vector<int> materials_of(const Section& section) {
@@ -182,22 +183,39 @@ Mesh meshed(const Section& section, const Plane& plane, const std::vector<Wall>&
     return mesh;
 }
 
+void move(Plane& plane, const Point& by) {
+    for (Point& p : plane.points) p = p + by;
+    for (Curve& c : plane.curves) c.centre = c.centre + by;
+}
+
+Mesh moved(Mesh mesh, const Point& by) {
+    for (Point& p : mesh.nodes) p = p + by;
+    for (Mesh::Bow& bow : mesh.bows) bow.centre = bow.centre + by;
+    return mesh;
+}
+
+// The place near which a section is meshed that lies far from its origin, where digits are missing; else the origin.
+Point place_of(const Plane& plane) {
+    double extent = 0;
+    const Point at = plane.points.front();
+    for (const Point& p : plane.points) extent = std::max(extent, length(p - at));
+    return length(at) > FAR * extent ? at : Point{};
+}
+
 }  // namespace
 
 Mesh mesh_of(const Section& section, double fineness) {
-    const Plane drawn = plane_of(section);
-    const std::vector<int> materials = materials_of(section);
-    const std::vector<bool> sharp = sharp_points(drawn, materials, SHARP),
-                            corners = sharp_points(drawn, materials, SMOOTH);
+    Plane drawn = plane_of(section);
+    const Point place = place_of(drawn);
+    move(drawn, -1 * place);
+    const std::vector<bool> sharp = sharp_points(drawn, materials_of(section));
     for (int attempt = 1;; ++attempt) {
         Plane plane = drawn;
         const std::vector<Wall> walls = attempt % 2 == 1 ? cut_walls(plane, sharp) : std::vector<Wall>();
         std::vector<bool> all_sharp = sharp;
         all_sharp.resize(plane.points.size(), false);
         try {
-            Mesh mesh = meshed(section, plane, walls, all_sharp, fineness);
-            mesh.has_corners = std::find(corners.begin(), corners.end(), true) != corners.end();
-            return mesh;
+            return moved(meshed(section, plane, walls, all_sharp, fineness), place);
         } catch (const Failed& failed) {
             if (attempt % 2 == 0) fineness *= 2;
             if (attempt < ATTEMPTS && failed.why.empty()) continue;

@@ -19,8 +19,9 @@ namespace {
 constexpr double QUARTER = PI / 2 * (1 + 1e-9);  // the largest piece of an arc
 constexpr double SAME = 1e-9;                    // of the section's extent: points that are one
 constexpr const char* NOT_JOINED = "could not be joined with the others";
-constexpr double TOUCHING = 1e-7;  // the same: what is this near to each other is joined
-constexpr double EXTENT = 1000;    // to which the section is scaled for the Boolean operations
+constexpr std::size_t MOST_EDGES = 5000;  // of all outlines, that can be joined in some ten seconds
+constexpr double TOUCHING = 1e-7;         // the same: what is this near to each other is joined
+constexpr double EXTENT = 1000;           // to which the section is scaled for the Boolean operations
 
 struct Owned {
     Face face;
@@ -247,6 +248,14 @@ Plane read_back(const std::map<int, int>& owners, const Scale& scale) {
 
 // Faces that touch or overlap: Boolean operations, then the pieces by their last owner.
 Plane joined(const std::vector<Owned>& faces, const Box& box) {
+    std::size_t edges = 0;
+    for (const Owned& f : faces) {
+        edges += pieces_of(f.face.outer).size();
+        for (const Outline& hole : f.face.holes) edges += pieces_of(hole).size();
+    }
+    if (edges > MOST_EDGES)
+        throw Failed{faces.back().owner, "all outlines have " + std::to_string(edges) + " edges, and at most " +
+                                             std::to_string(MOST_EDGES) + " can be joined"};
     const MeshSession session;
     gmsh::option::setNumber("Geometry.ToleranceBoolean", TOUCHING * EXTENT);
     Scale scale = {{(box.y0 + box.y1) / 2, (box.z0 + box.z1) / 2}, EXTENT / box.extent(), SAME * box.extent(), {}, {}};
