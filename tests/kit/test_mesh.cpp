@@ -152,6 +152,17 @@ TEST(Mesh, ThinLayersAndCirclesThatTouch) {
     }
 }
 
+// Where circles are tangent, their directions alone do not tell which way a piece goes around.
+TEST(Mesh, PiecesThatEndInCusps) {
+    for (const double angle : {258.3, 260.3}) {
+        const Point c = turned({20, 0}, angle * PI / 180);
+        const auto found =
+            areas_of(mesh_of(section_of({part_of("circle", {{"d", 60}}), part_of("circle", {{"d", 20}}, c),
+                                         part_of("rectangle", {{"h", 40}, {"b", 40}}, c + Point{-27.7, 11.4})})));
+        EXPECT_NEAR(found.at(2), 1600, 1e-6);
+    }
+}
+
 // A host may use Gmsh itself, before, between and after.
 TEST(Mesh, LeavesGmshAndTheLocaleToTheHost) {
     const Section s = section_of({part_of("circle", {{"d", 60}})});
