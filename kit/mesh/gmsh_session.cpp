@@ -13,7 +13,7 @@ struct Option {
     const char* name;
     double value;
 };
-// Those that come first say what is told of the others.
+// In this order, so that nothing is told of those that follow.
 constexpr Option OPTIONS[] = {{"General.Terminal", 0},
                               {"General.Verbosity", 0},
                               {"General.AbortOnError", 0},
