@@ -28,7 +28,7 @@ constexpr double MINSKEWSUM = 0.0001;
 // A change of ALPHA beyond this is a change of axes; what is not known of ALPHA beyond this is taken seriously.
 constexpr double SAMEAXES = 0.01, ANYAXES = 0.1;
 // By which a change of a plastic line may differ from a quarter of the one before.
-constexpr double REGULAR = 0.02;
+constexpr double REGULAR = 0.05;
 
 constexpr int on_warping[] = {VQ_SCY, VQ_SCZ, VQ_SCU,  VQ_SCV, VQ_GJ, VQ_GAY, VQ_GAZ, VQ_IW,
                               VQ_GAU, VQ_GAV, VQ_GAUV, VQ_IWS, VQ_WT, VQ_WR1, VQ_WR2};
@@ -90,7 +90,10 @@ void outline_slots(Work& w) {
 }
 
 void warping_slots(Work& w, const Falls& warped, bool triangles) {
-    for (const int slot : {VQ_GJ, VQ_IW, VQ_IWS}) set_slot(w, slot, warped, SOLVED * std::fabs(w.finest(slot)));
+    // Warping itself is better known than its gradients.
+    const Falls moments{warped.first, warped.second, warped.share / 2};
+    set_slot(w, VQ_GJ, warped, SOLVED * std::fabs(w.finest(VQ_GJ)));
+    for (const int slot : {VQ_IW, VQ_IWS}) set_slot(w, slot, moments, SOLVED * std::fabs(w.finest(slot)));
     for (const int slot : {VQ_GAY, VQ_GAZ}) set_slot(w, slot, warped, SOLVED * w.shear);
     for (const int slot : {VQ_SCY, VQ_SCZ}) set_slot(w, slot, warped, SOLVED * w.away);
     const double skew = w.radius * w.radius * std::sqrt(std::fabs(w.finest(VQ_EA) / w.finest(VQ_IW)));

@@ -208,14 +208,18 @@ Mesh mesh_of(const Section& section, double fineness) {
     Plane drawn = plane_of(section);
     const Point place = place_of(drawn);
     move(drawn, -1 * place);
-    const std::vector<bool> sharp = sharp_points(drawn, materials_of(section));
+    const std::vector<int> materials = materials_of(section);
+    const std::vector<bool> sharp = sharp_points(drawn, materials, SHARP);
+    const std::vector<bool> corners = sharp_points(drawn, materials, SMOOTH);
     for (int attempt = 1;; ++attempt) {
         Plane plane = drawn;
         const std::vector<Wall> walls = attempt % 2 == 1 ? cut_walls(plane, sharp) : std::vector<Wall>();
         std::vector<bool> all_sharp = sharp;
         all_sharp.resize(plane.points.size(), false);
         try {
-            return moved(meshed(section, plane, walls, all_sharp, fineness), place);
+            Mesh mesh = meshed(section, plane, walls, all_sharp, fineness);
+            mesh.has_corners = std::find(corners.begin(), corners.end(), true) != corners.end();
+            return moved(std::move(mesh), place);
         } catch (const Failed& failed) {
             if (attempt % 2 == 0) fineness *= 2;
             if (attempt < ATTEMPTS && failed.why.empty()) continue;

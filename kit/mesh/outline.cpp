@@ -87,7 +87,7 @@ Box box_of(const Face& face) {
 std::vector<Owned> faces_of(const Section& section) {
     std::vector<Owned> faces;
     for (std::size_t i = 0; i < section.parts.size(); ++i)
-        for (Face& face : faces_of(section, section.parts[i], place_of_part(section, i)))
+        for (Face& face : faces_of(section, section.parts[i], place_of_owner(section, i)))
             faces.push_back({std::move(face), static_cast<int>(i)});
     for (std::size_t i = 0; i < section.bars.size(); ++i)
         if (!section.bars[i].as_point)

@@ -213,10 +213,6 @@ std::string place_of_owner(const Section& s, std::size_t owner) {
     return owner < parts ? numbered("parts", owner) : place_of_bar(s, owner - parts);
 }
 
-std::string place_of_owner(const Section& s, std::size_t number) {
-    return number < s.parts.size() ? place_of_part(s, number) : place_of_bar(s, number - s.parts.size());
-}
-
 std::vector<Face> faces_of(const Section& section, const Part& part, const std::string& place) {
     std::vector<Face> faces = {part.face};
     if (!part.shape.empty()) {

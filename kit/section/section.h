@@ -97,7 +97,6 @@ struct Error : std::runtime_error {
 // Where a message is to say that a bar stands: in the file that was read, else in the section's own list. An owner is a
 // part, counted from 0, or behind all of them a bar.
 std::string place_of_bar(const Section& section, std::size_t number);
-std::string place_of_part(const Section& section, std::size_t number);
-std::string place_of_owner(const Section& section, std::size_t number);  // of parts, then bars, in one count
+std::string place_of_owner(const Section& section, std::size_t owner);
 
 }  // namespace velquor

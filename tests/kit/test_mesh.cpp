@@ -345,7 +345,7 @@ TEST(Analysis, BarsAsDiscsAndAsPoints) {
     s.bars.clear();
     const Analysis none = analyse(s);
     ASSERT_EQ(tiny.warping.size(), none.warping.size());
-    for (std::size_t i = 0; i < none.warping.size(); ++i) EXPECT_NEAR(tiny.warping[i], none.warping[i], 0.05) << i;
+    for (std::size_t i = 0; i < none.warping.size(); ++i) EXPECT_NEAR(tiny.warping[i], none.warping[i], 1e-3 * largest) << i;
 }
 
 // Bars take the place of what is around them, also where that is not the first part; near an arc they lie outside of
