@@ -1,5 +1,6 @@
 # Installation: the libraries, their headers, a CMake package, pkg-config files, the bindings, examples and licences, all
-# free to be moved as one tree. The component runtime is what a program needs to run.
+# free to be moved as one tree; and the kit with the command, where they are built. The component runtime is what a program
+# needs to run.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -30,6 +31,10 @@ foreach(file velquor.pc velquor-levels.pc)
   configure_file(cmake/${file}.in ${file} @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endforeach()
+
+if(TARGET velquor_kit)
+  include(cmake/install_kit.cmake)
+endif()
 
 # Licences and examples: each Debian package has a folder of its own for them.
 if(VQ_DEBIAN_PACKAGES)

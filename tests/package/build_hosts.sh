@@ -8,6 +8,7 @@ host=$(cd "$(dirname "$0")" && pwd)
 
 "$cmake" -S "$host" -B "$build" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 "$cmake" --build "$build" >/dev/null
+if grep -i gmsh "$build/CMakeCache.txt"; then echo "looked for without the kit" >&2 && exit 1; fi
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name velquor.pc)")
 export PKG_CONFIG_LIBDIR

@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Builds the example of the kit against the copy that is installed under a prefix, found by CMake and by pkg-config, and
+# runs it; compares it with the command of that copy, and looks at the schemas beside it.
+#   build_kit_host.sh <cmake> <prefix> <folder to build in>
+set -euo pipefail
+cmake=$1 prefix=$2 build=$3
+here=$(cd "$(dirname "$0")" && pwd)
+fail() { echo "$1" >&2 && exit 1; }
+expect() { [ "$2" = "$3" ] || fail "$1: $2, expected: $3"; }
+example=$(find "$prefix/share/doc" -name section.cpp)
+mkdir -p "$build"
+
+(cd "$prefix/include/velquor" && find kit -name '*.h' -printf '#include "%p"\n' | sort) >"$build/headers.cpp"
+# Each header finds what it includes, whichever comes first.
+sort -r "$build/headers.cpp" >"$build/headers_reversed.cpp"
+"$cmake" -S "$here/kit" -B "$build" -DCMAKE_PREFIX_PATH="$prefix" -DEXAMPLE="$example" \
+    -DHEADERS="$build/headers.cpp;$build/headers_reversed.cpp" >/dev/null
+"$cmake" --build "$build" >/dev/null
+
+PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name velquor-kit.pc)")
+libdir=$(dirname "$PKG_CONFIG_LIBDIR")
+export PKG_CONFIG_LIBDIR
+c++ -std=c++17 "$example" -o "$build/by_pkg_config" $(pkg-config --cflags --libs velquor-kit)
+
+told=$("$build/example")
+echo "$told"
+expect "built by pkg-config" "$(LD_LIBRARY_PATH=$libdir "$build/by_pkg_config")" "$told"
+[[ $told == "A = 53.8"* && $told == *$'\nIy = 8356'* ]] || fail "not the values of an IPE 300"
+"$prefix/bin/velquor" calc "IPE 300" --units cm --csv >/dev/null || fail "the command does not run"
+expect "the schema of sections" "$("$prefix/bin/velquor" schema)" "$(cat "$prefix/share/velquor/section.schema.json")"
+expect "the schema of results" "$("$prefix/bin/velquor" schema --result)" \
+    "$(cat "$prefix/share/velquor/result.schema.json")"
+
+# Without Gmsh there is no kit, and the message names what is missing.
+if told=$("$cmake" -S "$here/kit" -B "$build/without" -DCMAKE_PREFIX_PATH="$prefix" -DEXAMPLE="$example" \
+    -DHEADERS="$build/headers.cpp" -DVELQUOR_GMSH= -DCMAKE_FIND_LIBRARY_PREFIXES=none 2>&1); then
+    fail "found without Gmsh"
+fi
+grep -qF "libgmsh-dev" <<<"$told" || fail "$told"
