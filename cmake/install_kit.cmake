@@ -32,8 +32,11 @@ if(NOT VQ_DEBIAN_PACKAGES)
   set_property(TARGET velquor_tool PROPERTY INSTALL_RPATH $ORIGIN/${libraries})
 endif()
 set(result_schema ${PROJECT_BINARY_DIR}/result.schema.json)
-add_custom_command(OUTPUT ${result_schema} COMMAND velquor_tool schema --result > ${result_schema}
-  COMMENT "Writing the schema of results")
+# In the build tree of the Debian packages the second library does not find the first by itself.
+add_custom_command(OUTPUT ${result_schema}
+  COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=$<TARGET_FILE_DIR:velquor>
+    $<TARGET_FILE:velquor_tool> schema --result > ${result_schema}
+  DEPENDS velquor_tool COMMENT "Writing the schema of results")
 add_custom_target(velquor_result_schema ALL DEPENDS ${result_schema})
 install(FILES ${result_schema} DESTINATION ${CMAKE_INSTALL_DATADIR}/velquor COMPONENT tools)
 install(FILES kit/section/schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/velquor RENAME section.schema.json

@@ -25,6 +25,14 @@ configure fails "${without[@]}" -DVQ_BUILD_TESTS=ON
 expect "the unit tests were asked for, and need Debian's packages: libgtest-dev"
 expect "the sections of the validation were asked for, and need Debian's packages: nlohmann-json3-dev"
 
+# The kit.
+configure succeeds -DCMAKE_DISABLE_FIND_PACKAGE_valijson=ON -DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON -DCMAKE_IGNORE_PATH=/usr/include
+expect "the kit is left out, for want of Debian's packages: libvalijson-dev libcli11-dev libgmsh-dev"
+configure fails -DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON -DVQ_BUILD_KIT=ON
+expect "the kit was asked for, and needs Debian's packages: libcli11-dev"
+configure succeeds -DVQ_BUILD_KIT=OFF
+[[ $told != *"the kit"* ]] && ! grep -qi gmsh "$scratch/build/CMakeCache.txt" || fail "nothing is looked for that the kit needs"
+
 configure fails "-DCMAKE_IGNORE_PREFIX_PATH=/;/usr;/usr/local"
 expect "liblapack_pic.a, in Debian's package liblapack-dev"
 expect "libblas.a of the reference BLAS, in Debian's package libblas-dev"
