@@ -1,13 +1,24 @@
 """The pages quote what they say they quote: code, output, slot numbers; and their links lead somewhere.
 
-    check_pages.py <project folder> <folder of the example programs> <header>
+    check_pages.py <project folder> <folder of the example programs> <header> [<folder of the command velquor>]
+
+Blocks of the kind `console` show commands, each behind "$ ", and what these print: they are run, a page's one after the
+other in a folder of the page, in which stand the examples and the files that the page shows under their names
+(<!-- file beam.json -->). A line "..." stands for any lines. Words are compared; numbers, which depend on the mesh, to
+PRECISION; bounds and counts of nodes not at all.
 """
+import json
+import os
 import re
 import subprocess
 import sys
+import tempfile
 from pathlib import Path
 
+PRECISION = 2e-3
+
 root, programs, header = Path(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3]).read_text()
+tool = sys.argv[4] if len(sys.argv) > 4 else None  # without it no command is run, and no example of the kit
 pages = sorted([*root.glob("*.md"), *(root / "docs").glob("*.md")])
 faults = []
 
@@ -36,6 +47,79 @@ for example in ("first_call", "bounds"):
     output = subprocess.run([programs / example], capture_output=True, text=True, check=True).stdout
     expect(quotes(guide, f"the output of {example}") == [output.rstrip("\n")], f"{example} prints\n{output}")
     blocks += parts
+
+
+# Commands, and what they print.
+def alike(quoted, printed):
+    """Whether two lines are the same but for digits that depend on the mesh."""
+    varying = ((r"± *\S+|\bexact\b", "±"), (r"\d+ nodes, \d levels; bounds up to \S+ \(\w+\)", "nodes"),
+               (r'("bound"|"reached"|"nodes"|"elements"|"levels"): [^,]+', r"\1"), (r"bound of \S+", "bound"))
+    for pattern, instead in varying:
+        quoted, printed = re.sub(pattern, instead, quoted), re.sub(pattern, instead, printed)
+    words = quoted.split(), printed.split()
+    return len(words[0]) == len(words[1]) and all(a == b or near(a, b) for a, b in zip(*words))
+
+
+def near(a, b):
+    number = r"([-+]?\d+(?:\.\d+)?(?:e[-+]?\d+)?)([,%]*)"
+    a, b = re.fullmatch(number, a), re.fullmatch(number, b)
+    return bool(a and b) and a[2] == b[2] and abs(float(a[1]) - float(b[1])) <= PRECISION * abs(float(a[1]))
+
+
+def shows(quoted, printed):
+    if not quoted:
+        return not printed
+    if quoted[0].strip() == "...":
+        return any(shows(quoted[1:], printed[k:]) for k in range(len(printed) + 1))
+    return bool(printed) and alike(quoted[0], printed[0]) and shows(quoted[1:], printed[1:])
+
+
+def run(command, folder):
+    path = os.pathsep.join((tool, os.environ["PATH"]))
+    return subprocess.run(["bash", "-c", command], cwd=folder, env={**os.environ, "PATH": path}, encoding="utf-8",
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60).stdout.splitlines()
+
+
+commands = 0
+for page in pages if tool else ():
+    with tempfile.TemporaryDirectory() as folder:
+        (Path(folder) / "examples").symlink_to(root / "examples")
+        block = r"(?:<!-- file (\S+) -->\n)?```(json|console)\n(.*?)\n```"
+        for name, kind, text in re.findall(block, page.read_text(), re.DOTALL):
+            if name:
+                (Path(folder) / name).write_text(text + "\n")
+            elif kind == "console":
+                for part in re.split(r"^\$ ", text, flags=re.MULTILINE)[1:]:
+                    command, *quoted = part.rstrip("\n").split("\n")
+                    printed = run(command, folder)
+                    commands += 1
+                    expect(shows(quoted, printed), f"{page.name}: {command} prints\n" + "\n".join(printed))
+
+# The example of the kit.
+if tool:
+    example = (root / "examples/section.cpp").read_text().rstrip("\n")
+    for page in (root / "README.md", root / "docs/kit.md"):
+        blocks += quotes(page, "examples/section.cpp")
+        expect(quotes(page, "examples/section.cpp") == [example], f"{page.name}: not the whole of section.cpp")
+    output = subprocess.run([programs / "section_example"], capture_output=True, text=True, check=True).stdout
+    quoted, = quotes(page, "the output of section_example")
+    expect(shows(quoted.split("\n"), output.splitlines()), f"section.cpp prints\n{output}")
+
+# Every key of section files is in the page about them.
+schema = json.loads((root / "kit/section/schema.json").read_text())
+
+
+def keys_of(part):
+    for key, value in part.items():
+        if key == "properties":
+            yield from value
+        if isinstance(value, dict):
+            yield from keys_of(value)
+
+
+form = (root / "docs/section_file.md").read_text()
+for key in sorted(set(keys_of(schema))):
+    expect(f"`{key}`" in form, f"section_file.md: nothing of {key}")
 
 # Slots, property columns, modes and statuses as the header has them.
 value = {name: int(number) for name, number in re.findall(r"^    VQ_(\w+) = (\d+)", header, re.MULTILINE)}
@@ -78,5 +162,5 @@ expect(drawn == shown, f"drawings that no page shows, or that are missing: {sort
 
 for fault in faults:
     print(fault)
-print(f"{len(pages)} pages, {len(blocks)} quotes, {links} links, {len(rows)} numbers")
+print(f"{len(pages)} pages, {len(blocks)} quotes, {commands} commands, {links} links, {len(rows)} numbers")
 sys.exit(1 if faults else 0)

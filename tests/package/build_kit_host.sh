@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the example of the kit against the copy that is installed under a prefix, found by CMake and by pkg-config, and
-# runs it; compares it with the command of that copy, and looks at the schemas beside it.
+# Builds the example of the kit, and what the page about it shows, against the copy that is installed under a prefix, found
+# by CMake and by pkg-config, and runs them; compares the example with the command of that copy, and looks at the schemas beside it.
 #   build_kit_host.sh <cmake> <prefix> <folder to build in>
 set -euo pipefail
 cmake=$1 prefix=$2 build=$3
@@ -11,10 +11,16 @@ example=$(find "$prefix/share/doc" -name section.cpp)
 mkdir -p "$build"
 
 (cd "$prefix/include/velquor" && find kit -name '*.h' -printf '#include "%p"\n' | sort) >"$build/headers.cpp"
+{
+    printf '#include "%s"\n' kit/analysis/values.h kit/section/file.h
+    echo 'int main() {'
+    sed -n '/^<!-- built by/,/^```$/{/^<!--/d;/^```/d;p}' "$here/../../docs/kit.md"
+    echo 'return !(a.value[VQ_GJ] > 0 && a.bound[VQ_GJ] > 0); }'
+} >"$build/page.cpp"
 # Each header finds what it includes, whichever comes first.
 sort -r "$build/headers.cpp" >"$build/headers_reversed.cpp"
 "$cmake" -S "$here/kit" -B "$build" -DCMAKE_PREFIX_PATH="$prefix" -DEXAMPLE="$example" \
-    -DHEADERS="$build/headers.cpp;$build/headers_reversed.cpp" >/dev/null
+    -DPAGE="$build/page.cpp" -DHEADERS="$build/headers.cpp;$build/headers_reversed.cpp" >/dev/null
 "$cmake" --build "$build" >/dev/null
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name velquor-kit.pc)")
@@ -22,6 +28,7 @@ libdir=$(dirname "$PKG_CONFIG_LIBDIR")
 export PKG_CONFIG_LIBDIR
 c++ -std=c++17 "$example" -o "$build/by_pkg_config" $(pkg-config --cflags --libs velquor-kit)
 
+"$build/page" || fail "what the page shows does not run"
 told=$("$build/example")
 echo "$told"
 expect "built by pkg-config" "$(LD_LIBRARY_PATH=$libdir "$build/by_pkg_config")" "$told"
@@ -33,7 +40,7 @@ expect "the schema of results" "$("$prefix/bin/velquor" schema --result)" \
 
 # Without Gmsh there is no kit, and the message names what is missing.
 if told=$("$cmake" -S "$here/kit" -B "$build/without" -DCMAKE_PREFIX_PATH="$prefix" -DEXAMPLE="$example" \
-    -DHEADERS="$build/headers.cpp" -DVELQUOR_GMSH= -DCMAKE_FIND_LIBRARY_PREFIXES=none 2>&1); then
+    -DPAGE="$build/page.cpp" -DHEADERS="$build/headers.cpp" -DVELQUOR_GMSH= -DCMAKE_FIND_LIBRARY_PREFIXES=none 2>&1); then
     fail "found without Gmsh"
 fi
 grep -qF "libgmsh-dev" <<<"$told" || fail "$told"
