@@ -22,7 +22,7 @@ constexpr double PLASTICSTEP = 1e-9, PLASTICBALANCE = 1e-4;
 // Shares in bounds, found on random meshes: of the correction of stiffnesses, in warping constants and the shear
 // centre, in the sums of warping times distance; of the change of the largest stress between the levels before the
 // finest.
-constexpr double COARSE = 0.01, COARSESKEW = 0.2, MOVED = 1;
+constexpr double COARSE = 0.01, COARSESKEW = 0.15, MOVED = 1;
 // The sum of warping times distance, in the host's units, below which WR1 and WR2 are 0.
 constexpr double MINSKEWSUM = 0.0001;
 // A change of ALPHA beyond this is a change of axes; what is not known of ALPHA beyond this is taken seriously.

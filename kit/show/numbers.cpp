@@ -53,6 +53,7 @@ std::string bound_text(const Value& v) {
     if (!std::isfinite(v.bound)) return "?";
     if (v.bound <= EXACT * std::abs(v.value)) return "exact";
     int last = exponent_of(v.bound);
+    if (std::abs(v.value) > v.bound) last = std::max(last, exponent_of(v.value) - MOST_DIGITS + 1);
     const double unit = std::pow(10.0, last);
     const double up = std::ceil(v.bound / unit * (1 - 1e-12)) * unit;
     last = exponent_of(up * (1 + 1e-12));
