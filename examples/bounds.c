@@ -36,9 +36,9 @@ int main(void) {
               place_on_circle, NODES);
     if (STATUS != VQ_DONE) return 1;
     const double E = RESULT[VQ_EREF], G = RESULT[VQ_GREF];
-    printf("A   %9.2f mm2, within %.2g\n", RESULT[VQ_EA] / E, BOUNDS[VQ_EA] / E);
-    printf("I   %9.0f mm4, within %.2g\n", RESULT[VQ_I1] / E, BOUNDS[VQ_I1] / E);
-    printf("It  %9.0f mm4, within %.2g\n", RESULT[VQ_GJ] / G, BOUNDS[VQ_GJ] / G);
-    printf("As  %9.2f mm2, within %.2g\n", RESULT[VQ_GAY] / G, BOUNDS[VQ_GAY] / G);
+    printf("A   %9.2f mm2, within %.3f\n", RESULT[VQ_EA] / E, BOUNDS[VQ_EA] / E);
+    printf("I   %9.0f mm4, within %.0f\n", RESULT[VQ_I1] / E, BOUNDS[VQ_I1] / E);
+    printf("It  %9.0f mm4, within %.0f\n", RESULT[VQ_GJ] / G, BOUNDS[VQ_GJ] / G);
+    printf("As  %9.2f mm2, within %.2f\n", RESULT[VQ_GAY] / G, BOUNDS[VQ_GAY] / G);
     return 0;
 }

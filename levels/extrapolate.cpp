@@ -22,7 +22,7 @@ constexpr double PLASTICSTEP = 1e-9, PLASTICBALANCE = 1e-4;
 // Shares in bounds, found on random meshes: of the correction of stiffnesses, in warping constants and the shear
 // centre, in the sums of warping times distance; of the change of the largest stress between the levels before the
 // finest.
-constexpr double COARSE = 0.01, COARSESKEW = 0.15, MOVED = 1;
+constexpr double COARSE = 0.01, COARSESKEW = 0.18, MOVED = 1;
 // The sum of warping times distance, in the host's units, below which WR1 and WR2 are 0.
 constexpr double MINSKEWSUM = 0.0001;
 // A change of ALPHA beyond this is a change of axes; what is not known of ALPHA beyond this is taken seriously.
@@ -91,7 +91,7 @@ void outline_slots(Work& w) {
 
 void warping_slots(Work& w, const Falls& warped, bool triangles) {
     // Warping itself is better known than its gradients.
-    const Falls moments{warped.first, warped.second, warped.share / 2};
+    const Falls moments{warped.first, warped.second, 0.4 * warped.share};
     set_slot(w, VQ_GJ, warped, SOLVED * std::fabs(w.finest(VQ_GJ)));
     for (const int slot : {VQ_IW, VQ_IWS}) set_slot(w, slot, moments, SOLVED * std::fabs(w.finest(slot)));
     for (const int slot : {VQ_GAY, VQ_GAZ}) set_slot(w, slot, warped, SOLVED * w.shear);

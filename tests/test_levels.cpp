@@ -124,7 +124,7 @@ TEST(Levels, ValuesOfARectangleAreExactWithinTheirBounds) {
                 SCOPED_TRACE(slot);
                 EXPECT_NEAR(three.slots[slot], value, share * value);
                 EXPECT_NEAR(three.slots[slot], value, three.bounds[slot]);
-                EXPECT_LT(three.bounds[slot], 0.25 * value);  // the corner stress of a coarse mesh
+                EXPECT_LT(three.bounds[slot], 0.3 * value);  // the corner stress of a coarse mesh
                 EXPECT_GT(three.bounds[slot], 0);
             }
             EXPECT_NEAR(largest_tau(three, 0), tau, 0.03 * tau);

@@ -13,7 +13,7 @@ namespace velquor {
 namespace {
 
 constexpr double LAYERS = 2;   // of elements through the thickness, at least
-constexpr double COMPACT = 6;  // elements along the side of a square of the section's area, at least
+constexpr double COMPACT = 8;  // elements along the side of a square of the section's area, at least
 // Length over width of a wall's elements, away from its ends. Oblongs make the torsional stiffness of the library wrong
 // by the square of their length over that of the wall's thickness: little where the wall is one of a closed cell.
 constexpr double STRETCH = 1, STRETCH_OF_CELL = 4;
