@@ -19,7 +19,8 @@ struct Falls {
 
 // Errors of the second and the fourth order: of what rests on warping, of lines that cut elements, of integrals over
 // smooth outlines, and of what is made of several of these. Shares are from random meshes (docs/levels.md).
-constexpr Falls SMOOTH{4, 16, 0.08}, CUT{4, 16, 0.2}, OUTLINE{4, 16, 2.5e-4, 12}, MIXED{4, 16, 1.2e-3, 45};
+constexpr Falls SMOOTH{4, 16, 0.08}, CUT{4, 16, 0.2}, OUTLINE{4, 16, 1.5e-4, 12}, MIXED{4, 16, 1.2e-3, 60},
+    PLASTIC{4, 16, 4e-4, 60};
 
 // From the values of `count` levels, the finest last; those before one that is not finite do not count. The bound is at
 // least `floor`, and infinite where a single value is left.

@@ -28,7 +28,7 @@ constexpr double MINSKEWSUM = 0.0001;
 // A change of ALPHA beyond this is a change of axes; what is not known of ALPHA beyond this is taken seriously.
 constexpr double SAMEAXES = 0.01, ANYAXES = 0.1;
 // By which a change of a plastic line may differ from a quarter of the one before.
-constexpr double REGULAR = 0.05;
+constexpr double REGULAR = 0.04;
 
 constexpr int on_warping[] = {VQ_SCY, VQ_SCZ, VQ_SCU,  VQ_SCV, VQ_GJ, VQ_GAY, VQ_GAZ, VQ_IW,
                               VQ_GAU, VQ_GAV, VQ_GAUV, VQ_IWS, VQ_WT, VQ_WR1, VQ_WR2};
@@ -196,7 +196,7 @@ Direction principal_slots(Work& w, const Falls& warped, double& swing) {
             const auto [a, b] = direction(of);
             return along_z ? a * of[VQ_COUP2] - b * of[VQ_COUP1] : a * of[VQ_COUP1] + b * of[VQ_COUP2];
         };
-        return estimate_of(w, component, OUTLINE, EXACT * (w.radius + FAR * w.away));
+        return estimate_of(w, component, MIXED, EXACT * (w.radius + FAR * w.away));
     };
     set_pair(VQ_COUP2, VQ_COUP1, centre(true), centre(false));
     return to;
@@ -246,7 +246,7 @@ void plastic_slots(Work& w, const Direction& to, double swing) {
             // Lines come in the order 1, 2, -1, -2 of directions, what belongs to them as 2, 1, -2, -1.
             const int line = frame + ((slot - frame) % 4 ^ 1), used = principal ? std::max(alike, 1) : w.count();
             const bool series = slot >= frame + 4 && moves_regularly(w, line, step, used);
-            set_slot(w, slot, series ? MIXED : slot < frame + 4 ? CUT : SMOOTH, stopped + SOLVED * size, used);
+            set_slot(w, slot, series ? PLASTIC : slot < frame + 4 ? CUT : SMOOTH, stopped + SOLVED * size, used);
             if (principal) w.bound(slot) += swing * size;
         }
     }

@@ -1,5 +1,6 @@
 #include "kit/mesh/gmsh_session.h"
 
+#include <dlfcn.h>
 #include <gmsh.h>
 
 #include <clocale>
@@ -45,8 +46,22 @@ bool is_running() {
     return terminal >= 0;
 }
 
+// Told of having read its preferences, the toolkit of Gmsh's windows leaves them alone. Else it would make files of its
+// own in the user's home, and as root in /etc.
+struct NoPreferences {
+    unsigned char* const read = static_cast<unsigned char*>(dlsym(RTLD_DEFAULT, "_ZN2Fl13options_read_E"));
+    const unsigned char before = read != nullptr ? *read : 1;
+    NoPreferences() {
+        if (read != nullptr) *read = 1;
+    }
+    ~NoPreferences() {
+        if (read != nullptr) *read = before;
+    }
+};
+
 // Gmsh then stays: a start takes as long as a mesh.
 void start() {
+    const NoPreferences alone;
     const std::string locale = std::setlocale(LC_ALL, nullptr);
     gmsh::initialize(0, nullptr, false);     // reads no settings of the user's
     std::setlocale(LC_ALL, locale.c_str());  // takes the environment's

@@ -180,6 +180,11 @@ class Forms(unittest.TestCase):
                 self.assertEqual(run("calc", "IPE 300", *form).stdout, run("calc", "IPE 300", *form, env=german).stdout)
             self.assertEqual(run("calc", "--shape", "circle", "--d", "2.5", env=german).returncode, 0)
 
+    def test_nothing_is_written_into_the_home_folder(self):
+        with tempfile.TemporaryDirectory() as home:
+            self.assertEqual(run("calc", "IPE 300", env={**os.environ, "HOME": home}).returncode, 0)
+            self.assertEqual(os.listdir(home), [])
+
     def test_columns_of_the_table(self):
         self.assertEqual(run("calc", "--columns", "Iy,shape_y", "--units", "cm", "IPE 300", "UPN 200").stdout.split()[:6],
                          ["Iy", "αpl,y", "cm⁴", "IPE", "300", "8356.109"])
