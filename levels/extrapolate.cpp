@@ -22,13 +22,13 @@ constexpr double PLASTICSTEP = 1e-9, PLASTICBALANCE = 1e-4;
 // Shares in bounds, found on random meshes: of the correction of stiffnesses, in warping constants and the shear
 // centre, in the sums of warping times distance; of the change of the largest stress between the levels before the
 // finest.
-constexpr double COARSE = 0.01, COARSESKEW = 0.18, MOVED = 1;
+constexpr double COARSE = 0.006, COARSESKEW = 0.18, MOVED = 1;
 // The sum of warping times distance, in the host's units, below which WR1 and WR2 are 0.
 constexpr double MINSKEWSUM = 0.0001;
 // A change of ALPHA beyond this is a change of axes; what is not known of ALPHA beyond this is taken seriously.
 constexpr double SAMEAXES = 0.01, ANYAXES = 0.1;
 // By which a change of a plastic line may differ from a quarter of the one before.
-constexpr double REGULAR = 0.04;
+constexpr double REGULAR = 0.05;
 
 constexpr int on_warping[] = {VQ_SCY, VQ_SCZ, VQ_SCU,  VQ_SCV, VQ_GJ, VQ_GAY, VQ_GAZ, VQ_IW,
                               VQ_GAU, VQ_GAV, VQ_GAUV, VQ_IWS, VQ_WT, VQ_WR1, VQ_WR2};
@@ -81,7 +81,7 @@ void set_slot(Work& w, int slot, const Falls& falls, double floor, int used = VQ
 void outline_slots(Work& w) {
     for (const int slot : {VQ_EA, VQ_ANET, VQ_WEIGHT})
         set_slot(w, slot, OUTLINE, EXACT * (1 + FAR * w.away / w.radius) * std::fabs(w.finest(slot)));
-    for (const int slot : {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}) set_slot(w, slot, OUTLINE, EXACT * w.moments);
+    for (const int slot : {VQ_IYY, VQ_IZZ, VQ_DYZ, VQ_I1, VQ_I2}) set_slot(w, slot, MOMENTS, EXACT * w.moments);
     for (const int slot : {VQ_YC, VQ_ZC}) set_slot(w, slot, OUTLINE, EXACT * (w.radius + FAR * w.away));
     for (const auto& [slot, moment] : {std::pair{VQ_RY, VQ_IYY}, {VQ_RZ, VQ_IZZ}})
         set_slot(w, slot, MIXED,
@@ -91,7 +91,7 @@ void outline_slots(Work& w) {
 
 void warping_slots(Work& w, const Falls& warped, bool triangles) {
     // Warping itself is better known than its gradients.
-    const Falls moments{warped.first, warped.second, 0.4 * warped.share};
+    const Falls moments{warped.first, warped.second, 0.15 * warped.share};
     set_slot(w, VQ_GJ, warped, SOLVED * std::fabs(w.finest(VQ_GJ)));
     for (const int slot : {VQ_IW, VQ_IWS}) set_slot(w, slot, moments, SOLVED * std::fabs(w.finest(slot)));
     for (const int slot : {VQ_GAY, VQ_GAZ}) set_slot(w, slot, warped, SOLVED * w.shear);
@@ -148,7 +148,7 @@ Direction turned(const Direction& from, double angle) {
 
 // `swing` becomes what is not known of ALPHA.
 Direction principal_slots(Work& w, const Falls& warped, double& swing) {
-    set_slot(w, VQ_ALPHA, OUTLINE, EXACT * w.moments / std::fabs(w.finest(VQ_I1) - w.finest(VQ_I2)));
+    set_slot(w, VQ_ALPHA, MOMENTS, EXACT * w.moments / std::fabs(w.finest(VQ_I1) - w.finest(VQ_I2)));
     // Axes whose moments differ by little more than what is not known of them are as good as any.
     const double unknown = std::max(w.bound(VQ_IYY), w.bound(VQ_IZZ)) + w.bound(VQ_DYZ);
     const double any = unknown / std::fabs(w.finest(VQ_I1) - w.finest(VQ_I2));
@@ -196,7 +196,7 @@ Direction principal_slots(Work& w, const Falls& warped, double& swing) {
             const auto [a, b] = direction(of);
             return along_z ? a * of[VQ_COUP2] - b * of[VQ_COUP1] : a * of[VQ_COUP1] + b * of[VQ_COUP2];
         };
-        return estimate_of(w, component, MIXED, EXACT * (w.radius + FAR * w.away));
+        return estimate_of(w, component, MOMENTS, EXACT * (w.radius + FAR * w.away));
     };
     set_pair(VQ_COUP2, VQ_COUP1, centre(true), centre(false));
     return to;
@@ -246,7 +246,7 @@ void plastic_slots(Work& w, const Direction& to, double swing) {
             // Lines come in the order 1, 2, -1, -2 of directions, what belongs to them as 2, 1, -2, -1.
             const int line = frame + ((slot - frame) % 4 ^ 1), used = principal ? std::max(alike, 1) : w.count();
             const bool series = slot >= frame + 4 && moves_regularly(w, line, step, used);
-            set_slot(w, slot, series ? PLASTIC : slot < frame + 4 ? CUT : SMOOTH, stopped + SOLVED * size, used);
+            set_slot(w, slot, series ? MIXED : slot < frame + 4 ? CUT : SMOOTH, stopped + SOLVED * size, used);
             if (principal) w.bound(slot) += swing * size;
         }
     }

@@ -23,9 +23,8 @@ constexpr double MOST_TURN = PI / 4;  // of an arc in one element
 constexpr int MANY = 500;             // curves, from which the thickness at the middle of short ones is enough
 constexpr int MOST_CURVES = 4000;     // that can be meshed in seconds
 constexpr double THINNEST = 5e-7;     // over the length of all curves: thinner pieces are beyond the mesher
-constexpr double MOST_IN_FILLET = PI / 8;
-constexpr double MOST_ALONG = 4000;  // elements along all curves, up to which sizes may go down
-constexpr double MOST_ACROSS = 300;  // elements along the side of the same square, up to which they are wished for
+constexpr double MOST_ALONG = 4000;   // elements along all curves, up to which sizes may go down
+constexpr double MOST_ACROSS = 300;   // elements along the side of the same square, up to which they are wished for
 
 struct Source {
     Point at;
@@ -120,12 +119,8 @@ std::vector<double> reversed(std::vector<double> shares) {
     return shares;
 }
 
-// Elements along an arc, at least; more where it is a fillet, at which the largest stresses are.
 int turns(const Plane& plane, Side side) {
-    const Side inside = owner_of(plane, side) != OUTSIDE ? side : -side;
-    const bool fillet = owner_of(plane, -inside) == OUTSIDE && sweep_of(plane, inside) < 0;
-    const double most = fillet ? MOST_IN_FILLET : MOST_TURN;
-    return std::max(1, static_cast<int>(std::ceil(std::abs(sweep_of(plane, side)) / most - 1e-6)));
+    return std::max(1, static_cast<int>(std::ceil(std::abs(sweep_of(plane, side)) / MOST_TURN - 1e-6)));
 }
 
 // Of every point on the outline the number of its closed line, so that the two sides of a cell's wall differ.
