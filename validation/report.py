@@ -2,7 +2,8 @@
 """Writes docs/validation.md, and its plots, from a run of the validation.
 
     report.py RUNNER                writes the page and, with matplotlib, the plots in docs/drawings
-    report.py --check RUNNER        fails where the page is not what a run gives; plots are left alone
+    report.py --check RUNNER        fails where the page is not what a run gives; plots and what rests on meshes of the
+                                    kit are left alone
 
 The text around the tables is page.md. A line there that starts with @ stands for a part of the page:
 
@@ -243,6 +244,22 @@ def draw(name, curves):
     path.write_text("\n".join(line.rstrip() for line in path.read_text().splitlines()) + "\n")
 
 
+def settled(text):
+    """Without what rests on the kit's meshes, which the last bits of a machine's C library may change: values from
+    outlines are judged by the tests of their sections."""
+    text = re.sub(r"; from the outline \d+ nodes, \d+ elements, \d+ levels", "", text)
+    lines, columns = [], None
+    for line in text.splitlines():
+        cells = line.split("|")
+        if not line.startswith("|"):
+            columns = None
+        elif columns is None:
+            at = [i for i, cell in enumerate(cells) if cell.strip() == "from the outline"]
+            columns = [at[0], at[0] + 1] if at else []
+        lines.append("|".join(cell for i, cell in enumerate(cells) if not columns or i not in columns))
+    return lines
+
+
 def main():
     check = sys.argv[1:2] == ["--check"]
     runner = sys.argv[-1]
@@ -250,9 +267,9 @@ def main():
     target = DOCS / "validation.md"
     if check:
         old = target.read_text()
-        for line in difflib.unified_diff(old.splitlines(), text.splitlines(), "committed", "this run", lineterm=""):
-            print(line)
-        if old != text:
+        differences = list(difflib.unified_diff(settled(old), settled(text), "committed", "this run", lineterm=""))
+        print("\n".join(differences))
+        if differences:
             sys.exit("docs/validation.md is not what this run gives: ./run docs writes it anew")
         return
     (DOCS / "drawings").mkdir(exist_ok=True)
