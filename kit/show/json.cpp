@@ -18,6 +18,7 @@ ordered_json json_of(const Entry& entry, const std::string& length, const std::s
     json["value"] = entry.given ? number(entry.value.value) : nullptr;
     json["bound"] = entry.given ? number(entry.value.bound) : nullptr;
     json["unit"] = unit_of(*entry.quantity, length, force);
+    if (*entry.quantity->slots != '\0') json["slots"] = entry.quantity->slots;
     if (!entry.reason.empty()) json["reason"] = entry.reason;
     return json;
 }
