@@ -21,7 +21,7 @@ struct Falls {
 // centres of smooth outlines, of second moments, and of what is made of several. Shares are from random meshes
 // (docs/levels.md).
 constexpr Falls SMOOTH{4, 16, 0.08}, CUT{4, 16, 0.2};
-constexpr Falls OUTLINE{4, 16, 1e-4, 10}, MOMENTS{4, 16, 3.5e-4, 12}, MIXED{4, 16, 1.2e-3, 50};
+constexpr Falls OUTLINE{4, 16, 8e-5, 10}, MOMENTS{4, 16, 3.5e-4, 10}, MIXED{4, 16, 1.2e-3, 45};
 
 // From the values of `count` levels, the finest last; those before one that is not finite do not count. The bound is at
 // least `floor`, and infinite where a single value is left.

@@ -91,7 +91,7 @@ void outline_slots(Work& w) {
 
 void warping_slots(Work& w, const Falls& warped, bool triangles) {
     // Warping itself is better known than its gradients.
-    const Falls moments{warped.first, warped.second, 0.1 * warped.share};
+    const Falls moments{warped.first, warped.second, 0.13 * warped.share};
     set_slot(w, VQ_GJ, warped, SOLVED * std::fabs(w.finest(VQ_GJ)));
     for (const int slot : {VQ_IW, VQ_IWS}) set_slot(w, slot, moments, SOLVED * std::fabs(w.finest(slot)));
     for (const int slot : {VQ_GAY, VQ_GAZ}) set_slot(w, slot, warped, SOLVED * w.shear);
