@@ -80,7 +80,7 @@ std::vector<Row> error_rows(const std::vector<Beside>& all, std::vector<Value>& 
 std::vector<Row> bound_rows(const std::vector<Beside>& outlines, int sections, std::vector<Value>& seen) {
     Tally validation, random;
     for (const Beside& outline : outlines) add(validation, outline.values, seen);
-    // Other outlines than those by which the shares in the bounds were chosen, seeds 1 to 200.
+    // Other outlines than seeds 1 to 200, by which the shares in the bounds were chosen.
     for (int seed = 1001; seed <= 1000 + sections; ++seed)
         add(random, beside_reference({random_section(static_cast<std::uint64_t>(seed))}).values, seen);
     std::vector<double> kinds[3];
