@@ -63,7 +63,7 @@ void measure(Analysis& a, double wished) {
 
 }  // namespace
 
-Analysis analyse(const Section& section, const Mesh& mesh, int levels) {
+Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stresses) {
     Tables t = tables_of(section, mesh);
     Analysis a;
     a.mesh = mesh;
@@ -99,18 +99,19 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels) {
     if (mesh.has_corners) a.bound[VQ_WT] = std::numeric_limits<double>::infinity();
     without_warping(a);
     measure(a, section.wishes.accuracy);
+    (void)stresses;
     return a;
 }
 
-Analysis analyse(const Section& section, std::int64_t most_nodes) {
+Analysis analyse(const Section& section, const Effort& effort) {
     const Mesh mesh = mesh_of(section);
     int levels = section.wishes.levels;
-    Analysis a = analyse(section, mesh, levels);
+    Analysis a = analyse(section, mesh, levels, effort.stresses);
     while (!a.met && a.levels == levels && levels < VQ_MAXLEVELS) {
         // The finest has some four times the nodes of the one before.
         const std::int64_t nodes = static_cast<std::int64_t>(mesh.nodes.size()) << (2 * levels);
-        if (nodes > most_nodes) break;
-        a = analyse(section, mesh, ++levels);
+        if (nodes > effort.most_nodes) break;
+        a = analyse(section, mesh, ++levels, effort.stresses);
     }
     return a;
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kit/analysis/slots.h"
+#include "kit/analysis/stresses.h"
 #include "kit/mesh/mesh.h"
 #include "velquor_levels.h"
 
@@ -25,6 +26,7 @@ struct Analysis {
     double reached = 0;               // the largest bound, relative to its value's natural size; without WT
     int worst = 0;                    // the slot that has it
     bool met = false;                 // it is within the wished accuracy
+    Field field;                      // stresses at the nodes, where they were asked for
 };
 
 struct Unsolved : Error {
@@ -34,10 +36,13 @@ struct Unsolved : Error {
 // Calculates a checked section. Where the wished accuracy is not met by the wished number of levels, takes further
 // levels as long as the finest has at most this number of nodes. Throws Error where the section cannot be meshed or is
 // refused, Unsolved where there is no solution.
-constexpr std::int64_t MOST_NODES = 300000;
-Analysis analyse(const Section& section, std::int64_t most_nodes = MOST_NODES);
+struct Effort {
+    bool stresses = false;  // fills Analysis::field
+    std::int64_t most_nodes = 300000;
+};
+Analysis analyse(const Section& section, const Effort& effort = {});
 
 // The same on a mesh that stands, with this number of levels alone.
-Analysis analyse(const Section& section, const Mesh& mesh, int levels);
+Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stresses = false);
 
 }  // namespace velquor

@@ -75,12 +75,22 @@ struct Wishes {
     double size = 0;  // of the coarsest elements; 0: from the walls' thickness
 };
 
+// Forces on the section. N acts at the centroid and is positive in tension; My and Mz turn about the host's axes there,
+// as vectors along +Y and +Z by the right-hand rule: My pulls at +Z, Mz presses at +Y. Vy and Vz act along these axes
+// through the shear centre, about which T turns from Y to Z: the part of the torque that free twist carries, beside Tw,
+// that of warping shear. B is the bimoment, the sum of axial stress times warping.
+struct Load {
+    std::string name;
+    double N = 0, My = 0, Mz = 0, Vy = 0, Vz = 0, T = 0, Tw = 0, B = 0;  // in the section's units
+};
+
 struct Section {
     std::string name;
     std::string length = "mm", force = "N";
     std::vector<Material> materials;
     std::vector<Part> parts;  // a later part replaces what it covers of those before it
     std::vector<Bar> bars;
+    std::vector<Load> loads;
     Wishes wishes;
 };
 

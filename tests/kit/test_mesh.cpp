@@ -266,7 +266,7 @@ TEST(Analysis, ClosedFormulasWithinTheBounds) {
 TEST(Analysis, LevelsGoOnUntilTheWishIsMet) {
     Section s = section_of({part_of("channel", {{"h", 100}, {"b", 50}, {"tw", 6}, {"tf", 8}, {"r", 8}})});
     s.wishes.accuracy = 1e-4;
-    const Analysis fine = analyse(s), stopped = analyse(s, 5000);
+    const Analysis fine = analyse(s), stopped = analyse(s, {false, 5000});
     EXPECT_TRUE(fine.met);
     EXPECT_GT(fine.levels, 3);
     EXPECT_LE(fine.reached, 1e-4);

@@ -1,0 +1,42 @@
+// What a load set does to a section: the largest stresses of each material, where they are, and how much of the
+// strength they use.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "kit/analysis/analysis.h"
+
+namespace velquor {
+
+// The largest of a kind, and where. At sharp re-entrant corners shear stresses have no limit: `unlimited` says that
+// they do not and `corner` at which corner; value and place are then those of the largest elsewhere.
+struct Peak {
+    double value = 0;
+    Point at;
+    bool unlimited = false;
+    Point corner;
+};
+
+struct MaterialStresses {
+    std::string material;
+    Peak tension, compression;  // the largest and the smallest axial stress, with its sign
+    Peak shear, von_mises;      // amounts
+    // Of equal strengths von Mises' stress over the strength, of others the greater of both principal stresses over
+    // theirs; `has_strength` false where none is known.
+    bool has_strength = false;
+    Peak utilisation;
+};
+
+struct LoadResult {
+    Load load;
+    std::vector<Stress> stresses;             // at the spots of Analysis::field
+    std::vector<double> bars;                 // axial stress in bars that are points
+    std::vector<MaterialStresses> materials;  // in the order of the section's list, those that the mesh has
+    Load resultants;                          // of the recovered stresses over the finest mesh, and of the bars
+};
+
+// Of an analysis with stresses, in the section's units. Does not fail.
+LoadResult result_of(const Section& section, const Analysis& analysis, const Load& load);
+
+}  // namespace velquor
