@@ -23,7 +23,7 @@ endfunction()
 
 vq_static_library(velquor OUTPUT velquor NAMES vq_velquor
   ARCHIVES ${VQ_LAPACK_ARCHIVE} ${VQ_BLAS_ARCHIVE} ${VQ_AMD_ARCHIVE})
-vq_static_library(velquor_levels OUTPUT velquor-levels NAMES vq_levels vq_check vq_reason)
+vq_static_library(velquor_levels OUTPUT velquor-levels NAMES vq_levels vq_levels_watched vq_check vq_reason)
 
 # By name, so that a host without C++ can link them: the runtime of the compiler that built the libraries.
 set(interface_libraries ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})

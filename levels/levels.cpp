@@ -139,9 +139,14 @@ struct Run {
     std::vector<std::int8_t> exponent;  // (NNODES)  see sharp.h
 };
 
+struct Watcher {
+    vq_watch watch;
+    void* watcher;
+};
+
 // One level's results are added to the run, or its status is set.
 void run_level(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, double mode, int level, bool alone,
-               Tables& mesh, Mesh& owned, std::vector<VYZTUZE_INFO>& bars, Run& run) {
+               Tables& mesh, Mesh& owned, std::vector<VYZTUZE_INFO>& bars, const Watcher& watcher, Run& run) {
     Call call;
     run.status = solve(mesh, NGROUPS, mode, bars, call);
     if (run.status == VQ_DONE && has_axis_in_trap(call.slots) && bars.size() == static_cast<std::size_t>(NPOINTS)) {
@@ -156,10 +161,13 @@ void run_level(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, d
     std::vector<std::int8_t> exponent = alone || level > 0 ? exponents(host, mesh, level) : std::vector<std::int8_t>();
     run.levels.push_back(at_host(host, NPOINTS, level, mesh, call, bars, mode, alone));
     run.exponent = std::move(exponent);
+    if (watcher.watch)
+        watcher.watch(watcher.watcher, mesh.NODES, mesh.NNODES, mesh.ELEMENTS, mesh.NELEMS, mesh.PROPS,
+                      call.slots.data(), call.nodeout.get(), call.elemout.get());
 }
 
 Run run_levels(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, const VYZTUZE_INFO* POINTS, double mode,
-               int wanted, vq_place place, void* context) {
+               int wanted, vq_place place, void* context, const Watcher& watcher) {
     Run run;
     try {
         run.levels.reserve(static_cast<std::size_t>(wanted));
@@ -176,7 +184,7 @@ Run run_levels(const Tables& host, std::int32_t NGROUPS, std::int32_t NPOINTS, c
                 for (VYZTUZE_INFO& bar : bars)
                     if (takes_part(bar)) bar.ELEMENT = part_with(mesh, bar.ELEMENT, mesh.y(bar.NODE), mesh.z(bar.NODE));
             }
-            run_level(host, NGROUPS, NPOINTS, mode, level, wanted == 1, mesh, owned, bars, run);
+            run_level(host, NGROUPS, NPOINTS, mode, level, wanted == 1, mesh, owned, bars, watcher, run);
             if (run.status != VQ_DONE) break;
         }
     } catch (...) {
@@ -202,6 +210,15 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
                           std::int32_t NELEMS, const double* PROPS, std::int32_t NPOINTS, VYZTUZE_INFO* POINTS,
                           double* RESULT, double* NODEOUT, double* ELEMOUT, std::int32_t* LEVELS, double* BOUNDS,
                           std::int32_t* SHARP, vq_place place, void* context) {
+    vq_levels_watched(STATUS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, NPOINTS, POINTS, RESULT, NODEOUT, ELEMOUT, LEVELS,
+                      BOUNDS, SHARP, place, context, nullptr, nullptr);
+}
+
+extern "C" void vq_levels_watched(std::int32_t* STATUS, const double* NODES, std::int32_t NNODES,
+                                  const std::int32_t* ELEMENTS, std::int32_t NELEMS, const double* PROPS,
+                                  std::int32_t NPOINTS, VYZTUZE_INFO* POINTS, double* RESULT, double* NODEOUT,
+                                  double* ELEMOUT, std::int32_t* LEVELS, double* BOUNDS, std::int32_t* SHARP,
+                                  vq_place place, void* context, vq_watch watch, void* watcher) {
     using namespace levels;
     if (!STATUS) return;
     const std::int32_t NGROUPS = *STATUS, wanted = LEVELS ? *LEVELS : 0;
@@ -215,7 +232,8 @@ extern "C" void vq_levels(std::int32_t* STATUS, const double* NODES, std::int32_
 
     const ThreadState state;
     const Tables host{NODES, NNODES, ELEMENTS, NELEMS, PROPS};
-    Run run = run_levels(host, NGROUPS, NPOINTS, POINTS, RESULT[VQ_MODE_SLOT], wanted, place, context);
+    Run run =
+        run_levels(host, NGROUPS, NPOINTS, POINTS, RESULT[VQ_MODE_SLOT], wanted, place, context, {watch, watcher});
     const std::int32_t good = static_cast<std::int32_t>(run.levels.size());
     *LEVELS = good;
     if (good < std::min(wanted, 2)) {

@@ -71,6 +71,20 @@ VQ_LEVELS_EXPORT void vq_levels(int32_t* STATUS, const double* NODES, int32_t NN
                                 double* RESULT, double* NODEOUT, double* ELEMOUT, int32_t* LEVELS, double* BOUNDS,
                                 int32_t* SHARP, vq_place place, void* context);
 
+/* Looks at a level that went well: the host's own mesh first, with its tables as vq_velquor took them and what came out
+ * of that call. A level's nodes begin with those of the level before; element e, counted from 0, became the elements
+ * 4 e to 4 e + 3, of which part k holds corner k in the same place among its own, the last part of a triangle its
+ * middle. Tables live until it returns, and it must return: no exception, no longjmp. */
+typedef void (*vq_watch)(void* watcher, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS, int32_t NELEMS,
+                         const double* PROPS, const double* RESULT, const double* NODEOUT, const double* ELEMOUT);
+
+/* vq_levels, with somebody who looks on; watch may be null. */
+VQ_LEVELS_EXPORT void vq_levels_watched(int32_t* STATUS, const double* NODES, int32_t NNODES, const int32_t* ELEMENTS,
+                                        int32_t NELEMS, const double* PROPS, int32_t NPOINTS, VYZTUZE_INFO* POINTS,
+                                        double* RESULT, double* NODEOUT, double* ELEMOUT, int32_t* LEVELS,
+                                        double* BOUNDS, int32_t* SHARP, vq_place place, void* context, vq_watch watch,
+                                        void* watcher);
+
 /* Where a finding lies, in this order. */
 enum { VQ_IN_CALL = 0, VQ_IN_NODES = 1, VQ_IN_ELEMENTS = 2, VQ_IN_PROPS = 3, VQ_IN_POINTS = 4 };
 /* What comes of it. */

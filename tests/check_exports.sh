@@ -13,5 +13,5 @@ check() {
     [ "$imported" = "$3" ]
 }
 check "$1" vq_velquor ""
-check "$2" "vq_check vq_levels vq_reason" vq_velquor
+check "$2" "vq_check vq_levels vq_levels_watched vq_reason" vq_velquor
 ! nm -D --undefined-only "$1" | grep -Ew 'a?(sin|cos|tan)h?|atan2|sincos|exp(2|10|m1)?|log(2|10|1p)?|pow|cbrt|hypot'

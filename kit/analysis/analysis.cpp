@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "kit/analysis/check.h"
+#include "kit/analysis/recovery.h"
 #include "kit/analysis/tables.h"
 #include "kit/section/vectors.h"
 
@@ -73,9 +74,12 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stre
     a.value[VQ_MODE_SLOT] = t.mode;
     std::int32_t status = t.groups, done = levels;
     Course course = {&mesh, &t};
-    vq_levels(&status, t.NODES.data(), t.nodes, t.ELEMENTS.data(), t.elements, t.PROPS.data(),
-              static_cast<std::int32_t>(t.bars.size()), t.bars.data(), a.value.data(), a.warping.data(),
-              a.stress.data(), &done, a.bound.data(), a.sharp.data(), place_on_arc, &course);
+    Recovery recovery;
+    if (stresses) recovery = recovery_of(section, mesh);
+    vq_levels_watched(&status, t.NODES.data(), t.nodes, t.ELEMENTS.data(), t.elements, t.PROPS.data(),
+                      static_cast<std::int32_t>(t.bars.size()), t.bars.data(), a.value.data(), a.warping.data(),
+                      a.stress.data(), &done, a.bound.data(), a.sharp.data(), place_on_arc, &course,
+                      stresses ? recover_level : nullptr, &recovery);
     if (status == VQ_OUT_OF_MEMORY) throw std::bad_alloc();
     if (status == VQ_NOT_SOLVED) throw Unsolved("", "the equations of the section could not be solved");
     if (status != VQ_DONE) {
@@ -99,7 +103,7 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stre
     if (mesh.has_corners) a.bound[VQ_WT] = std::numeric_limits<double>::infinity();
     without_warping(a);
     measure(a, section.wishes.accuracy);
-    (void)stresses;
+    if (stresses) a.field = field_of(recovery, t, a.sharp);
     return a;
 }
 

@@ -17,9 +17,11 @@ std::vector<Stress> stresses_of(const Field& field, const Load& load) {
     for (std::size_t i = 0; i < stresses.size(); ++i) {
         const std::array<double, 12>& unit = field.unit[i];
         for (std::size_t k = 0; k < 4; ++k) {
-            stresses[i].tau_y += loads[k] * unit[2 * k];
-            stresses[i].tau_z += loads[k] * unit[2 * k + 1];
-            stresses[i].sigma += loads[4 + k] * unit[8 + k];
+            if (loads[k] != 0) {
+                stresses[i].tau_y += loads[k] * unit[2 * k];
+                stresses[i].tau_z += loads[k] * unit[2 * k + 1];
+            }
+            if (loads[4 + k] != 0) stresses[i].sigma += loads[4 + k] * unit[8 + k];
         }
     }
     return stresses;

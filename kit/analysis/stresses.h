@@ -27,8 +27,8 @@ struct Field {
     std::vector<Point> nodes;                           // of the finest level, in the section's frame
     std::vector<std::array<std::int32_t, 4>> elements;  // spots of the corners, from 0; a triangle repeats its third
     std::vector<Spot> spots;
-    std::vector<std::array<double, 12>> unit;          // (spots) as UnitLoad has it, of loads in the section's units
-    std::vector<std::array<std::int32_t, 4>> coarse;   // the same elements as in Analysis::mesh, by spots
+    std::vector<std::array<double, 12>> unit;         // (spots) as UnitLoad has it, of loads in the section's units
+    std::vector<std::array<std::int32_t, 4>> coarse;  // the same elements as in Analysis::mesh, by spots
     std::size_t coarse_nodes = 0, coarse_spots = 0;
     std::vector<char> sharp;       // (spots) 1 where shear stresses have no limit
     std::vector<char> near_sharp;  // (spots) 1 there, and inside of the coarse elements around it
@@ -40,7 +40,7 @@ struct Stress {
 double shear(const Stress& s);      // amount
 double von_mises(const Stress& s);  // sqrt(sigma^2 + 3 tau^2)
 
-// At each spot of the field. Does not fail.
+// At each spot of the field. Loads of 0 have no part, so that a section without warping needs no bimoment's stresses.
 std::vector<Stress> stresses_of(const Field& field, const Load& load);
 
 }  // namespace velquor

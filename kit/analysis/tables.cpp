@@ -22,9 +22,9 @@ double power_of_two_towards(double value, int exponent) {
     return std::ldexp(1.0, exponent - e);
 }
 
-const Material& material_named(const Section& s, const std::string& name) {
-    for (const Material& m : s.materials)
-        if (m.name == name) return m;
+std::size_t material_named(const Section& s, const std::string& name) {
+    for (std::size_t k = 0; k < s.materials.size(); ++k)
+        if (s.materials[k].name == name) return k;
     throw Error("", "no material has the name " + name);
 }
 
@@ -45,12 +45,6 @@ std::int32_t element_at(const Mesh& mesh, const Point& p) {
     return nearest;
 }
 
-const Material& material_of(const Section& section, const Mesh& mesh, std::int32_t element) {
-    const auto owner = static_cast<std::size_t>(mesh.owners[element - 1]), parts = section.parts.size();
-    return material_named(section,
-                          owner < parts ? section.parts[owner].material : section.bars[owner - parts].material);
-}
-
 // Of each bar that is a point the element in which it lies, all of one material; 0 of the others.
 std::vector<std::int32_t> hosts_of(const Section& section, const Mesh& mesh) {
     std::vector<std::int32_t> hosts(section.bars.size(), 0);
@@ -59,8 +53,8 @@ std::vector<std::int32_t> hosts_of(const Section& section, const Mesh& mesh) {
         if (!section.bars[i].as_point) continue;
         hosts[i] = element_at(mesh, section.bars[i].at);
         first = std::min(first, i);
-        const std::string &here = material_of(section, mesh, hosts[i]).name,
-                          &there = material_of(section, mesh, hosts[first]).name;
+        const std::string &here = section.materials[material_of(section, mesh, hosts[i])].name,
+                          &there = section.materials[material_of(section, mesh, hosts[first])].name;
         if (here != there)
             throw Error(
                 place_of_bar(section, i),
@@ -70,7 +64,14 @@ std::vector<std::int32_t> hosts_of(const Section& section, const Mesh& mesh) {
     return hosts;
 }
 
-// Of each owner the part to whose group it belongs: a disc to that of one that it touches.
+}  // namespace
+
+std::size_t material_of(const Section& section, const Mesh& mesh, std::int32_t element) {
+    const auto owner = static_cast<std::size_t>(mesh.owners[element - 1]), parts = section.parts.size();
+    return material_named(section,
+                          owner < parts ? section.parts[owner].material : section.bars[owner - parts].material);
+}
+
 std::map<std::int32_t, std::size_t> parts_of_owners(const Section& section, const Mesh& mesh) {
     std::map<std::int32_t, std::size_t> part_at, part_of;  // by node, by owner
     for (std::size_t e = 0; e < mesh.elements.size(); ++e) {
@@ -85,8 +86,6 @@ std::map<std::int32_t, std::size_t> parts_of_owners(const Section& section, cons
     return part_of;
 }
 
-}  // namespace
-
 Tables tables_of(const Section& section, const Mesh& mesh) {
     Tables t;
     const bool coupled =
@@ -98,10 +97,13 @@ Tables tables_of(const Section& section, const Mesh& mesh) {
     }
     if (!coupled) t.origin = 0.5 * (low + high);
     t.scale = power_of_two_towards(std::max(high.y - low.y, high.z - low.z), EXTENT);
-    const auto material_at = [&](std::int32_t e) -> const Material& { return material_of(section, mesh, e); };
+    const auto material_at = [&](std::int32_t e) -> const Material& {
+        return section.materials[material_of(section, mesh, e)];
+    };
     const std::vector<std::int32_t> hosts = hosts_of(section, mesh);
     const std::int32_t host = hosts.empty() ? 0 : *std::max_element(hosts.begin(), hosts.end());
-    t.reference = host > 0 ? &material_at(host) : &material_named(section, section.parts.front().material);
+    t.reference =
+        host > 0 ? &material_at(host) : &section.materials[material_named(section, section.parts.front().material)];
     t.modulus = power_of_two_towards(t.reference->E, MODULUS);
     t.displaced = t.reference->density - material_at(1).density;
 
@@ -109,7 +111,7 @@ Tables tables_of(const Section& section, const Mesh& mesh) {
     for (std::size_t i = 0; i < section.bars.size(); ++i) {
         const Bar& bar = section.bars[i];
         if (!bar.as_point) continue;
-        const Material& m = material_named(section, bar.material);
+        const Material& m = section.materials[material_named(section, bar.material)];
         VYZTUZE_INFO info{};
         info.ELEMENT = hosts[i];
         nodes.push_back(bar.at);
@@ -134,8 +136,9 @@ Tables tables_of(const Section& section, const Mesh& mesh) {
     std::set<std::string> used;
     for (std::size_t e = 0; e < mesh.elements.size(); ++e)
         used.insert(material_at(static_cast<std::int32_t>(e + 1)).name);
-    t.strengths = std::all_of(used.begin(), used.end(),
-                              [&](const std::string& name) { return material_named(section, name).tension > 0; });
+    t.strengths = std::all_of(used.begin(), used.end(), [&](const std::string& name) {
+        return section.materials[material_named(section, name)].tension > 0;
+    });
     const bool plastic = t.strengths || used.size() == 1;
     t.mode = plastic ? VQ_PLASTIC : VQ_ELASTIC;
     const std::map<std::int32_t, std::size_t> part_of = parts_of_owners(section, mesh);

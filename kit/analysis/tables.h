@@ -1,6 +1,7 @@
 // A section and its mesh as the tables of a call, and a call's slots back in the section's units and frame.
 #pragma once
 
+#include <map>
 #include <vector>
 
 #include "kit/analysis/slots.h"
@@ -28,6 +29,12 @@ struct Tables {
     double modulus = 1;      // of moduli and stresses
     Point origin;            // in the section's frame
 };
+
+// The material of an element, numbered from 1: index in the section's list.
+std::size_t material_of(const Section& section, const Mesh& mesh, std::int32_t element);
+
+// Of each owner the part to whose group it belongs: a disc to that of one that it touches.
+std::map<std::int32_t, std::size_t> parts_of_owners(const Section& section, const Mesh& mesh);
 
 // Throws Error where bars that are points lie in materials of unlike moduli, or have next to none.
 Tables tables_of(const Section& section, const Mesh& mesh);

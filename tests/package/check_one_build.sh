@@ -31,5 +31,5 @@ expect "installed where the host does not ask for it" "$(ls "$scratch/shared/ins
 one_build static -DBUILD_SHARED_LIBS=OFF -DVQ_INSTALL=ON
 names() { nm -g --defined-only "$(find "$scratch/static/installed" -name "$1")" | awk 'NF == 3 {print $3}' | sort | xargs; }
 expect "names for others" "$(names libvelquor.a)" vq_velquor
-expect "names for others" "$(names libvelquor-levels.a)" "vq_check vq_levels vq_reason"
+expect "names for others" "$(names libvelquor-levels.a)" "vq_check vq_levels vq_levels_watched vq_reason"
 "$here/build_hosts.sh" "$cmake" "$scratch/static/installed" "$scratch/host"

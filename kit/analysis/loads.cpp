@@ -1,0 +1,153 @@
+#include "kit/analysis/loads.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "kit/analysis/tables.h"
+#include "kit/section/vectors.h"
+
+namespace velquor {
+
+namespace {
+
+bool has_shear(const Load& l) { return l.T != 0 || l.Vy != 0 || l.Vz != 0 || l.Tw != 0; }
+
+// How much of its strength a material uses: by von Mises where both strengths are one, else by the principal stresses.
+double utilisation(const Stress& s, const Material& m) {
+    if (m.tension == m.compression) return von_mises(s) / m.tension;
+    const double middle = s.sigma / 2, radius = std::hypot(middle, shear(s));
+    return std::max((middle + radius) / m.tension, (radius - middle) / m.compression);
+}
+
+// Takes the larger, in the sense of `sign`.
+void raise(Peak& peak, double value, const Point& at, double sign = 1) {
+    if (sign * value > sign * peak.value) peak.value = value, peak.at = at;
+}
+
+Peak lowest(double sign = 1) {
+    Peak peak;
+    peak.value = -sign * std::numeric_limits<double>::infinity();
+    return peak;
+}
+
+MaterialStresses peaks_of(const Material& material, std::int32_t index, const Analysis& a, const LoadResult& result,
+                          const std::vector<std::size_t>& bars, const Section& section) {
+    const Field& f = a.field;
+    MaterialStresses m;
+    m.material = material.name;
+    m.has_strength = material.tension > 0 && material.compression > 0;
+    m.tension = m.shear = m.von_mises = m.utilisation = lowest();
+    m.compression = lowest(-1);
+    const bool limit = has_shear(result.load);
+    for (std::size_t i = 0; i < f.spots.size(); ++i) {
+        if (f.spots[i].material != index) continue;
+        const Stress& s = result.stresses[i];
+        const Point& at = f.nodes[f.spots[i].node];
+        raise(m.tension, s.sigma, at);
+        raise(m.compression, s.sigma, at, -1);
+        if (limit && f.sharp[i] && !m.shear.unlimited) {
+            for (Peak* peak : {&m.shear, &m.von_mises, &m.utilisation}) peak->unlimited = true, peak->corner = at;
+        }
+        if (limit && f.near_sharp[i]) continue;
+        raise(m.shear, shear(s), at);
+        raise(m.von_mises, von_mises(s), at);
+        if (m.has_strength) raise(m.utilisation, utilisation(s, material), at);
+    }
+    for (std::size_t k = 0; k < bars.size(); ++k) {
+        const Bar& bar = section.bars[bars[k]];
+        if (bar.material != material.name) continue;
+        const Stress s = {result.bars[k], 0, 0};
+        raise(m.tension, s.sigma, bar.at);
+        raise(m.compression, s.sigma, bar.at, -1);
+        raise(m.shear, 0, bar.at);
+        raise(m.von_mises, von_mises(s), bar.at);
+        if (m.has_strength) raise(m.utilisation, utilisation(s, material), bar.at);
+    }
+    return m;
+}
+
+// Forces of the stresses over the section, linear in each triangle and bilinear in each quadrilateral.
+Load resultants_of(const Section& section, const Analysis& a, const LoadResult& r,
+                   const std::vector<std::size_t>& bars) {
+    const Field& f = a.field;
+    const Point c = {a.value[VQ_YC], a.value[VQ_ZC]}, s = {a.value[VQ_SCY], a.value[VQ_SCZ]};
+    Load sum;
+    const auto add = [&](double area, const Point& p, const Stress& q, double warping) {
+        sum.N += area * q.sigma;
+        sum.My += area * q.sigma * (p.z - c.z);
+        sum.Mz -= area * q.sigma * (p.y - c.y);
+        sum.B += area * q.sigma * warping;
+        sum.Vy += area * q.tau_y;
+        sum.Vz += area * q.tau_z;
+        sum.T += area * (q.tau_z * (p.y - s.y) - q.tau_y * (p.z - s.z));
+    };
+    // A quadrilateral by the four points of Gauss; a triangle by the middles of its sides, its third corner twice.
+    constexpr double GAUSS = 0.577350269189625764;
+    for (const std::array<std::int32_t, 4>& e : f.elements) {
+        const bool triangle = e[2] == e[3];
+        for (int k = 0; k < (triangle ? 3 : 4); ++k) {
+            std::array<double, 4> share{};
+            double area = 0;
+            const auto at = [&](int corner) { return f.nodes[f.spots[e[corner]].node]; };
+            if (triangle) {
+                share[k] = share[(k + 1) % 3] = 0.5;
+                area = cross(at(1) - at(0), at(2) - at(0)) / 6;
+            } else {
+                const double x = (k == 0 || k == 3 ? -1 : 1) * GAUSS, y = (k < 2 ? -1 : 1) * GAUSS;
+                share = {(1 - x) * (1 - y) / 4, (1 + x) * (1 - y) / 4, (1 + x) * (1 + y) / 4, (1 - x) * (1 + y) / 4};
+                const Point along = 0.25 * ((1 - y) * (at(1) - at(0)) + (1 + y) * (at(2) - at(3)));
+                const Point across = 0.25 * ((1 - x) * (at(3) - at(0)) + (1 + x) * (at(2) - at(1)));
+                area = cross(along, across);
+            }
+            Point p;
+            Stress q;
+            double warping = 0;
+            for (int corner = 0; corner < 4; ++corner) {
+                const auto spot = static_cast<std::size_t>(e[corner]);
+                p = p + share[corner] * at(corner);
+                q.sigma += share[corner] * r.stresses[spot].sigma;
+                q.tau_y += share[corner] * r.stresses[spot].tau_y;
+                q.tau_z += share[corner] * r.stresses[spot].tau_z;
+                warping +=
+                    share[corner] * f.unit[spot][11] * a.value[VQ_IW] / section.materials[f.spots[spot].material].E;
+            }
+            add(area, p, q, std::isfinite(warping) ? warping : 0);
+        }
+    }
+    for (std::size_t k = 0; k < bars.size(); ++k) {
+        const VYZTUZE_INFO& bar = a.bars[k];
+        const double excess = 1 - a.value[VQ_EREF] / bar.EMODUL;
+        const double warping = bar.STRESS[3] * a.value[VQ_IW] / bar.EMODUL;
+        add(bar.AREA * excess, section.bars[bars[k]].at, {r.bars[k], 0, 0}, std::isfinite(warping) ? warping : 0);
+    }
+    return sum;
+}
+
+}  // namespace
+
+LoadResult result_of(const Section& section, const Analysis& a, const Load& load) {
+    LoadResult r;
+    r.load = load;
+    r.stresses = stresses_of(a.field, load);
+    std::vector<std::size_t> bars;  // in the section's list, those of Analysis::bars
+    for (std::size_t i = 0; i < section.bars.size(); ++i)
+        if (section.bars[i].as_point) bars.push_back(i);
+    const double cos = std::cos(a.value[VQ_ALPHA]), sin = std::sin(a.value[VQ_ALPHA]);
+    const double along_u = cos * load.My + sin * load.Mz, along_v = cos * load.Mz - sin * load.My;
+    for (const VYZTUZE_INFO& bar : a.bars) {
+        double sigma = 0;
+        const double loads[4] = {load.N, along_u, along_v, load.B};
+        for (int k = 0; k < 4; ++k)
+            if (loads[k] != 0) sigma += loads[k] * bar.STRESS[k];
+        r.bars.push_back(sigma);
+    }
+    for (std::size_t m = 0; m < section.materials.size(); ++m) {
+        MaterialStresses peaks = peaks_of(section.materials[m], static_cast<std::int32_t>(m), a, r, bars, section);
+        if (std::isfinite(peaks.tension.value)) r.materials.push_back(std::move(peaks));
+    }
+    r.resultants = resultants_of(section, a, r, bars);
+    return r;
+}
+
+}  // namespace velquor
