@@ -60,12 +60,19 @@ void add_inputs(CLI::App& command, Inputs& inputs, int most) {
         ->type_name("NUMBER");
 }
 
+void add_loads(CLI::App& command, Inputs& inputs) {
+    command.add_option("--load", inputs.loads, "stresses under \"N=100 My=20kNm\": N My Mz Vy Vz T Tw B")
+        ->type_name("LOADS")
+        ->allow_extra_args(false);
+}
+
 void add_calc(Arguments& a) {
     CLI::App& command = *a.app.add_subcommand("calc", "the values of sections; several make one table");
     add_inputs(command, a.calc.inputs, -1);
     command.add_option("--accuracy", a.calc.inputs.wishes["accuracy"], "relative bound to be reached (0.001)")
         ->type_name("NUMBER");
     command.add_option("--levels", a.calc.inputs.wishes["levels"], "of refinement, 1 to 6 (3)")->type_name("NUMBER");
+    add_loads(command, a.calc.inputs);
     command.add_option("--units", a.calc.length, "of length, for the results: mm, cm, dm, m, in, ft")
         ->type_name("UNIT");
     command.add_option("--force", a.calc.force, "of force: N, kN, MN, kgf, lbf, kip")->type_name("UNIT");
@@ -128,7 +135,7 @@ void check_options(const CLI::App& command) {
     }
     for (const CLI::Option* option : command.get_options()) {
         const bool named = !option->get_lnames().empty();
-        if (option->get_items_expected_max() == 1 && option->count() > 1)
+        if (option->get_items_expected_max() == 1 && option->count() > 1 && !option->check_lname("load"))
             throw Misuse((named ? "--" + option->get_lnames().front() : option->get_name()) + " is given " +
                          std::to_string(option->count()) + " times; " + command.get_name() + " takes it once");
     }

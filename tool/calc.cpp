@@ -16,7 +16,10 @@ std::string shown(const CalcOptions& options, const std::vector<Outcome>& outcom
     if (options.form == CalcOptions::Form::csv) return show_csv(outcomes);
     const int width = options.output.empty() ? width_of_output() : 120;
     if (outcomes.size() > 1 || !options.columns.empty()) return show_table(outcomes, options.columns, width);
-    return outcomes.front().failure ? "" : show_text(outcomes.front().values, width, options.all);
+    if (outcomes.front().failure) return "";
+    std::string text = show_text(outcomes.front().values, width, options.all);
+    for (const LoadResult& load : outcomes.front().loads) text += show_load(load);
+    return text;
 }
 
 }  // namespace
@@ -33,9 +36,13 @@ int calc(const CalcOptions& options) {
             if (!options.force.empty()) size_of(forces(), options.force, "--force");
             const Section section = section_of(options.inputs, k);
             check_section(section);
-            const Values values = values_of(section, analyse(section));
+            const Analysis analysis = analyse(section, {!section.loads.empty()});
+            const Values values = values_of(section, analysis);
             outcome.values = in_units(values, options.length.empty() ? values.length : options.length,
                                       options.force.empty() ? values.force : options.force);
+            for (const Load& load : section.loads)
+                outcome.loads.push_back(
+                    in_units(result_of(section, analysis, load), outcome.values.length, outcome.values.force));
         } catch (...) {
             outcome.failure = failure();
             complain(outcome.input, *outcome.failure);

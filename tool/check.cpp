@@ -16,7 +16,7 @@ using nlohmann::ordered_json;
 // A file that is refused as it is read has one finding, its fault.
 std::vector<Finding> findings_of(const std::string& name) {
     try {
-        return check(section_of({{name}, "", {}, {}, {}}, 0));
+        return check(section_of({{name}, "", {}, {}, {}, {}}, 0));
     } catch (const Error& error) {
         return {{true, error.place, error.fault, error.remedy}};
     }

@@ -15,6 +15,7 @@ struct Inputs {
     std::string shape;                              // and one of a parametric shape, if not empty
     std::map<std::string, std::string> parameters;  // of the shape, in mm
     std::map<std::string, std::string> material;    // E, nu, density, strength in place of the only one's: N/mm2, kg/m3
+    std::vector<std::string> loads;                 // further load sets, as "N=100 My=20kNm"
     std::map<std::string, std::string> wishes;      // accuracy, levels, size: in place of what files wish
 };
 

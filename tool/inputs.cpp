@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "kit/section/file.h"
+#include "kit/section/loads.h"
 #include "kit/section/templates.h"
 #include "kit/section/units.h"
 #include "kit/section/words.h"
@@ -144,6 +145,7 @@ Section section_of(const Inputs& inputs, std::size_t number) {
     }
     take_material(inputs.material, section);
     take_wishes(inputs.wishes, section.wishes);
+    for (const std::string& load : inputs.loads) section.loads.push_back(load_of(load, section, "--load"));
     return section;
 }
 

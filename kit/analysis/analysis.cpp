@@ -48,6 +48,7 @@ void without_warping(Analysis& a) {
     const double size = natural_sizes(a.value)[VQ_IW];
     for (const int k : {VQ_IW, VQ_IWS}) a.bound[k] = std::max(a.bound[k], ROUNDING * size);
     if (a.value[VQ_IW] > NO_WARPING * size && a.value[VQ_IWS] > NO_WARPING * size) return;
+    a.warps = false;
     for (const int k : {VQ_WR1, VQ_WR2}) a.value[k] = a.bound[k] = 0;
 }
 
@@ -103,7 +104,7 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stre
     if (mesh.has_corners) a.bound[VQ_WT] = std::numeric_limits<double>::infinity();
     without_warping(a);
     measure(a, section.wishes.accuracy);
-    if (stresses) a.field = field_of(recovery, t, a.sharp);
+    if (stresses) a.field = field_of(recovery, t, a.sharp, a.warps);
     return a;
 }
 

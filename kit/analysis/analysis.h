@@ -23,6 +23,7 @@ struct Analysis {
     int levels = 0;                   // that went well
     bool plastic = false;             // plastic slots are filled
     bool strengths = false;           // with the strengths of the materials; else with 1: PLMOM means nothing
+    bool warps = true;                // under torsion; else, as a circle, it carries no bimoment
     double reached = 0;               // the largest bound, relative to its value's natural size; without WT
     int worst = 0;                    // the slot that has it
     bool met = false;                 // it is within the wished accuracy

@@ -5,11 +5,17 @@
 #include <limits>
 
 #include "kit/analysis/tables.h"
+#include "kit/section/loads.h"
+#include "kit/section/units.h"
 #include "kit/section/vectors.h"
+#include "kit/section/words.h"
 
 namespace velquor {
 
 namespace {
+
+constexpr double SAME = 1e-9;
+constexpr double INF = std::numeric_limits<double>::infinity();
 
 bool has_shear(const Load& l) { return l.T != 0 || l.Vy != 0 || l.Vz != 0 || l.Tw != 0; }
 
@@ -20,14 +26,15 @@ double utilisation(const Stress& s, const Material& m) {
     return std::max((middle + radius) / m.tension, (radius - middle) / m.compression);
 }
 
-// Takes the larger, in the sense of `sign`.
+// Takes the larger, in the sense of `sign`; of those that only rounding tells apart the first.
 void raise(Peak& peak, double value, const Point& at, double sign = 1) {
-    if (sign * value > sign * peak.value) peak.value = value, peak.at = at;
+    const double least = std::isfinite(peak.value) ? sign * peak.value + SAME * std::abs(peak.value) : -INF;
+    if (sign * value > least) peak.value = value, peak.at = at;
 }
 
 Peak lowest(double sign = 1) {
     Peak peak;
-    peak.value = -sign * std::numeric_limits<double>::infinity();
+    peak.value = -sign * INF;
     return peak;
 }
 
@@ -127,8 +134,16 @@ Load resultants_of(const Section& section, const Analysis& a, const LoadResult& 
 }  // namespace
 
 LoadResult result_of(const Section& section, const Analysis& a, const Load& load) {
+    if (!a.warps && (load.B != 0 || load.Tw != 0))
+        throw Error("load " + in_quotes(load.name),
+                    std::string(load.B != 0 ? "B" : "Tw") + " on a section that does not warp", "leave it out");
     LoadResult r;
     r.load = load;
+    r.length = section.length;
+    r.force = section.force;
+    if (a.levels > 1 && !std::isfinite(a.bound[VQ_GJ]) && has_shear(load))
+        r.warning =
+            "the section falls in pieces, or hangs together in points: shear stresses are those of the finest mesh";
     r.stresses = stresses_of(a.field, load);
     std::vector<std::size_t> bars;  // in the section's list, those of Analysis::bars
     for (std::size_t i = 0; i < section.bars.size(); ++i)
@@ -147,6 +162,34 @@ LoadResult result_of(const Section& section, const Analysis& a, const Load& load
         if (std::isfinite(peaks.tension.value)) r.materials.push_back(std::move(peaks));
     }
     r.resultants = resultants_of(section, a, r, bars);
+    for (std::size_t i = 0; i < a.field.coarse_spots; ++i) {
+        const Field::Spot& spot = a.field.spots[i];
+        r.nodes.push_back({a.field.nodes[spot.node], section.materials[spot.material].name, r.stresses[i],
+                           a.field.sharp[i] != 0 && has_shear(load)});
+    }
+    for (std::size_t k = 0; k < bars.size(); ++k)
+        r.nodes.push_back({section.bars[bars[k]].at, section.bars[bars[k]].material, {r.bars[k], 0, 0}, false});
+    return r;
+}
+
+LoadResult in_units(LoadResult r, const std::string& length, const std::string& force) {
+    const double l = size_of(lengths(), r.length, "units.length") / size_of(lengths(), length, "--units");
+    const double f = size_of(forces(), r.force, "units.force") / size_of(forces(), force, "--force");
+    const double stress = f / (l * l);
+    const auto move = [&](Point& p) { p = l * p; };
+    const auto scale = [&](Stress& s) { s = {stress * s.sigma, stress * s.tau_y, stress * s.tau_z}; };
+    for (const LoadKey& key : load_keys())
+        for (Load* load : {&r.load, &r.resultants}) load->*(key.value) *= f * std::pow(l, key.length);
+    for (Stress& s : r.stresses) scale(s);
+    for (double& s : r.bars) s *= stress;
+    for (NodeStress& node : r.nodes) move(node.at), scale(node.stress);
+    for (MaterialStresses& m : r.materials) {
+        for (Peak* peak : {&m.tension, &m.compression, &m.shear, &m.von_mises}) peak->value *= stress;
+        for (Peak* peak : {&m.tension, &m.compression, &m.shear, &m.von_mises, &m.utilisation})
+            move(peak->at), move(peak->corner);
+    }
+    r.length = length;
+    r.force = force;
     return r;
 }
 

@@ -28,15 +28,29 @@ struct MaterialStresses {
     Peak utilisation;
 };
 
+struct NodeStress {
+    Point at;
+    std::string material;
+    Stress stress;
+    bool unlimited = false;  // at a sharp corner: shear stresses mean nothing
+};
+
 struct LoadResult {
     Load load;
+    std::string length, force;                // its units
     std::vector<Stress> stresses;             // at the spots of Analysis::field
     std::vector<double> bars;                 // axial stress in bars that are points
     std::vector<MaterialStresses> materials;  // in the order of the section's list, those that the mesh has
-    Load resultants;                          // of the recovered stresses over the finest mesh, and of the bars
+    std::vector<NodeStress> nodes;            // of the coarse mesh, then bars that are points
+    Load resultants;      // of the recovered stresses over the finest mesh, and of the bars; T has the whole torque
+    std::string warning;  // of what makes shear stresses mean little; empty: nothing
 };
 
-// Of an analysis with stresses, in the section's units. Does not fail.
+// Of an analysis with stresses, in the section's units. Throws Error where a section that does not warp is to carry a
+// bimoment or a torque by warping.
 LoadResult result_of(const Section& section, const Analysis& analysis, const Load& load);
+
+// The same in other units. Throws Error where there is no such unit.
+LoadResult in_units(LoadResult result, const std::string& length, const std::string& force);
 
 }  // namespace velquor

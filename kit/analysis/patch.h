@@ -29,8 +29,8 @@ struct Fit {
 };
 
 // The polynomials of this degree, 1 to 3, closest to `count` fields, at most 3, whose values at points[i] are
-// values[count i] and on; what they have at `at`, one for each field. False where the points do not tell all terms: then, and only if
-// `anyway`, those that they do not tell are left out.
+// values[count i] and on; what they have at `at`, one for each field. False where the points do not tell all terms:
+// then, and only if `anyway`, those that they do not tell are left out.
 bool fit(int degree, const Point& at, const std::vector<Point>& points, const std::vector<double>& values, int count,
          bool anyway, Fit* fits);
 

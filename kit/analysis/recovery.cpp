@@ -233,7 +233,7 @@ void recover_level(void* recovery, const double* NODES, std::int32_t NNODES, con
     }
 }
 
-Field field_of(const Recovery& r, const Tables& tables, const std::vector<std::int32_t>& sharp) {
+Field field_of(const Recovery& r, const Tables& tables, const std::vector<std::int32_t>& sharp, bool warps) {
     if (r.failed) std::rethrow_exception(r.failed);
     const RecoveredLevel &first = r.levels.front(), &finest = r.levels.back();
     Field f;
@@ -243,6 +243,8 @@ Field field_of(const Recovery& r, const Tables& tables, const std::vector<std::i
                                 moment, moment, area, moment, moment, moment * L};
     for (std::size_t i = 0; i < f.unit.size(); ++i)
         for (std::size_t j = 0; j < 12; ++j) f.unit[i][j] = factors[j] * (finest.unit[i][j] + f.unit[i][j]);
+    for (std::array<double, 12>& unit : f.unit)
+        if (!warps) unit[6] = unit[7] = unit[11] = 0;
     f.elements = finest.elements;
     f.coarse = first.elements;
     f.coarse_spots = first.node.size();

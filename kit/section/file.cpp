@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "kit/section/geometry.h"
+#include "kit/section/loads.h"
 #include "kit/section/parse.h"
 #include "kit/section/vectors.h"
 #include "kit/section/words.h"
@@ -134,6 +135,21 @@ void take_bars(const json& value, const std::string& place, std::vector<Bar>& ba
                         place + (places.size() > 1 ? " (" + ordinal(k + 1) + pattern : "")});
 }
 
+Load load_of(const json& value, const std::string& place, const Section& section, std::size_t number) {
+    Load load;
+    load.name = value.value("name", "load " + std::to_string(number + 1));
+    bool given = false;
+    for (const LoadKey& key : load_keys()) {
+        if (!value.contains(key.name)) continue;
+        const json& v = value[key.name];
+        const std::string here = place + "." + key.name;
+        load.*(key.value) = v.is_number() ? v.get<double>() : load_value(v.get<std::string>(), key, section, here);
+        given = true;
+    }
+    if (!given) throw Error(place, "a load without values", "as in {\"My\": \"20 kNm\"}");
+    return load;
+}
+
 Section section_of(const json& value) {
     Section s;
     const auto each = [&](const char* key, auto take) {
@@ -149,6 +165,7 @@ Section section_of(const json& value) {
     each("materials", [&](const json& v, const std::string& at) { s.materials.push_back(material_of(v, at)); });
     each("parts", [&](const json& v, const std::string& at) { s.parts.push_back(part_of(v, at)); });
     each("bars", [&](const json& v, const std::string& at) { take_bars(v, at, s.bars); });
+    each("loads", [&](const json& v, const std::string& at) { s.loads.push_back(load_of(v, at, s, s.loads.size())); });
     if (s.materials.size() == 1) {
         const std::string& only = s.materials.front().name;
         for (Part& part : s.parts) part.material = part.material.empty() ? only : part.material;
@@ -228,6 +245,11 @@ std::string write_section(const Section& s) {
     for (const Bar& bar : s.bars)
         text["bars"].push_back(
             {{"at", pair_of(bar.at)}, {"area", bar.area}, {"material", bar.material}, {"as_point", bar.as_point}});
+    for (const Load& load : s.loads) {
+        ordered_json line = {{"name", load.name}};
+        for (const LoadKey& key : load_keys()) line[key.name] = load.*(key.value);
+        text["loads"].push_back(line);
+    }
     text["wishes"] = {{"accuracy", s.wishes.accuracy}, {"levels", s.wishes.levels}, {"size", s.wishes.size}};
     return text.dump(2) + "\n";
 }

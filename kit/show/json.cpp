@@ -1,6 +1,7 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "kit/section/loads.h"
 #include "kit/show/schema.h"
 #include "kit/show/show.h"
 #include "velquor.h"
@@ -40,6 +41,50 @@ ordered_json json_of(const Values& v) {
     return json;
 }
 
+ordered_json pair_of(const Point& p) { return ordered_json::array({number(p.y), number(p.z)}); }
+
+ordered_json json_of(const Peak& peak) {
+    ordered_json json = {{"value", number(peak.value)}, {"at", pair_of(peak.at)}};
+    json["unlimited_at"] = peak.unlimited ? pair_of(peak.corner) : ordered_json(nullptr);
+    return json;
+}
+
+ordered_json json_of(const Load& load) {
+    ordered_json json;
+    for (const LoadKey& key : load_keys()) json[key.name] = number(load.*(key.value));
+    return json;
+}
+
+// Nodes by columns, which a program takes as they are.
+ordered_json json_of(const LoadResult& r) {
+    ordered_json json = {{"name", r.load.name}, {"load", json_of(r.load)}};
+    json["materials"] = ordered_json::array();
+    for (const MaterialStresses& m : r.materials)
+        json["materials"].push_back({{"name", m.material},
+                                     {"axial_largest", json_of(m.tension)},
+                                     {"axial_smallest", json_of(m.compression)},
+                                     {"shear", json_of(m.shear)},
+                                     {"von_mises", json_of(m.von_mises)},
+                                     {"utilisation", m.has_strength ? json_of(m.utilisation) : ordered_json(nullptr)}});
+    json["resultants"] = json_of(r.resultants);
+    if (!r.warning.empty()) json["warning"] = r.warning;
+    ordered_json& nodes = json["nodes"];
+    for (const char* column : {"y", "z", "material", "axial", "tau_y", "tau_z", "shear", "von_mises"})
+        nodes[column] = ordered_json::array();
+    for (const NodeStress& node : r.nodes) {
+        const auto limited = [&](double value) { return node.unlimited ? ordered_json(nullptr) : number(value); };
+        nodes["y"].push_back(node.at.y);
+        nodes["z"].push_back(node.at.z);
+        nodes["material"].push_back(node.material);
+        nodes["axial"].push_back(number(node.stress.sigma));
+        nodes["tau_y"].push_back(limited(node.stress.tau_y));
+        nodes["tau_z"].push_back(limited(node.stress.tau_z));
+        nodes["shear"].push_back(limited(shear(node.stress)));
+        nodes["von_mises"].push_back(limited(von_mises(node.stress)));
+    }
+    return json;
+}
+
 }  // namespace
 
 std::string show_json(const std::vector<Outcome>& outcomes) {
@@ -54,6 +99,7 @@ std::string show_json(const std::vector<Outcome>& outcomes) {
             section["error"] = {{"place", f.place}, {"fault", f.fault}, {"remedy", f.remedy}, {"status", f.status}};
         } else {
             section = json_of(outcome.values);
+            for (const LoadResult& load : outcome.loads) section["loads"].push_back(json_of(load));
         }
         section["input"] = outcome.input;
         json["sections"].push_back(section);

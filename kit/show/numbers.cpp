@@ -63,4 +63,15 @@ std::string bound_text(const Value& v) {
     return written(up, last, power, false);
 }
 
+std::string raised(const std::string& unit) {
+    static const char* const digits[] = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶"};
+    std::string text;
+    for (const char c : unit)
+        if (c >= '0' && c <= '6')
+            text += digits[c - '0'];
+        else
+            text += c == ' ' ? std::string("·") : std::string(1, c);
+    return unit == "deg" ? "°" : text;
+}
+
 }  // namespace velquor

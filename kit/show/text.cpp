@@ -30,18 +30,6 @@ std::string shortened(const std::string& text, std::size_t width) {
     return text.substr(0, end - 1) + "…";  // in place of the last letter, of which the first byte was counted
 }
 
-// "kN cm2" as "kN·cm²".
-std::string raised(const std::string& unit) {
-    static const char* const digits[] = {"⁰", "¹", "²", "³", "⁴", "⁵", "⁶"};
-    std::string text;
-    for (const char c : unit)
-        if (c >= '0' && c <= '6')
-            text += digits[c - '0'];
-        else
-            text += c == ' ' ? std::string("·") : std::string(1, c);
-    return unit == "deg" ? "°" : text;
-}
-
 // A bound, or what rounding leaves where none is known.
 double slack(const Value& v) { return (std::isnan(v.bound) ? 0 : v.bound) + 1e-9 * std::abs(v.value); }
 bool same(const Value& a, const Value& b) { return std::abs(a.value - b.value) <= slack(a) + slack(b); }

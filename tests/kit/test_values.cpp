@@ -358,7 +358,7 @@ TEST(Show, TableFitsItsWidth) {
 TEST(Show, NamesAreCutToTheWidthAndHaveNoControlCharacters) {
     Values v = values_of(shape("rectangle", R"("b": 3, "h": 5)"));
     for (int k = 0; k < 40; ++k) v.name += k % 2 == 0 ? "ä" : "\n";
-    std::istringstream table(show_table({{"-", v, {}}}, {}, 80));
+    std::istringstream table(show_table({{"-", v, {}, {}}}, {}, 80));
     std::vector<std::string> lines;
     for (std::string line; std::getline(table, line);) lines.push_back(line);
     ASSERT_EQ(lines.size(), 3u);

@@ -1,0 +1,118 @@
+#include "kit/section/loads.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "kit/section/units.h"
+#include "kit/section/words.h"
+
+namespace velquor {
+
+namespace {
+
+constexpr double LARGEST = 1e30;
+
+// The unit's size over the section's own of the same kind.
+double unit_size(std::string unit, const LoadKey& key, const Section& section, const std::string& place) {
+    std::string plain;
+    for (std::size_t i = 0; i < unit.size(); ++i) {
+        if (unit.compare(i, 2, "²") == 0) {
+            plain += '2';
+            ++i;
+        } else if (unit.compare(i, 2, "·") == 0) {
+            ++i;
+        } else if (unit[i] != ' ' && unit[i] != '*') {
+            plain += unit[i];
+        }
+    }
+    const double own_force = size_of(forces(), section.force, place),
+                 own_length = size_of(lengths(), section.length, place);
+    for (const Unit& force : forces()) {
+        const std::string name = force.name;
+        if (key.length == 0 && plain == name) return force.size / own_force;
+        for (const Unit& length : lengths())
+            if (key.length > 0 && plain == name + length.name + (key.length == 2 ? "2" : ""))
+                return force.size / own_force * std::pow(length.size / own_length, key.length);
+    }
+    const char* const examples[] = {"\"kN\"", "\"kNm\"", "\"kNm2\""};
+    throw Error(place, "unknown unit " + in_quotes(unit) + " of " + key.name,
+                std::string("as in ") + examples[key.length]);
+}
+
+bool is_gap(char c) { return c == ' ' || c == '\t' || c == ','; }
+
+}  // namespace
+
+const std::vector<LoadKey>& load_keys() {
+    static const std::vector<LoadKey> keys = {
+        {"N", &Load::N, 0, "normal force at the centroid, positive in tension"},
+        {"My", &Load::My, 1, "moment about the y axis through the centroid: pulls at +z"},
+        {"Mz", &Load::Mz, 1, "moment about the z axis through the centroid: presses at +y"},
+        {"Vy", &Load::Vy, 0, "shear force along +y through the shear centre"},
+        {"Vz", &Load::Vz, 0, "shear force along +z through the shear centre"},
+        {"T", &Load::T, 1, "torque about the shear centre of free (Saint-Venant) twist, from y to z"},
+        {"Tw", &Load::Tw, 1, "torque about the shear centre of warping shear, from y to z"},
+        {"B", &Load::B, 2, "bimoment: pulls where the warping is positive"}};
+    return keys;
+}
+
+double load_value(std::string_view text, const LoadKey& key, const Section& section, const std::string& place) {
+    while (!text.empty() && is_gap(text.front())) text.remove_prefix(1);
+    while (!text.empty() && is_gap(text.back())) text.remove_suffix(1);
+    std::string_view digits = text.substr(!text.empty() && text.front() == '+');
+    double value = 0;
+    const auto [end, fault] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    if (fault != std::errc() || !std::isfinite(value))
+        throw Error(place, std::string(key.name) + ": " + in_quotes(text) + " is not a number", "as in 12.5 or 12.5kN");
+    std::string unit(end, static_cast<std::size_t>(digits.data() + digits.size() - end));
+    unit.erase(0, unit.find_first_not_of(" \t*"));
+    if (!unit.empty()) value *= unit_size(unit, key, section, place);
+    if (std::abs(value) > LARGEST)
+        throw Error(place, std::string(key.name) + ": " + in_quotes(text) + " is too large", "at most 1e30 is read");
+    return value;
+}
+
+Load load_of(std::string_view text, const Section& section, const std::string& place) {
+    Load load;
+    load.name = printable(text);
+    if (const std::size_t colon = text.find(':'); colon != std::string_view::npos) {
+        load.name = printable(text.substr(0, colon));
+        text = text.substr(colon + 1);
+    }
+    std::vector<std::string> names, given;
+    for (const LoadKey& key : load_keys()) names.emplace_back(key.name);
+    std::size_t at = 0;
+    while (true) {
+        while (at < text.size() && is_gap(text[at])) ++at;
+        if (at == text.size()) break;
+        const std::size_t sign = text.find('=', at);
+        if (sign == std::string_view::npos)
+            throw Error(place, "no value for " + in_quotes(text.substr(at)), "as in \"N=100 My=20kNm\"");
+        std::string name(text.substr(at, sign - at));
+        while (!name.empty() && is_gap(name.back())) name.pop_back();
+        const auto key =
+            std::find_if(load_keys().begin(), load_keys().end(), [&](const LoadKey& k) { return name == k.name; });
+        if (key == load_keys().end()) throw Error(place, "unknown load " + in_quotes(name), did_you_mean(name, names));
+        if (std::find(given.begin(), given.end(), name) != given.end())
+            throw Error(place, name + " is given twice", "add both up");
+        given.push_back(name);
+        // Up to the name in front of the next sign.
+        std::size_t end = text.find('=', sign + 1);
+        if (end != std::string_view::npos) {
+            while (end > sign && is_gap(text[end - 1])) --end;
+            while (end > sign && !is_gap(text[end - 1])) --end;
+        }
+        end = std::min(end, text.size());
+        load.*(key->value) = load_value(text.substr(sign + 1, end - sign - 1), *key, section, place);
+        at = end;
+    }
+    if (given.empty()) throw Error(place, "a load without values", "as in \"N=100 My=20kNm\"");
+    return load;
+}
+
+std::string load_unit(const LoadKey& key, const std::string& length, const std::string& force) {
+    return force + (key.length == 0 ? "" : " " + length) + (key.length == 2 ? "2" : "");
+}
+
+}  // namespace velquor

@@ -1,0 +1,54 @@
+// Load sets and their stresses, for reading.
+#include "kit/section/loads.h"
+
+#include <cmath>
+
+#include "kit/section/words.h"
+#include "kit/show/show.h"
+
+namespace velquor {
+
+namespace {
+
+constexpr int DIGITS = 4;
+
+std::string place_text(const Point& p) { return "(" + text_of(p.y, DIGITS) + ", " + text_of(p.z, DIGITS) + ")"; }
+
+std::string peak_text(const Peak& peak) {
+    std::string value = std::isfinite(peak.value) ? text_of(peak.value, DIGITS) + " at " + place_text(peak.at) : "-";
+    if (peak.value == 0) value = "0";
+    return peak.unlimited ? "no limit at the sharp corner " + place_text(peak.corner) + "; elsewhere " + value : value;
+}
+
+}  // namespace
+
+std::string load_text(const Load& load, const std::string& length, const std::string& force) {
+    std::string text;
+    for (const LoadKey& key : load_keys()) {
+        const double value = load.*(key.value);
+        if (value == 0) continue;
+        text += (text.empty() ? "" : ", ") + std::string(key.name) + " = " + text_of(value, 6) + " " +
+                raised(load_unit(key, length, force));
+    }
+    return text.empty() ? "no load" : text;
+}
+
+std::string show_load(const LoadResult& r) {
+    const std::string given = load_text(r.load, r.length, r.force);
+    std::string text = "\nStresses in " + raised(r.force + "/" + r.length + "2") + " under " + given;
+    if (r.load.name.find('=') == std::string::npos) text += " (" + printable(r.load.name) + ")";
+    text += "\n";
+    for (const MaterialStresses& m : r.materials) {
+        std::string indent = "  ";
+        if (r.materials.size() > 1) text += "  " + printable(m.material) + "\n", indent = "    ";
+        text += indent + "axial, largest   " + peak_text(m.tension) + "\n";
+        text += indent + "axial, smallest  " + peak_text(m.compression) + "\n";
+        text += indent + "shear            " + peak_text(m.shear) + "\n";
+        text += indent + "von Mises        " + peak_text(m.von_mises) + "\n";
+        if (m.has_strength) text += indent + "of the strength  " + peak_text(m.utilisation) + "\n";
+    }
+    if (!r.warning.empty()) text += "  " + r.warning + "\n";
+    return text;
+}
+
+}  // namespace velquor
