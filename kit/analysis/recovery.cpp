@@ -13,6 +13,7 @@ namespace velquor {
 namespace {
 
 constexpr int RINGS = 4;                  // of elements, by which a patch grows until it tells a polynomial
+constexpr double FRESH = 0.125;           // of the largest stress, by which two levels may differ without a third
 constexpr double SECOND_ORDER = 1 / 3.0;  // of the difference of two levels, what is left of the finer one's error
 
 int corners_of(const std::array<std::int32_t, 4>& element) { return element[2] == element[3] ? 3 : 4; }
@@ -168,20 +169,24 @@ std::vector<std::array<double, 12>> corrections(const std::vector<RecoveredLevel
         for (const std::int32_t spot : c) first_order[spot] |= corners_of(c) == 3 && coarse.border[spot];
     // Pairs of shear stresses, then axial ones, each as one thing that falls or does not.
     constexpr int ENDS[] = {0, 2, 4, 6, 8, 9, 10, 11, 12};
-    for (std::size_t i = 0; i < coarse.unit.size(); ++i)
-        for (int k = 0; k < 8; ++k) {
-            double now = 0, before = 0;
-            for (int j = ENDS[k]; j < ENDS[k + 1]; ++j) {
-                const double d = fine.unit[i][j] - coarse.unit[i][j];
-                now += d * d;
-                if (!first || i >= first->unit.size()) continue;
-                const double e = coarse.unit[i][j] - first->unit[i][j];
-                before += e * e;
-            }
-            if (first && i < first->unit.size() && now > before) continue;
+    const auto change = [&](std::size_t i, int k, const RecoveredLevel& of, const RecoveredLevel* since) {
+        double sum = 0;
+        for (int j = ENDS[k]; j < ENDS[k + 1]; ++j) {
+            const double d = of.unit[i][j] - (since ? since->unit[i][j] : 0);
+            sum += d * d;
+        }
+        return std::sqrt(sum);
+    };
+    for (int k = 0; k < 8; ++k) {
+        double largest = 0;
+        for (std::size_t i = 0; i < fine.unit.size(); ++i) largest = std::max(largest, change(i, k, fine, nullptr));
+        for (std::size_t i = 0; i < coarse.unit.size(); ++i) {
+            const double before = first && i < first->unit.size() ? change(i, k, coarse, first) : FRESH * largest;
+            if (change(i, k, fine, &coarse) > before) continue;
             for (int j = ENDS[k]; j < ENDS[k + 1]; ++j)
                 to[i][j] = (k == 3 && first_order[i] ? 1 : SECOND_ORDER) * (fine.unit[i][j] - coarse.unit[i][j]);
         }
+    }
     std::vector<char> done(to.size());
     std::fill_n(done.begin(), coarse.unit.size(), 1);
     const auto halfway = [&](std::int32_t spot, std::initializer_list<std::int32_t> ends) {

@@ -67,6 +67,8 @@ double load_value(std::string_view text, const LoadKey& key, const Section& sect
         throw Error(place, std::string(key.name) + ": " + in_quotes(text) + " is not a number", "as in 12.5 or 12.5kN");
     std::string unit(end, static_cast<std::size_t>(digits.data() + digits.size() - end));
     unit.erase(0, unit.find_first_not_of(" \t*"));
+    if (!unit.empty() && unit.front() == ',')
+        throw Error(place, std::string(key.name) + ": " + in_quotes(text) + " with a comma", "decimals follow a point");
     if (!unit.empty()) value *= unit_size(unit, key, section, place);
     if (std::abs(value) > LARGEST)
         throw Error(place, std::string(key.name) + ": " + in_quotes(text) + " is too large", "at most 1e30 is read");
