@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "kit/analysis/check.h"
+#include "kit/analysis/corners.h"
 #include "kit/analysis/recovery.h"
 #include "kit/analysis/tables.h"
 #include "kit/section/vectors.h"
@@ -63,6 +64,11 @@ void measure(Analysis& a, double wished) {
     a.met = a.reached <= wished;
 }
 
+// A level has some four times the nodes of the one before.
+bool fits(const Mesh& mesh, int levels, const Effort& effort) {
+    return static_cast<std::int64_t>(mesh.nodes.size()) << (2 * levels - 2) <= effort.most_nodes;
+}
+
 }  // namespace
 
 Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stresses) {
@@ -104,18 +110,18 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stre
     if (mesh.has_corners) a.bound[VQ_WT] = std::numeric_limits<double>::infinity();
     without_warping(a);
     measure(a, section.wishes.accuracy);
-    if (stresses) a.field = field_of(recovery, t, a.sharp, a.warps);
+    if (stresses) a.field = field_of(recovery, t, reach_of_corners(mesh, a.sharp), a.warps);
     return a;
 }
 
 Analysis analyse(const Section& section, const Effort& effort) {
-    const Mesh mesh = mesh_of(section);
+    const Mesh mesh = mesh_of(section, 1, effort.stresses);
     int levels = section.wishes.levels;
+    // Stresses converge behind the values: a further level, unless fewer than usual are wished.
+    if (effort.stresses && levels == Wishes().levels && fits(mesh, levels + 1, effort)) ++levels;
     Analysis a = analyse(section, mesh, levels, effort.stresses);
     while (!a.met && a.levels == levels && levels < VQ_MAXLEVELS) {
-        // The finest has some four times the nodes of the one before.
-        const std::int64_t nodes = static_cast<std::int64_t>(mesh.nodes.size()) << (2 * levels);
-        if (nodes > effort.most_nodes) break;
+        if (!fits(mesh, levels + 1, effort)) break;
         a = analyse(section, mesh, ++levels, effort.stresses);
     }
     return a;

@@ -38,7 +38,7 @@ struct Unsolved : Error {
 // levels as long as the finest has at most this number of nodes. Throws Error where the section cannot be meshed or is
 // refused, Unsolved where there is no solution.
 struct Effort {
-    bool stresses = false;  // fills Analysis::field
+    bool stresses = false;  // fills Analysis::field, and takes a level more than the usual three
     std::int64_t most_nodes = 300000;
 };
 Analysis analyse(const Section& section, const Effort& effort = {});

@@ -10,7 +10,8 @@
 namespace velquor {
 
 // The largest of a kind, and where. At sharp re-entrant corners shear stresses have no limit: `unlimited` says that
-// they do not and `corner` at which corner; value and place are then those of the largest elsewhere.
+// they do not and `corner` at which corner; value and place are then those of the largest elsewhere, further
+// than half of the wall's thickness from any.
 struct Peak {
     double value = 0;
     Point at;

@@ -238,7 +238,7 @@ void recover_level(void* recovery, const double* NODES, std::int32_t NNODES, con
     }
 }
 
-Field field_of(const Recovery& r, const Tables& tables, const std::vector<std::int32_t>& sharp, bool warps) {
+Field field_of(const Recovery& r, const Tables& tables, const std::vector<double>& reach, bool warps) {
     if (r.failed) std::rethrow_exception(r.failed);
     const RecoveredLevel &first = r.levels.front(), &finest = r.levels.back();
     Field f;
@@ -267,13 +267,20 @@ Field field_of(const Recovery& r, const Tables& tables, const std::vector<std::i
     for (std::size_t i = 0; i < finest.node.size(); ++i) {
         const std::int32_t node = finest.node[i];
         f.spots.push_back({number[node], r.materials[finest.zone[i]]});
-        f.sharp[i] = static_cast<std::size_t>(node) < sharp.size() && sharp[node];
+        f.sharp[i] = static_cast<std::size_t>(node) < reach.size() && reach[node] > 0;
     }
     const std::size_t parts = f.elements.size() / f.coarse.size();
-    for (std::size_t e = 0; e < f.elements.size(); ++e) {
-        const std::array<std::int32_t, 4>& around = f.coarse[e / parts];
-        if (std::any_of(around.begin(), around.end(), [&](std::int32_t s) { return f.sharp[s]; }))
-            for (const std::int32_t spot : f.elements[e]) f.near_sharp[spot] = 1;
+    for (std::size_t n = 0; n < reach.size(); ++n) {
+        if (reach[n] == 0) continue;
+        const Point corner = 1 / L * first.nodes[n] + tables.origin;
+        for (std::size_t e = 0; e < f.coarse.size(); ++e) {
+            const auto is_near = [&](std::int32_t spot) {
+                return length(f.nodes[f.spots[spot].node] - corner) <= reach[n];
+            };
+            if (std::none_of(f.coarse[e].begin(), f.coarse[e].end(), is_near)) continue;
+            for (std::size_t part = e * parts; part < (e + 1) * parts; ++part)
+                for (const std::int32_t spot : f.elements[part]) f.near_sharp[spot] |= is_near(spot);
+        }
     }
     return f;
 }

@@ -36,8 +36,8 @@ void recover_level(void* recovery, const double* NODES, std::int32_t NNODES, con
                    std::int32_t NELEMS, const double* PROPS, const double* RESULT, const double* NODEOUT,
                    const double* ELEMOUT);
 
-// The field on the finest level, extrapolated, in the section's units and frame. `sharp` as in Analysis; a section that
-// does not warp has no stresses of warping. Rethrows what kept a level from being recovered.
-Field field_of(const Recovery& recovery, const Tables& tables, const std::vector<std::int32_t>& sharp, bool warps);
+// The field on the finest level, extrapolated, in the section's units and frame. `reach` as of reach_of_corners; a
+// section that does not warp has no stresses of warping. Rethrows what kept a level from being recovered.
+Field field_of(const Recovery& recovery, const Tables& tables, const std::vector<double>& reach, bool warps);
 
 }  // namespace velquor

@@ -31,7 +31,7 @@ struct Field {
     std::vector<std::array<std::int32_t, 4>> coarse;  // the same elements as in Analysis::mesh, by spots
     std::size_t coarse_nodes = 0, coarse_spots = 0;
     std::vector<char> sharp;       // (spots) 1 where shear stresses have no limit
-    std::vector<char> near_sharp;  // (spots) 1 there, and inside of the coarse elements around it
+    std::vector<char> near_sharp;  // (spots) 1 there, and within half of the wall's thickness from it
 };
 
 struct Stress {

@@ -17,14 +17,15 @@ constexpr double COMPACT = 8;  // elements along the side of a square of the sec
 // Length over width of a wall's elements, away from its ends. Oblongs make the torsional stiffness of the library wrong
 // by the square of their length over that of the wall's thickness: little where the wall is one of a closed cell.
 constexpr double STRETCH = 1, STRETCH_OF_CELL = 4;
-constexpr double GROWTH = 0.5;        // of the size, over the distance
-constexpr double AT_SHARP = 0.15;     // size at a sharp point, over the size that it has without
-constexpr double MOST_TURN = PI / 4;  // of an arc in one element
-constexpr int MANY = 500;             // curves, from which the thickness at the middle of short ones is enough
-constexpr int MOST_CURVES = 4000;     // that can be meshed in seconds
-constexpr double THINNEST = 5e-7;     // over the length of all curves: thinner pieces are beyond the mesher
-constexpr double MOST_ALONG = 4000;   // elements along all curves, up to which sizes may go down
-constexpr double MOST_ACROSS = 300;   // elements along the side of the same square, up to which they are wished for
+constexpr double GROWTH = 0.5;           // of the size, over the distance
+constexpr double AT_SHARP = 0.15;        // size at a sharp point, over the size that it has without
+constexpr double MOST_TURN = PI / 4;     // of an arc in one element
+constexpr double FILLET_TURN = PI / 12;  // of one that the material lies outside of, where stresses are wanted
+constexpr int MANY = 500;                // curves, from which the thickness at the middle of short ones is enough
+constexpr int MOST_CURVES = 4000;        // that can be meshed in seconds
+constexpr double THINNEST = 5e-7;        // over the length of all curves: thinner pieces are beyond the mesher
+constexpr double MOST_ALONG = 4000;      // elements along all curves, up to which sizes may go down
+constexpr double MOST_ACROSS = 300;      // elements along the side of the same square, up to which they are wished for
 
 struct Source {
     Point at;
@@ -119,8 +120,11 @@ std::vector<double> reversed(std::vector<double> shares) {
     return shares;
 }
 
-int turns(const Plane& plane, Side side) {
-    return std::max(1, static_cast<int>(std::ceil(std::abs(sweep_of(plane, side)) / MOST_TURN - 1e-6)));
+int turns(const Plane& plane, Side side, bool for_stresses) {
+    const Curve& c = plane.curves[curve_of(side)];
+    const bool fillet = (c.left == OUTSIDE) != (c.right == OUTSIDE) && (c.sweep < 0) == (c.right == OUTSIDE);
+    const double most = for_stresses && fillet ? FILLET_TURN : MOST_TURN;
+    return std::max(1, static_cast<int>(std::ceil(std::abs(c.sweep) / most - 1e-6)));
 }
 
 // Of every point on the outline the number of its closed line, so that the two sides of a cell's wall differ.
@@ -152,7 +156,8 @@ double area_of(const Plane& plane) {
 }  // namespace
 
 std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wall>& walls,
-                                        const std::vector<bool>& sharp, double size, double fineness) {
+                                        const std::vector<bool>& sharp, double size, double fineness,
+                                        bool for_stresses) {
     const int n = static_cast<int>(plane.curves.size());
     const double side = std::sqrt(area_of(plane));
     if (n > MOST_CURVES)
@@ -226,13 +231,13 @@ std::vector<std::vector<double>> divide(const Plane& plane, const std::vector<Wa
             is_outline(s[0]) && is_outline(s[2]) && lines[begin_of(plane, s[0])] != lines[begin_of(plane, s[2])];
         const double longest = std::clamp((of_cell ? STRETCH_OF_CELL : STRETCH) * width[w], finest, coarsest);
         for (const Side along : {s[0], s[2]})
-            offer(along, shares_along(plane, along, turns(plane, along), [&](double t) {
+            offer(along, shares_along(plane, along, turns(plane, along, for_stresses), [&](double t) {
                       return std::min(longest, size_at(sources, point_at(plane, along, t)));
                   }));
     }
     for (int k = 0; k < n; ++k)
         if (!of_wall[2 * k] && !of_wall[2 * k + 1])
-            shares[k] = shares_along(plane, k + 1, turns(plane, k + 1), [&](double t) {
+            shares[k] = shares_along(plane, k + 1, turns(plane, k + 1, for_stresses), [&](double t) {
                 return std::min(coarsest, size_at(sources, point_at(plane, k + 1, t)));
             });
     for (int k = 0; k < n; ++k) {

@@ -163,9 +163,9 @@ std::vector<Hollow> hollows_of(const Plane& plane, const std::vector<Wall>& wall
 }
 
 Mesh meshed(const Section& section, const Plane& plane, const std::vector<Wall>& walls, const std::vector<bool>& sharp,
-            double fineness) {
+            double fineness, bool for_stresses) {
     Mesh mesh;
-    const auto on = nodes_on(plane, divide(plane, walls, sharp, section.wishes.size, fineness), mesh);
+    const auto on = nodes_on(plane, divide(plane, walls, sharp, section.wishes.size, fineness, for_stresses), mesh);
     const std::vector<Hollow> hollows = hollows_of(plane, walls, on, mesh.nodes);
     for (const Wall& wall : walls) fill_wall(wall, owner_of(plane, wall.sides[0]), on, mesh);
     std::vector<double> open(plane.owners, 0), filled(plane.owners, 0);
@@ -204,7 +204,7 @@ Point place_of(const Plane& plane) {
 
 }  // namespace
 
-Mesh mesh_of(const Section& section, double fineness) {
+Mesh mesh_of(const Section& section, double fineness, bool for_stresses) {
     Plane drawn = plane_of(section);
     const Point place = place_of(drawn);
     move(drawn, -1 * place);
@@ -217,7 +217,7 @@ Mesh mesh_of(const Section& section, double fineness) {
         std::vector<bool> all_sharp = sharp;
         all_sharp.resize(plane.points.size(), false);
         try {
-            Mesh mesh = meshed(section, plane, walls, all_sharp, fineness);
+            Mesh mesh = meshed(section, plane, walls, all_sharp, fineness, for_stresses);
             mesh.has_corners = std::find(corners.begin(), corners.end(), true) != corners.end();
             return moved(std::move(mesh), place);
         } catch (const Failed& failed) {
