@@ -31,30 +31,9 @@ Case shape(const std::string& name, const std::string& kind, const Parameters& p
     return {section, exact};
 }
 
-}  // namespace
-
-velquor::Section profile_section(const std::string& name) {
-    velquor::Section section = section_of(name);
-    section.parts[0].profile = name;
-    return section;
-}
-
-std::vector<Case> outlines(const std::string& folder) {
-    std::vector<std::filesystem::path> paths;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) paths.push_back(entry.path());
-    std::sort(paths.begin(), paths.end());
-    std::vector<Case> cases;
-    for (const auto& path : paths) {
-        std::ifstream stream(path, std::ios::binary);
-        cases.push_back({velquor::read_section(std::string(std::istreambuf_iterator<char>(stream), {}))});
-        cases.back().section.name = path.stem();
-    }
-    if (cases.empty()) throw std::runtime_error(folder + ": no outlines");
-    return cases;
-}
-
-std::vector<Case> shapes_and_profiles() {
-    std::vector<Case> cases = {
+// Lists of their own, for each stands on the stack.
+std::vector<Case> massive_shapes() {
+    return {
         shape("square", "rectangle", {{"h", 1}, {"b", 1}}, {{VQ_GJ, 0.140577014955156}}),
         shape("rectangle 5 : 1", "rectangle", {{"h", 5}, {"b", 1}}),
         shape("rectangle 40 : 1", "rectangle", {{"h", 40}, {"b", 1}}),
@@ -68,6 +47,11 @@ std::vector<Case> shapes_and_profiles() {
         shape("trapezoid", "trapezoid", {{"h", 3}, {"b", 4}, {"bt", 2}}),
         shape("hexagon", "polygon", {{"n", 6}, {"d", 2}}),
         shape("octagonal tube", "polygon", {{"n", 8}, {"d", 400}, {"t", 10}}),
+    };
+}
+
+std::vector<Case> thin_shapes() {
+    return {
         shape("welded I", "i_welded", {{"h", 600}, {"b", 300}, {"tw", 10}, {"tf", 20}}),
         shape("welded I of unequal flanges", "i_welded",
               {{"h", 900}, {"b", 200}, {"tw", 8}, {"tf", 12}, {"b2", 350}, {"tf2", 25}, {"a", 5}}),
@@ -94,6 +78,33 @@ std::vector<Case> shapes_and_profiles() {
                {"tr", 450}}),
         shape("concrete T", "concrete_t", {{"h", 700}, {"b", 1500}, {"bw", 300}, {"hf", 150}}),
     };
+}
+
+}  // namespace
+
+velquor::Section profile_section(const std::string& name) {
+    velquor::Section section = section_of(name);
+    section.parts[0].profile = name;
+    return section;
+}
+
+std::vector<Case> outlines(const std::string& folder) {
+    std::vector<std::filesystem::path> paths;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) paths.push_back(entry.path());
+    std::sort(paths.begin(), paths.end());
+    std::vector<Case> cases;
+    for (const auto& path : paths) {
+        std::ifstream stream(path, std::ios::binary);
+        cases.push_back({velquor::read_section(std::string(std::istreambuf_iterator<char>(stream), {}))});
+        cases.back().section.name = path.stem();
+    }
+    if (cases.empty()) throw std::runtime_error(folder + ": no outlines");
+    return cases;
+}
+
+std::vector<Case> shapes_and_profiles() {
+    std::vector<Case> cases = massive_shapes();
+    for (Case& thin : thin_shapes()) cases.push_back(std::move(thin));
     std::vector<std::pair<std::string, std::vector<std::string>>> families;
     for (const std::string& name : velquor::profile_names()) {
         const std::string family = velquor::profile_of(name, "mm", "").family;
