@@ -21,7 +21,8 @@ constexpr double STIFFEST = 1e30;            // modulus
 constexpr double ROUNDING = 1e-9;            // of a distance
 constexpr double SHORTEST = 4 * SAME_PLACE;  // of an outline's extent: an edge that is shorter is none
 constexpr double FLATTEST = 1e-6;            // rise of an arc over the line between its ends
-constexpr int RIM = 32;                      // points that stand for a disc's rim, half of them for a circle in it
+constexpr const char* PLANES[] = {"xy", "yx", "yz", "zy", "xz", "zx"};
+constexpr int RIM = 32;  // points that stand for a disc's rim, half of them for a circle in it
 
 std::string numbered(const char* list, std::size_t i) { return std::string(list) + "[" + std::to_string(i) + "]"; }
 
@@ -142,11 +143,16 @@ void check_inside(const Section& s, const std::vector<Region>& regions) {
     }
 }
 
+void check_group(const std::string& material, int group, double factor, const std::vector<Material>& materials,
+                 const std::string& place) {
+    check_material_of(material, materials, place);
+    if (group < 1) throw Error(place + ".group", text_of(group), "must be at least 1");
+    if (!(factor >= 0 && factor <= 1)) throw Error(place + ".factor", text_of(factor), "must be from 0 to 1");
+}
+
 std::vector<Region> check_part(const Section& s, const Part& part, const std::string& place) {
-    check_material_of(part.material, s.materials, place);
-    if (part.group < 1) throw Error(place + ".group", text_of(part.group), "must be at least 1");
-    if (!(part.factor >= 0 && part.factor <= 1))
-        throw Error(place + ".factor", text_of(part.factor), "must be from 0 to 1");
+    check_group(part.material, part.group, part.factor, s.materials, place);
+    if (is_mesh(s)) return {};
     if (part.shape.empty() && part.profile.empty()) {
         check_outline(part.face.outer, place + ".outline");
         for (std::size_t i = 0; i < part.face.holes.size(); ++i)
@@ -156,6 +162,33 @@ std::vector<Region> check_part(const Section& s, const Part& part, const std::st
     std::vector<Region> regions;
     for (const Face& face : faces_of(s, part, place)) regions.push_back(region_of(face));
     return regions;
+}
+
+// What can be said before the file is read, and of elements that are there.
+void check_mesh(const Section& s) {
+    const ReadMesh& mesh = s.mesh;
+    for (const auto& [name, group] : mesh.groups)
+        check_group(group.material, group.group, group.factor, s.materials, "mesh.groups." + printable(name));
+    if (!mesh.plane.empty() && std::find(std::begin(PLANES), std::end(PLANES), mesh.plane) == std::end(PLANES))
+        throw Error("mesh.plane", in_quotes(mesh.plane) + " is unknown", "it can be xy, yx, yz, zy, xz or zx");
+    if (s.wishes.size != 0)
+        throw Error("wishes.size", "of a section that comes as a mesh", "its elements are as they are: leave it out");
+    for (std::size_t i = 0; i < s.bars.size(); ++i)
+        if (!s.bars[i].as_point)
+            throw Error(place_of_bar(s, i), "a disc in a mesh that is given",
+                        "give \"as_point\": true, or mesh the bar as a group of its own");
+    if (mesh.owners.size() != mesh.elements.size() ||
+        (!mesh.numbers.empty() && mesh.numbers.size() != mesh.elements.size()))
+        throw Error("mesh", "elements, owners and numbers are not equally many");
+    const auto nodes = static_cast<std::int64_t>(mesh.nodes.size()), parts = static_cast<std::int64_t>(s.parts.size());
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e) {
+        const auto& element = mesh.elements[e];
+        if (std::any_of(element.begin(), element.end(), [&](auto node) { return node < 1 || node > nodes; }))
+            throw Error(place_of_element(s, e), "has a node that there is not");
+        if (mesh.owners[e] < 0 || mesh.owners[e] >= parts)
+            throw Error(place_of_element(s, e), "belongs to a part that there is not");
+    }
+    for (const Point& p : mesh.nodes) check_point(p, "mesh");
 }
 
 template <class Named>
@@ -176,7 +209,11 @@ void check_names(const std::vector<Named>& list, const char* key) {
 void check_section(const Section& s) {
     size_of(lengths(), s.length, "units.length");
     size_of(forces(), s.force, "units.force");
-    if (s.parts.empty()) throw Error("parts", "a section without parts");
+    if (is_mesh(s)) {
+        check_mesh(s);
+    } else if (s.parts.empty()) {
+        throw Error("", "nothing is drawn: key \"parts\" is missing", "give \"parts\", or a \"mesh\"");
+    }
     check_names(s.materials, "materials");
     check_names(s.parts, "parts");
     for (std::size_t i = 0; i < s.materials.size(); ++i) check_material(s.materials[i], numbered("materials", i));
@@ -199,6 +236,7 @@ void check_section(const Section& s) {
         if (bar.area > LARGEST * LARGEST) throw Error(place, "area = " + text_of(bar.area) + ": must be at most 1e18");
         check_point(bar.at, place);
     }
+    if (is_mesh(s)) return;
     check_overlaps(s);
     check_inside(s, regions);
 }
@@ -208,8 +246,13 @@ std::string place_of_bar(const Section& s, std::size_t number) {
     return read.empty() ? numbered("bars", number) : read;
 }
 
+std::string place_of_element(const Section& s, std::size_t element) {
+    return "element " + std::to_string(s.mesh.numbers.empty() ? std::uint64_t{element} + 1 : s.mesh.numbers[element]);
+}
+
 std::string place_of_owner(const Section& s, std::size_t owner) {
     const std::size_t parts = s.parts.size();
+    if (owner < parts && is_mesh(s)) return "group " + in_quotes(s.parts[owner].name);
     return owner < parts ? numbered("parts", owner) : place_of_bar(s, owner - parts);
 }
 

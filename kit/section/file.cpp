@@ -150,6 +150,20 @@ Load load_of(const json& value, const std::string& place, const Section& section
     return load;
 }
 
+ReadMesh mesh_of(const json& value) {
+    ReadMesh mesh;
+    mesh.file = value.value("file", "");
+    mesh.join = value.value("join", mesh.join);
+    mesh.plane = value.value("plane", "");
+    if (value.contains("groups"))
+        for (const auto& [name, group] : value["groups"].items())
+            mesh.groups[name] =
+                group.is_string()
+                    ? ReadMesh::Group{group, 1, 1.0}
+                    : ReadMesh::Group{group.value("material", ""), group.value("group", 1), group.value("factor", 1.0)};
+    return mesh;
+}
+
 Section section_of(const json& value) {
     Section s;
     const auto each = [&](const char* key, auto take) {
@@ -163,12 +177,17 @@ Section section_of(const json& value) {
         s.force = value["units"].value("force", s.force);
     }
     each("materials", [&](const json& v, const std::string& at) { s.materials.push_back(material_of(v, at)); });
+    if (value.contains("mesh")) {
+        if (value.contains("parts")) throw Error("mesh", "beside parts", "a section is drawn or meshed: leave one out");
+        s.mesh = mesh_of(value["mesh"]);
+    }
     each("parts", [&](const json& v, const std::string& at) { s.parts.push_back(part_of(v, at)); });
     each("bars", [&](const json& v, const std::string& at) { take_bars(v, at, s.bars); });
     each("loads", [&](const json& v, const std::string& at) { s.loads.push_back(load_of(v, at, s, s.loads.size())); });
     if (s.materials.size() == 1) {
         const std::string& only = s.materials.front().name;
         for (Part& part : s.parts) part.material = part.material.empty() ? only : part.material;
+        for (auto& [name, group] : s.mesh.groups) group.material = group.material.empty() ? only : group.material;
         for (Bar& bar : s.bars) bar.material = bar.material.empty() ? only : bar.material;
     }
     if (value.contains("wishes")) {
@@ -199,6 +218,15 @@ ordered_json text_of(const Material& m) {
     return text;
 }
 
+ordered_json text_of(const ReadMesh& mesh) {
+    ordered_json text = {{"file", mesh.file}, {"groups", ordered_json::object()}};
+    for (const auto& [name, g] : mesh.groups)
+        text["groups"][name] = {{"material", g.material}, {"group", g.group}, {"factor", g.factor}};
+    if (mesh.join >= 0) text["join"] = mesh.join;
+    if (!mesh.plane.empty()) text["plane"] = mesh.plane;
+    return text;
+}
+
 ordered_json text_of(const Part& part) {
     ordered_json text;
     if (!part.name.empty()) text["name"] = part.name;
@@ -220,14 +248,17 @@ ordered_json text_of(const Part& part) {
     return text;
 }
 
-}  // namespace
-
-Section read_section(std::string_view text) {
+Section read(std::string_view text, bool with_parts) {
     try {
         const json value = parse_text(text);
         check_structure(value);
         Section section = section_of(value);
-        check_section(section);
+        if (with_parts && value.contains("mesh") && section.mesh.file.empty())
+            throw Error("mesh", "key \"file\" is missing");
+        if (!with_parts && (!section.parts.empty() || !section.mesh.file.empty()))
+            throw Error(section.parts.empty() ? "mesh.file" : "parts", "beside a mesh that is given",
+                        "leave it out: materials, mesh.groups, bars and wishes are taken");
+        if (with_parts) check_section(section);
         return section;
     } catch (const Error&) {
         throw;
@@ -236,12 +267,22 @@ Section read_section(std::string_view text) {
     }
 }
 
+}  // namespace
+
+Section read_section(std::string_view text) { return read(text, true); }
+Section read_materials(std::string_view text) { return read(text, false); }
+
 std::string write_section(const Section& s) {
+    if (is_mesh(s) && s.mesh.file.empty())
+        throw Error("mesh", "its elements stand in no file", "write them by show_mesh, and name the file");
     ordered_json text;
     if (!s.name.empty()) text["name"] = s.name;
     text["units"] = {{"length", s.length}, {"force", s.force}};
     for (const Material& m : s.materials) text["materials"].push_back(text_of(m));
-    for (const Part& part : s.parts) text["parts"].push_back(text_of(part));
+    if (is_mesh(s))
+        text["mesh"] = text_of(s.mesh);
+    else
+        for (const Part& part : s.parts) text["parts"].push_back(text_of(part));
     for (const Bar& bar : s.bars)
         text["bars"].push_back(
             {{"at", pair_of(bar.at)}, {"area", bar.area}, {"material", bar.material}, {"as_point", bar.as_point}});

@@ -17,11 +17,15 @@ constexpr std::size_t MOST_BARS = 10000;  // those of rows and rings too
 std::string_view section_schema();
 
 // Reads and checks a section. Throws Error, and nothing else, with the place in the text as "parts[1].outline[3]", or
-// its line and column where it is no JSON.
+// its line and column where it is no JSON. A mesh is named, not read: kit/mesh/mesh_file.h does that.
 Section read_section(std::string_view text);
 
+// The same without parts and without the name of a mesh: materials, groups, bars and wishes for a mesh that is named
+// elsewhere. It is checked once that is read.
+Section read_materials(std::string_view text);
+
 // The text of a section, with every digit that its numbers need: read again it gives the same section. Rows and rings
-// of bars are written bar for bar.
+// of bars are written bar for bar, a mesh by the name of its file; without one it throws Error.
 std::string write_section(const Section& section);
 
 // What the schema cannot say: that names are known and unlike, what excludes what, that outlines enclose something and

@@ -2,7 +2,9 @@
 // length, stresses and moduli in its unit of force over the square of that.
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -84,6 +86,27 @@ struct Load {
     double N = 0, My = 0, Mz = 0, Vy = 0, Vz = 0, T = 0, Tw = 0, B = 0;  // in the section's units
 };
 
+// A section that comes as a mesh, from a file or from the program itself. Its parts are the groups of the mesh: with
+// name, material, group and factor, and nothing to draw. They are made by read_mesh of kit/mesh/mesh_file.h, from
+// `groups`.
+struct ReadMesh {
+    struct Group {
+        std::string material;  // empty: the only one
+        int group = 1;
+        double factor = 1;
+    };
+    std::string file;                     // as it was named; empty: there is none
+    std::map<std::string, Group> groups;  // by the name or the number that a group has in the file
+    double join = -1;                     // nodes that are nearer to one another are one; below 0: JOIN of the extent
+    std::string plane;                    // the file's axes along Y and Z, as in "xz"; empty: by the plane it lies in
+
+    std::vector<Point> nodes;                           // numbered from 1 in `elements`
+    std::vector<std::array<std::int32_t, 4>> elements;  // counter-clockwise; a triangle repeats its third node
+    std::vector<std::int32_t> owners;                   // of each element: index of its part
+    std::vector<std::uint64_t> numbers;                 // of each element: its number in the file; empty: as they stand
+};
+constexpr double JOIN = 1e-6;
+
 struct Section {
     std::string name;
     std::string length = "mm", force = "N";
@@ -92,7 +115,10 @@ struct Section {
     std::vector<Bar> bars;
     std::vector<Load> loads;
     Wishes wishes;
+    std::vector<std::string> notes;  // what was done to an input on its way in, a line each, for the user to see
+    ReadMesh mesh;                   // in the place of what is drawn
 };
+inline bool is_mesh(const Section& section) { return !section.mesh.file.empty() || !section.mesh.elements.empty(); }
 
 // A fault in what the user gave: where in the input, what is wrong, and what would be right.
 struct Error : std::runtime_error {
@@ -108,5 +134,8 @@ struct Error : std::runtime_error {
 // part, counted from 0, or behind all of them a bar.
 std::string place_of_bar(const Section& section, std::size_t number);
 std::string place_of_owner(const Section& section, std::size_t owner);
+
+// The same of an element of a mesh, counted from 0: "element 17", by its number in the file.
+std::string place_of_element(const Section& section, std::size_t element);
 
 }  // namespace velquor
