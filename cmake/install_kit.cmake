@@ -10,6 +10,7 @@ foreach(header
     analysis/slots.h
     analysis/values.h
     mesh/mesh.h
+    mesh/mesh_file.h
     section/file.h
     section/profiles.h
     section/section.h

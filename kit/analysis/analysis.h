@@ -35,7 +35,8 @@ struct Unsolved : Error {
 };
 
 // Calculates a checked section. Where the wished accuracy is not met by the wished number of levels, takes further
-// levels as long as the finest has at most this number of nodes. Throws Error where the section cannot be meshed or is
+// levels as long as the finest has at most this number of nodes; of a mesh that is given and fine, fewer than wished,
+// but two. Throws Error where the section cannot be meshed or is
 // refused, Unsolved where there is no solution.
 struct Effort {
     bool stresses = false;  // fills Analysis::field, and takes a level more than the usual three

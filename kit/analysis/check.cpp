@@ -85,11 +85,16 @@ void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
                 finding.remedy = "a point holds nothing: let parts touch along a line";
             }
         } else if (f.TABLE == VQ_IN_ELEMENTS || f.TABLE == VQ_IN_PROPS) {
-            if (f.ROW > 0) finding.place = owners.of_element(f.ROW);
+            if (f.ROW > 0)
+                finding.place = is_mesh(s) && f.TABLE == VQ_IN_ELEMENTS
+                                    ? place_of_element(s, static_cast<std::size_t>(f.ROW) - 1)
+                                    : owners.of_element(f.ROW);
             if (f.REASON == VQ_COUPLING_ZERO) {
                 finding.place += ".factor";
                 finding.message = "is 0: this group bends by itself";
                 finding.remedy = "1 for parts that act together";
+            } else if (finding.is_error && is_mesh(s)) {
+                finding.remedy = "mesh it anew";
             } else if (finding.is_error) {
                 finding.message = "its mesh " + finding.message;
                 finding.remedy = "look for edges that come very near to each other, or give a size";

@@ -6,9 +6,11 @@
 
 #include "kit/mesh/divide.h"
 #include "kit/mesh/fill.h"
+#include "kit/mesh/given.h"
 #include "kit/mesh/plane.h"
 #include "kit/mesh/walls.h"
 #include "kit/section/vectors.h"
+#include "kit/section/words.h"
 
 namespace velquor {
 
@@ -205,6 +207,12 @@ Point place_of(const Plane& plane) {
 }  // namespace
 
 Mesh mesh_of(const Section& section, double fineness, bool for_stresses) {
+    if (is_mesh(section)) {
+        if (section.mesh.elements.empty())
+            throw Error("mesh.file", in_quotes(section.mesh.file) + " was not read", "read_mesh does that");
+        if (fineness != 1) throw Error("mesh", "its elements are as they are", "levels cut each of them in four");
+        return mesh_as_given(section, materials_of(section));
+    }
     Plane drawn = plane_of(section);
     const Point place = place_of(drawn);
     move(drawn, -1 * place);

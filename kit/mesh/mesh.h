@@ -26,8 +26,9 @@ struct Mesh {
 };
 
 // The mesh of a checked section. `fineness` 2 halves the sizes of all elements; `for_stresses` takes more of them along
-// fillets. Throws Error where bars lie outside of
-// all parts, parts leave nothing of one another, or a part cannot be meshed. Meshes are made one at a time in a
+// fillets. Throws Error where bars lie outside of all parts, parts leave nothing of one another, or a part cannot be
+// meshed. A section that comes as a mesh gives its own elements, with straight sides, and is refused another fineness
+// than 1. Meshes are made one at a time in a
 // process: calls from several threads wait for each other.
 Mesh mesh_of(const Section& section, double fineness = 1, bool for_stresses = false);
 
