@@ -123,6 +123,7 @@ Values values_of(const Section& section, const Analysis& analysis) {
     values.reached = analysis.levels > 1 ? analysis.reached : std::nan("");
     values.worst = slots()[static_cast<std::size_t>(analysis.worst)].name;
     values.met = analysis.levels > 1 && analysis.met;
+    values.notes = section.notes;
     return values;
 }
 

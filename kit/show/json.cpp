@@ -33,6 +33,7 @@ ordered_json json_of(const Values& v) {
         {"wished", number(v.wished)}, {"reached", number(v.reached)}, {"met", v.met}, {"levels", v.levels},
         {"nodes", v.nodes},           {"elements", v.elements}};
     for (const Entry& entry : v.entries) json["values"][entry.quantity->key] = json_of(entry, v.length, v.force);
+    if (!v.notes.empty()) json["notes"] = v.notes;
     json["materials"] = ordered_json::array();
     for (const Share& share : v.materials)
         json["materials"].push_back({{"name", share.material},
