@@ -3,10 +3,12 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <sstream>
 
+#include "kit/mesh/mesh_file.h"
 #include "kit/section/shapes.h"
 #include "kit/section/templates.h"
 #include "kit/section/words.h"
@@ -38,9 +40,11 @@ struct Arguments {
 };
 
 void add_inputs(CLI::App& command, Inputs& inputs, int most) {
-    command.add_option("FILE", inputs.names, "files, profiles, or - for the standard input")
+    command.add_option("FILE", inputs.names, "files, meshes, profiles, or - for the standard input")
         ->expected(most)
         ->type_name("");
+    command.add_option("--materials", inputs.materials, "of meshes: a file of units, materials, groups and bars")
+        ->type_name("FILE");
     command.add_option("--shape", inputs.shape, "a parametric shape: see velquor shapes")->type_name("NAME");
     std::set<std::string> names;
     for (const Shape& shape : velquor::shapes())
@@ -84,7 +88,8 @@ void add_calc(Arguments& a) {
     command.footer(
         "Parameters of a shape are options too, in mm: velquor shapes NAME lists them.\n\n"
         "Examples: velquor calc \"IPE 300\" section.json --csv -o values.csv\n"
-        "          velquor calc --shape i --h 300 --b 150 --tw 7.1 --tf 10.7 --r 15");
+        "          velquor calc --shape i --h 300 --b 150 --tw 7.1 --tf 10.7 --r 15\n"
+        "          velquor calc section.msh --materials steel.json");
 }
 
 void add_others(Arguments& a) {
@@ -94,7 +99,9 @@ void add_others(Arguments& a) {
     command->footer("Example: velquor mesh section.json -o section.msh && gmsh section.msh");
 
     command = a.app.add_subcommand("check", "what is wrong with sections, or seldom meant");
-    command->add_option("FILE", a.check.names, "files, or - for the standard input")->required()->type_name("");
+    command->add_option("FILE", a.check.names, "files, meshes, or - for the standard input")->required()->type_name("");
+    command->add_option("--materials", a.check.materials, "of meshes: a file of units, materials, groups and bars")
+        ->type_name("FILE");
     command->add_flag("--json", a.check.json, "findings as JSON: severity, place, message, remedy");
     command->add_option("-o,--output", a.check.output, "file for the findings")->type_name("FILE");
     command->footer("Example: velquor check section.json");
@@ -141,6 +148,11 @@ void check_options(const CLI::App& command) {
     }
 }
 
+void check_materials(const std::string& materials, const std::vector<std::string>& names) {
+    if (!materials.empty() && std::none_of(names.begin(), names.end(), is_mesh_file))
+        throw Misuse("--materials: no mesh among the inputs; sections have materials of their own");
+}
+
 // Throws Misuse where options are given that would have no effect.
 void check_use(const Arguments& a, const std::string& command, const Inputs& inputs) {
     if (inputs.names.empty() && inputs.shape.empty())
@@ -148,6 +160,7 @@ void check_use(const Arguments& a, const std::string& command, const Inputs& inp
     for (const auto& [name, text] : inputs.parameters)
         if (!text.empty() && inputs.shape.empty())
             throw Misuse("--" + name + ": a parameter of no shape; name one by --shape");
+    check_materials(inputs.materials, inputs.names);
     if (!a.columns.empty() && (a.json || a.csv))
         throw Misuse("--columns: of tables for reading alone; JSON and CSV have every value");
     if (a.calc.all && !a.json && !a.csv && inputs.names.size() + !inputs.shape.empty() > 1)
@@ -188,6 +201,7 @@ std::function<int()> command_of(int count, char** arguments) {
     if (a->csv) a->calc.form = CalcOptions::Form::csv;
     const Inputs* const inputs = name == "calc" ? &a->calc.inputs : name == "mesh" ? &a->mesh.inputs : nullptr;
     if (inputs) check_use(*a, name, *inputs);
+    if (name == "check") check_materials(a->check.materials, a->check.names);
     if (name == "calc") return [a] { return calc(a->calc); };
     if (name == "mesh") return [a] { return mesh(a->mesh); };
     if (name == "check") return [a] { return check(a->check); };

@@ -35,6 +35,7 @@ int calc(const CalcOptions& options) {
             if (!options.length.empty()) size_of(lengths(), options.length, "--units");
             if (!options.force.empty()) size_of(forces(), options.force, "--force");
             const Section section = section_of(options.inputs, k);
+            tell(outcome.input, section.notes);
             check_section(section);
             const Analysis analysis = analyse(section, {!section.loads.empty()});
             const Values values = values_of(section, analysis);

@@ -14,9 +14,11 @@ namespace {
 using nlohmann::ordered_json;
 
 // A file that is refused as it is read has one finding, its fault.
-std::vector<Finding> findings_of(const std::string& name) {
+std::vector<Finding> findings_of(const std::string& name, const std::string& materials) {
     try {
-        return check(section_of({{name}, "", {}, {}, {}, {}}, 0));
+        const Section section = section_of({{name}, "", {}, {}, {}, {}, materials}, 0);
+        tell(name, section.notes);
+        return check(section);
     } catch (const Error& error) {
         return {{true, error.place, error.fault, error.remedy}};
     }
@@ -42,7 +44,7 @@ int check(const CheckOptions& options) {
     ordered_json json = {{"sections", ordered_json::array()}};
     for (const std::string& name : options.names) {
         ordered_json section = {{"input", name}, {"findings", ordered_json::array()}};
-        const auto findings = findings_of(name);
+        const auto findings = findings_of(name, options.materials);
         for (const Finding& finding : findings) {
             if (finding.is_error) status = REFUSED;
             text += name + ": " + text_of(finding) + "\n";

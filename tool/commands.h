@@ -17,6 +17,7 @@ struct Inputs {
     std::map<std::string, std::string> material;    // E, nu, density, strength in place of the only one's: N/mm2, kg/m3
     std::vector<std::string> loads;                 // further load sets, as "N=100 My=20kNm"
     std::map<std::string, std::string> wishes;      // accuracy, levels, size: in place of what files wish
+    std::string materials = {};                     // file of materials for meshes, if not empty
 };
 
 struct CalcOptions {
@@ -37,6 +38,7 @@ int mesh(const MeshOptions& options);
 
 struct CheckOptions {
     std::vector<std::string> names;
+    std::string materials;
     bool json = false;
     std::string output;
 };

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "kit/mesh/mesh_file.h"
 #include "kit/section/file.h"
 #include "kit/section/loads.h"
 #include "kit/section/templates.h"
@@ -90,6 +91,23 @@ Section profile_named(const std::string& name) {
     }
 }
 
+// A mesh with what a file says of its materials, or all of steel.
+Section mesh_named(const std::string& name, const std::string& materials) {
+    Section section;
+    if (materials.empty()) {
+        section.materials = {steel_s235()};
+        section.notes = {"all of " + section.materials[0].name + ", with lengths in mm: --materials FILE tells others"};
+    } else {
+        try {
+            section = read_materials(text_of_file(materials));
+        } catch (const Error& error) {
+            throw Error(materials + (error.place.empty() ? "" : ": ") + error.place, error.fault, error.remedy);
+        }
+    }
+    read_mesh(section, name);
+    return section;
+}
+
 void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes& wishes) {
     wishes.accuracy = given(given_wishes, "accuracy", wishes.accuracy);
     wishes.size = given(given_wishes, "size", wishes.size);
@@ -108,7 +126,7 @@ void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes&
 bool is_file(const std::string& name) {
     std::error_code none;
     return name == "-" || name.find('/') != std::string::npos || std::filesystem::path(name).extension() == ".json" ||
-           std::filesystem::exists(name, none);
+           is_mesh_file(name) || std::filesystem::exists(name, none);
 }
 
 std::string text_of_file(const std::string& name) {
@@ -137,9 +155,14 @@ Section section_of(const Inputs& inputs, std::size_t number) {
     if (number == inputs.names.size()) {
         section = shape_given(inputs);
     } else if (is_file(inputs.names[number])) {
-        section = read_section(text_of_file(inputs.names[number]));
-        if (section.name.empty() && inputs.names[number] != "-")
-            section.name = std::filesystem::path(inputs.names[number]).stem();
+        const std::filesystem::path file = inputs.names[number];
+        if (is_mesh_file(file)) {
+            section = mesh_named(file, inputs.materials);
+        } else {
+            section = read_section(text_of_file(file));
+            if (is_mesh(section)) read_mesh(section, file.parent_path() / section.mesh.file, section.mesh.file);
+        }
+        if (section.name.empty() && file != "-") section.name = file.stem();
     } else {
         section = profile_named(inputs.names[number]);
     }

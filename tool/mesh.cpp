@@ -10,6 +10,7 @@ namespace velquor {
 int mesh(const MeshOptions& options) {
     try {
         const Section section = section_of(options.inputs, 0);
+        tell(name_of(options.inputs, 0), section.notes);
         check_section(section);
         write(show_mesh(section, mesh_of(section)), options.output);
         return DONE;

@@ -69,4 +69,8 @@ void complain(const std::string& input, const Failure& f) {
     std::fprintf(stderr, "velquor: %s%s%s\n", input.c_str(), input.empty() ? "" : ": ", message.c_str());
 }
 
+void tell(const std::string& input, const std::vector<std::string>& notes) {
+    for (const std::string& note : notes) std::fprintf(stderr, "velquor: %s: note: %s\n", input.c_str(), note.c_str());
+}
+
 }  // namespace velquor

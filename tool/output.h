@@ -26,4 +26,7 @@ Failure failure();
 // A line on the error stream: "velquor: FILE: parts[1].outline[3]: crosses edge 7; outlines must not cross themselves".
 void complain(const std::string& input, const Failure& failure);
 
+// The same of what was done to an input: "velquor: FILE: note: 3 loose nodes dropped".
+void tell(const std::string& input, const std::vector<std::string>& notes);
+
 }  // namespace velquor
