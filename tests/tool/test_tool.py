@@ -206,6 +206,65 @@ class Forms(unittest.TestCase):
             self.assertEqual((done.returncode, file.stat().st_size, os.listdir(folder)), (3, size, ["values.csv"]))
 
 
+class Meshes(unittest.TestCase):
+    NODES = ("0 0 0", "30 0 0", "30 10 0", "0 10 0", "30 20 0", "0 20 0")
+    ELEMENTS = ("11 3 2 7 7 1 4 3 2", "12 2 2 9 9 4 3 5", "13 2 2 9 9 4 5 6")
+    MATERIALS = {"units": {"length": "cm", "force": "kN"}, "mesh": {"groups": {"7": "steel", "9": {"material": "timber"}}},
+                 "materials": [{"name": "steel", "E": 21000}, {"name": "timber", "E": 1100}]}
+
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+        nodes = "\n".join(f"{k + 1} {node}" for k, node in enumerate(self.NODES))
+        self.write("plate.MSH", f"$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n6\n{nodes}\n$EndNodes\n$Elements\n3\n" +
+                   "\n".join(self.ELEMENTS) + "\n$EndElements\n")
+        self.write("materials.json", json.dumps(self.MATERIALS))
+        named = {**self.MATERIALS, "mesh": {**self.MATERIALS["mesh"], "file": "plate.MSH"}}
+        self.write("section.json", json.dumps(named))
+
+    def write(self, name, text):
+        pathlib.Path(self.folder.name, name).write_text(text)
+
+    def test_by_their_own_name_and_by_that_of_a_section(self):
+        plate, materials, section = (os.path.join(self.folder.name, name)
+                                     for name in ("plate.MSH", "materials.json", "section.json"))
+        turned = f"velquor: {plate}: note: 1 clockwise element turned\n"
+        steel = f"velquor: {plate}: note: all of S235, with lengths in mm: --materials FILE tells others\n"
+        done = run("calc", plate, "--json")
+        self.assertEqual((done.returncode, done.stderr), (0, steel + turned))
+        schema = json.loads(run("schema", "--result").stdout)
+        result = json.loads(done.stdout)
+        fits(result, schema, schema)
+        self.assertEqual(result["sections"][0]["notes"][1], "1 clockwise element turned")
+        self.assertAlmostEqual(result["sections"][0]["values"]["EA"]["value"] / (600 * 210000), 1, delta=1e-12)
+        for arguments in ([plate, "--materials", materials], [section]):  # from another folder
+            done = run("calc", *arguments, "--json")
+            values, = json.loads(done.stdout)["sections"]
+            self.assertEqual(done.stderr, turned.replace(plate, arguments[0]))
+            self.assertAlmostEqual(values["values"]["EA"]["value"] / (300 * 22100), 1, delta=1e-12)
+            self.assertEqual(values["units"], {"length": "cm", "force": "kN"})
+            self.assertEqual(run("check", *arguments).stdout, arguments[0] + ": nothing found\n")
+            self.assertIn('2 1 "7"', run("mesh", *arguments).stdout)
+        self.assertEqual(sorted(os.listdir(self.folder.name)), ["materials.json", "plate.MSH", "section.json"])
+
+    def test_refusals(self):
+        self.write("parts.json", json.dumps(SQUARE))
+        self.write("more.json", json.dumps({**self.MATERIALS, "mesh": {"groups": {"7": "steel", "flang": "steel"}}}))
+        for arguments, message in (
+                (["calc", "no.msh"], "velquor: no.msh: cannot be read: No such file or directory"),
+                (["calc", "IPE 300", "--materials", "materials.json"], "velquor: --materials: no mesh among the inputs"),
+                (["check", "section.json", "--materials", "materials.json"], "velquor: --materials: no mesh among"),
+                (["calc", "plate.MSH", "--materials", "parts.json"],
+                 "velquor: plate.MSH: parts.json: parts: beside a mesh that is given; leave it out"),
+                (["calc", "plate.MSH", "--materials", "more.json"],
+                 'velquor: plate.MSH: mesh.groups: the mesh has no group "flang"; it can be one of "7", "9"'),
+                (["calc", "plate.MSH", "--size", "3"], "velquor: plate.MSH: wishes.size: of a section that comes as a mesh")):
+            with self.subTest(arguments):
+                done = run(*arguments, cwd=self.folder.name)
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(message, done.stderr)
+
+
 class Python(unittest.TestCase):
     def test_values_and_faults(self):
         self.assertAlmostEqual(velquor_section.calc(SQUARE, units="cm")["values"]["A"]["value"], 1)
