@@ -275,7 +275,7 @@ TEST(MeshFiles, CornersBarsAndLevels) {
     EXPECT_THROW(with_bar(disc), Error);
 
     // A mesh that is fine takes two levels, a coarse one as many as are wished.
-    EXPECT_EQ(analyse(s, 30).levels, 2);
+    EXPECT_EQ(analyse(s, {false, 30}).levels, 2);
     EXPECT_GE(analyse(s).levels, 3);
     // A program's own mesh needs no file, and cannot be written without one.
     s.mesh.file.clear();
