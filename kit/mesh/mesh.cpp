@@ -213,6 +213,9 @@ Mesh mesh_of(const Section& section, double fineness, bool for_stresses) {
         if (fineness != 1) throw Error("mesh", "its elements are as they are", "levels cut each of them in four");
         return mesh_as_given(section, materials_of(section));
     }
+    if (!section.drawing.file.empty())
+        throw Error("drawing.file", "is named, and has not been read",
+                    "read_drawing of kit/section/drawing.h does that");
     Plane drawn = plane_of(section);
     const Point place = place_of(drawn);
     move(drawn, -1 * place);

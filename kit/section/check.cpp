@@ -209,11 +209,14 @@ void check_names(const std::vector<Named>& list, const char* key) {
 void check_section(const Section& s) {
     size_of(lengths(), s.length, "units.length");
     size_of(forces(), s.force, "units.force");
+    const bool drawn = s.drawing.file.empty();  // all of it
     if (is_mesh(s)) {
         check_mesh(s);
-    } else if (s.parts.empty()) {
-        throw Error("", "nothing is drawn: key \"parts\" is missing", "give \"parts\", or a \"mesh\"");
+    } else if (s.parts.empty() && drawn) {
+        throw Error("", "nothing is drawn: key \"parts\" is missing",
+                    "give \"parts\", a \"drawing\", or a \"mesh\"");
     }
+    if (!s.drawing.unit.empty()) size_of(lengths(), s.drawing.unit, "drawing.unit");
     check_names(s.materials, "materials");
     check_names(s.parts, "parts");
     for (std::size_t i = 0; i < s.materials.size(); ++i) check_material(s.materials[i], numbered("materials", i));
@@ -238,7 +241,7 @@ void check_section(const Section& s) {
     }
     if (is_mesh(s)) return;
     check_overlaps(s);
-    check_inside(s, regions);
+    if (drawn) check_inside(s, regions);
 }
 
 std::string place_of_bar(const Section& s, std::size_t number) {
@@ -252,8 +255,12 @@ std::string place_of_element(const Section& s, std::size_t element) {
 
 std::string place_of_owner(const Section& s, std::size_t owner) {
     const std::size_t parts = s.parts.size();
-    if (owner < parts && is_mesh(s)) return "group " + in_quotes(s.parts[owner].name);
-    return owner < parts ? numbered("parts", owner) : place_of_bar(s, owner - parts);
+    if (owner >= parts) return place_of_bar(s, owner - parts);
+    if (is_mesh(s)) return "group " + in_quotes(s.parts[owner].name);
+    // Those of a drawing come before the listed ones.
+    const auto first = std::count_if(s.parts.begin(), s.parts.end(), [](const Part& p) { return !p.where.empty(); });
+    const std::string& where = s.parts[owner].where;
+    return where.empty() ? numbered("parts", owner - static_cast<std::size_t>(first)) : where;
 }
 
 std::vector<Face> faces_of(const Section& section, const Part& part, const std::string& place) {

@@ -214,7 +214,7 @@ Region region_of(const Face& face) {
     return region;
 }
 
-std::optional<Crossing> crossing_of(const Region& region) {
+std::optional<Crossing> crossing_of(const Region& region, bool but_touching) {
     const double tolerance = region.tolerance;
     std::vector<std::size_t> count;  // edges of each outline
     for (const Piece& piece : region.pieces) {
@@ -233,7 +233,8 @@ std::optional<Crossing> crossing_of(const Region& region) {
             const bool same = a->outline == b->outline;
             const bool b_follows = same && b->edge == a->edge + 1;
             const bool a_follows = same && a->edge == 0 && b->edge + 1 == count[a->outline];
-            if (const auto found = meeting(*a, *b, b_follows, a_follows, tolerance)) return found;
+            if (const auto found = meeting(*a, *b, b_follows, a_follows, tolerance))
+                if (!but_touching || found->way == Crossing::crosses) return found;
         }
     return {};
 }

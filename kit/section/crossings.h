@@ -41,9 +41,10 @@ struct Crossing {
     Point at;
 };
 
-// The first crossing along y, if there is one. Edges are compared whose boxes meet, found by a sort along y: some
-// milliseconds for 10,000 edges of a usual outline; all pairs, about a second, where all the boxes meet one another.
-std::optional<Crossing> crossing_of(const Region& region);
+// The first crossing along y, if there is one; `but_touching`: of those alone that change sides. Edges are compared
+// whose boxes meet, found by a sort along y: some milliseconds for 10,000 edges of a usual outline; all pairs, about a
+// second, where all the boxes meet one another.
+std::optional<Crossing> crossing_of(const Region& region, bool but_touching = false);
 
 // Whether a point lies in the region or on its boundary, exact for arcs too.
 bool inside(const Region& region, const Point& p);

@@ -150,18 +150,31 @@ Load load_of(const json& value, const std::string& place, const Section& section
     return load;
 }
 
+// Uses of materials by the names of groups or layers.
+std::map<std::string, Use> uses_of(const json& value) {
+    std::map<std::string, Use> uses;
+    for (const auto& [name, use] : value.items())
+        uses[name] = use.is_string() ? Use{use, 1, 1.0}
+                                     : Use{use.value("material", ""), use.value("group", 1), use.value("factor", 1.0)};
+    return uses;
+}
+
 ReadMesh mesh_of(const json& value) {
     ReadMesh mesh;
     mesh.file = value.value("file", "");
     mesh.join = value.value("join", mesh.join);
     mesh.plane = value.value("plane", "");
-    if (value.contains("groups"))
-        for (const auto& [name, group] : value["groups"].items())
-            mesh.groups[name] =
-                group.is_string()
-                    ? ReadMesh::Group{group, 1, 1.0}
-                    : ReadMesh::Group{group.value("material", ""), group.value("group", 1), group.value("factor", 1.0)};
+    if (value.contains("groups")) mesh.groups = uses_of(value["groups"]);
     return mesh;
+}
+
+Drawing drawing_of(const json& value) {
+    Drawing drawing;
+    drawing.file = value.value("file", "");
+    drawing.gap = value.value("gap", 0.0);
+    drawing.unit = value.value("unit", "");
+    if (value.contains("layers")) drawing.layers = uses_of(value["layers"]);
+    return drawing;
 }
 
 Section section_of(const json& value) {
@@ -178,9 +191,12 @@ Section section_of(const json& value) {
     }
     each("materials", [&](const json& v, const std::string& at) { s.materials.push_back(material_of(v, at)); });
     if (value.contains("mesh")) {
-        if (value.contains("parts")) throw Error("mesh", "beside parts", "a section is drawn or meshed: leave one out");
+        if (value.contains("parts") || value.contains("drawing"))
+            throw Error("mesh", value.contains("parts") ? "beside parts" : "beside a drawing",
+                        "a section is drawn or meshed: leave one out");
         s.mesh = mesh_of(value["mesh"]);
     }
+    if (value.contains("drawing")) s.drawing = drawing_of(value["drawing"]);
     each("parts", [&](const json& v, const std::string& at) { s.parts.push_back(part_of(v, at)); });
     each("bars", [&](const json& v, const std::string& at) { take_bars(v, at, s.bars); });
     each("loads", [&](const json& v, const std::string& at) { s.loads.push_back(load_of(v, at, s, s.loads.size())); });
@@ -218,12 +234,26 @@ ordered_json text_of(const Material& m) {
     return text;
 }
 
+ordered_json text_of(const std::map<std::string, Use>& uses) {
+    ordered_json text = ordered_json::object();
+    for (const auto& [name, use] : uses) {
+        text[name] = {{"group", use.group}, {"factor", use.factor}};
+        if (!use.material.empty()) text[name]["material"] = use.material;
+    }
+    return text;
+}
+
 ordered_json text_of(const ReadMesh& mesh) {
-    ordered_json text = {{"file", mesh.file}, {"groups", ordered_json::object()}};
-    for (const auto& [name, g] : mesh.groups)
-        text["groups"][name] = {{"material", g.material}, {"group", g.group}, {"factor", g.factor}};
+    ordered_json text = {{"file", mesh.file}, {"groups", text_of(mesh.groups)}};
     if (mesh.join >= 0) text["join"] = mesh.join;
     if (!mesh.plane.empty()) text["plane"] = mesh.plane;
+    return text;
+}
+
+ordered_json text_of(const Drawing& drawing) {
+    ordered_json text = {{"file", drawing.file}, {"gap", drawing.gap}};
+    if (!drawing.layers.empty()) text["layers"] = text_of(drawing.layers);
+    if (!drawing.unit.empty()) text["unit"] = drawing.unit;
     return text;
 }
 
@@ -253,11 +283,14 @@ Section read(std::string_view text, bool with_parts) {
         const json value = parse_text(text);
         check_structure(value);
         Section section = section_of(value);
-        if (with_parts && value.contains("mesh") && section.mesh.file.empty())
-            throw Error("mesh", "key \"file\" is missing");
-        if (!with_parts && (!section.parts.empty() || !section.mesh.file.empty()))
-            throw Error(section.parts.empty() ? "mesh.file" : "parts", "beside a mesh that is given",
-                        "leave it out: materials, mesh.groups, bars and wishes are taken");
+        for (const auto& [key, file] :
+             {std::pair{"mesh", &section.mesh.file}, std::pair{"drawing", &section.drawing.file}}) {
+            if (with_parts && value.contains(key) && file->empty()) throw Error(key, "key \"file\" is missing");
+            if (!with_parts && (!section.parts.empty() || !file->empty()))
+                throw Error(section.parts.empty() ? std::string(key) + ".file" : "parts", "beside a file that is given",
+                            "leave it out: materials, mesh.groups, drawing.layers, bars, "
+                            "loads and wishes are taken");
+        }
         if (with_parts) check_section(section);
         return section;
     } catch (const Error&) {
@@ -279,6 +312,7 @@ std::string write_section(const Section& s) {
     if (!s.name.empty()) text["name"] = s.name;
     text["units"] = {{"length", s.length}, {"force", s.force}};
     for (const Material& m : s.materials) text["materials"].push_back(text_of(m));
+    if (!s.drawing.file.empty()) text["drawing"] = text_of(s.drawing);
     if (is_mesh(s))
         text["mesh"] = text_of(s.mesh);
     else

@@ -58,8 +58,9 @@ struct Part {
     std::string profile;                       // a name of profiles.json, or empty
     Face face;                                 // where neither is given
     Place place;
-    int group = 1;      // coupling group, from 1
-    double factor = 1;  // of its group, 0 to 1; below 1 groups bend by themselves
+    int group = 1;           // coupling group, from 1
+    double factor = 1;       // of its group, 0 to 1; below 1 groups bend by themselves
+    std::string where = {};  // what messages call it, where it comes from a drawing: "layer STEEL"; empty: "parts[1]"
 };
 
 struct Bar {
@@ -86,19 +87,21 @@ struct Load {
     double N = 0, My = 0, Mz = 0, Vy = 0, Vz = 0, T = 0, Tw = 0, B = 0;  // in the section's units
 };
 
+// What a group of a mesh or a layer of a drawing is made of.
+struct Use {
+    std::string material;  // empty: the only one, or of a layer that of its name
+    int group = 1;
+    double factor = 1;
+};
+
 // A section that comes as a mesh, from a file or from the program itself. Its parts are the groups of the mesh: with
 // name, material, group and factor, and nothing to draw. They are made by read_mesh of kit/mesh/mesh_file.h, from
 // `groups`.
 struct ReadMesh {
-    struct Group {
-        std::string material;  // empty: the only one
-        int group = 1;
-        double factor = 1;
-    };
-    std::string file;                     // as it was named; empty: there is none
-    std::map<std::string, Group> groups;  // by the name or the number that a group has in the file
-    double join = -1;                     // nodes that are nearer to one another are one; below 0: JOIN of the extent
-    std::string plane;                    // the file's axes along Y and Z, as in "xz"; empty: by the plane it lies in
+    std::string file;                   // as it was named; empty: there is none
+    std::map<std::string, Use> groups;  // by the name or the number that a group has in the file
+    double join = -1;                   // nodes that are nearer to one another are one; below 0: JOIN of the extent
+    std::string plane;                  // the file's axes along Y and Z, as in "xz"; empty: by the plane it lies in
 
     std::vector<Point> nodes;                           // numbered from 1 in `elements`
     std::vector<std::array<std::int32_t, 4>> elements;  // counter-clockwise; a triangle repeats its third node
@@ -106,6 +109,14 @@ struct ReadMesh {
     std::vector<std::uint64_t> numbers;                 // of each element: its number in the file; empty: as they stand
 };
 constexpr double JOIN = 1e-6;
+
+// Outlines from a DXF file, each of which is a part of the material of its layer: read_drawing of drawing.h makes them.
+struct Drawing {
+    std::string file;                   // as it was named; empty: there is none that is still to be read
+    std::map<std::string, Use> layers;  // that are read, by their names in whatever capitals; empty: all
+    double gap = 0;                     // between ends, in the drawing's unit, up to which they are joined
+    std::string unit;                   // of length, in place of the drawing's own; empty: that, or mm
+};
 
 struct Section {
     std::string name;
@@ -117,6 +128,7 @@ struct Section {
     Wishes wishes;
     std::vector<std::string> notes;  // what was done to an input on its way in, a line each, for the user to see
     ReadMesh mesh;                   // in the place of what is drawn
+    Drawing drawing;                 // parts that come before the others
 };
 inline bool is_mesh(const Section& section) { return !section.mesh.file.empty() || !section.mesh.elements.empty(); }
 
