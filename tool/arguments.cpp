@@ -13,6 +13,7 @@
 #include "kit/section/templates.h"
 #include "kit/section/words.h"
 #include "tool/commands.h"
+#include "tool/inputs.h"
 #include "tool/output.h"
 
 namespace velquor {
@@ -40,11 +41,13 @@ struct Arguments {
 };
 
 void add_inputs(CLI::App& command, Inputs& inputs, int most) {
-    command.add_option("FILE", inputs.names, "files, meshes, profiles, or - for the standard input")
+    command.add_option("FILE", inputs.names, "files, meshes, drawings, profiles, or - for the standard input")
         ->expected(most)
         ->type_name("");
-    command.add_option("--materials", inputs.materials, "of meshes: a file of units, materials, groups and bars")
+    command.add_option("--materials", inputs.materials, "of meshes and drawings: a file of units and materials")
         ->type_name("FILE");
+    command.add_option("--gap", inputs.wishes["gap"], "in drawings: between ends of lines, closed up to this")
+        ->type_name("NUMBER");
     command.add_option("--shape", inputs.shape, "a parametric shape: see velquor shapes")->type_name("NAME");
     std::set<std::string> names;
     for (const Shape& shape : velquor::shapes())
@@ -89,7 +92,7 @@ void add_calc(Arguments& a) {
         "Parameters of a shape are options too, in mm: velquor shapes NAME lists them.\n\n"
         "Examples: velquor calc \"IPE 300\" section.json --csv -o values.csv\n"
         "          velquor calc --shape i --h 300 --b 150 --tw 7.1 --tf 10.7 --r 15\n"
-        "          velquor calc section.msh --materials steel.json");
+        "          velquor calc section.dxf --materials steel.json");
 }
 
 void add_others(Arguments& a) {
@@ -99,8 +102,10 @@ void add_others(Arguments& a) {
     command->footer("Example: velquor mesh section.json -o section.msh && gmsh section.msh");
 
     command = a.app.add_subcommand("check", "what is wrong with sections, or seldom meant");
-    command->add_option("FILE", a.check.names, "files, meshes, or - for the standard input")->required()->type_name("");
-    command->add_option("--materials", a.check.materials, "of meshes: a file of units, materials, groups and bars")
+    command->add_option("FILE", a.check.names, "files, meshes, drawings, or - for the standard input")
+        ->required()
+        ->type_name("");
+    command->add_option("--materials", a.check.materials, "of meshes and drawings: a file of units and materials")
         ->type_name("FILE");
     command->add_flag("--json", a.check.json, "findings as JSON: severity, place, message, remedy");
     command->add_option("-o,--output", a.check.output, "file for the findings")->type_name("FILE");
@@ -149,8 +154,11 @@ void check_options(const CLI::App& command) {
 }
 
 void check_materials(const std::string& materials, const std::vector<std::string>& names) {
-    if (!materials.empty() && std::none_of(names.begin(), names.end(), is_mesh_file))
-        throw Misuse("--materials: no mesh among the inputs; sections have materials of their own");
+    const auto may_be = [](const std::string& name) {
+        return name == "-" || is_mesh_file(name) || is_drawing_file(name);
+    };
+    if (!materials.empty() && std::none_of(names.begin(), names.end(), may_be))
+        throw Misuse("--materials: no mesh or drawing among the inputs; sections have materials of their own");
 }
 
 // Throws Misuse where options are given that would have no effect.

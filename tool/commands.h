@@ -16,8 +16,8 @@ struct Inputs {
     std::map<std::string, std::string> parameters;  // of the shape, in mm
     std::map<std::string, std::string> material;    // E, nu, density, strength in place of the only one's: N/mm2, kg/m3
     std::vector<std::string> loads;                 // further load sets, as "N=100 My=20kNm"
-    std::map<std::string, std::string> wishes;      // accuracy, levels, size: in place of what files wish
-    std::string materials = {};                     // file of materials for meshes, if not empty
+    std::map<std::string, std::string> wishes;      // accuracy, levels, size, gap: in place of what files wish
+    std::string materials = {};                     // file of materials for meshes and drawings, if not empty
 };
 
 struct CalcOptions {

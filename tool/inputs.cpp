@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "kit/mesh/mesh_file.h"
+#include "kit/section/drawing.h"
 #include "kit/section/file.h"
 #include "kit/section/loads.h"
 #include "kit/section/templates.h"
@@ -91,21 +92,46 @@ Section profile_named(const std::string& name) {
     }
 }
 
-// A mesh with what a file says of its materials, or all of steel.
-Section mesh_named(const std::string& name, const std::string& materials) {
+// What a file says of materials, for a mesh or a drawing; without one all is of steel.
+Section materials_given(const std::string& file) {
     Section section;
-    if (materials.empty()) {
+    if (file.empty()) {
         section.materials = {steel_s235()};
-        section.notes = {"all of " + section.materials[0].name + ", with lengths in mm: --materials FILE tells others"};
-    } else {
-        try {
-            section = read_materials(text_of_file(materials));
-        } catch (const Error& error) {
-            throw Error(materials + (error.place.empty() ? "" : ": ") + error.place, error.fault, error.remedy);
-        }
+        section.notes = {"all of " + section.materials[0].name + ": --materials FILE tells others"};
+        return section;
     }
+    try {
+        return read_materials(text_of_file(file));
+    } catch (const Error& error) {
+        throw Error(file + (error.place.empty() ? "" : ": ") + error.place, error.fault, error.remedy);
+    }
+}
+
+Section mesh_named(const std::string& name, const std::string& materials) {
+    Section section = materials_given(materials);
+    if (materials.empty()) section.notes.push_back("lengths in mm");
     read_mesh(section, name);
     return section;
+}
+
+Section drawing_given(const std::string& dxf, const Inputs& inputs) {
+    const double gap = given(inputs.wishes, "gap", 0);
+    if (!(gap >= 0 && gap <= 1e9)) throw Error("--gap", text_of(gap), "must be from 0 to 1e9");
+    Section section = materials_given(inputs.materials);
+    if (gap > 0) section.drawing.gap = gap;
+    read_drawing(section, dxf);
+    return section;
+}
+
+// The drawing that a section file names, from its folder; what is said of it begins with its name.
+void take_drawing(Section& section, const std::filesystem::path& folder) {
+    const std::string name = section.drawing.file;
+    try {
+        read_drawing(section, text_of_file(folder / name));
+    } catch (const Error& error) {
+        throw Error(printable(name) + (error.place.empty() ? "" : ": ") + error.place, error.fault, error.remedy);
+    }
+    for (std::string& note : section.notes) note.insert(0, printable(name) + ": ");
 }
 
 void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes& wishes) {
@@ -123,10 +149,14 @@ void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes&
 
 }  // namespace
 
+bool is_drawing_file(const std::string& name) {
+    return plain(std::filesystem::path(name).extension().string()) == ".dxf";
+}
+
 bool is_file(const std::string& name) {
     std::error_code none;
     return name == "-" || name.find('/') != std::string::npos || std::filesystem::path(name).extension() == ".json" ||
-           is_mesh_file(name) || std::filesystem::exists(name, none);
+           is_mesh_file(name) || is_drawing_file(name) || std::filesystem::exists(name, none);
 }
 
 std::string text_of_file(const std::string& name) {
@@ -158,9 +188,12 @@ Section section_of(const Inputs& inputs, std::size_t number) {
         const std::filesystem::path file = inputs.names[number];
         if (is_mesh_file(file)) {
             section = mesh_named(file, inputs.materials);
+        } else if (const std::string text = text_of_file(file); is_drawing_file(file) || is_drawing(text)) {
+            section = drawing_given(text, inputs);
         } else {
-            section = read_section(text_of_file(file));
+            section = read_section(text);
             if (is_mesh(section)) read_mesh(section, file.parent_path() / section.mesh.file, section.mesh.file);
+            if (!section.drawing.file.empty()) take_drawing(section, file.parent_path());
         }
         if (section.name.empty() && file != "-") section.name = file.stem();
     } else {

@@ -14,7 +14,8 @@ std::string name_of(const Inputs& inputs, std::size_t number);
 // The text of a file, of the standard input for "-". Throws Error where it cannot be read.
 std::string text_of_file(const std::string& name);
 
-// Whether a name is that of a file, and not of a profile.
+// Whether a name is that of a file, and not of a profile; and whether it is that of a drawing.
 bool is_file(const std::string& name);
+bool is_drawing_file(const std::string& name);
 
 }  // namespace velquor
