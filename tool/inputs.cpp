@@ -93,11 +93,11 @@ Section profile_named(const std::string& name) {
 }
 
 // What a file says of materials, for a mesh or a drawing; without one all is of steel.
-Section materials_given(const std::string& file) {
+Section materials_given(const std::string& file, const char* lengths) {
     Section section;
     if (file.empty()) {
         section.materials = {steel_s235()};
-        section.notes = {"all of " + section.materials[0].name + ": --materials FILE tells others"};
+        section.notes = {"all of " + section.materials[0].name + lengths + ": --materials FILE tells others"};
         return section;
     }
     try {
@@ -108,8 +108,7 @@ Section materials_given(const std::string& file) {
 }
 
 Section mesh_named(const std::string& name, const std::string& materials) {
-    Section section = materials_given(materials);
-    if (materials.empty()) section.notes.push_back("lengths in mm");
+    Section section = materials_given(materials, ", with lengths in mm");
     read_mesh(section, name);
     return section;
 }
@@ -117,7 +116,7 @@ Section mesh_named(const std::string& name, const std::string& materials) {
 Section drawing_given(const std::string& dxf, const Inputs& inputs) {
     const double gap = given(inputs.wishes, "gap", 0);
     if (!(gap >= 0 && gap <= 1e9)) throw Error("--gap", text_of(gap), "must be from 0 to 1e9");
-    Section section = materials_given(inputs.materials);
+    Section section = materials_given(inputs.materials, "");
     if (gap > 0) section.drawing.gap = gap;
     read_drawing(section, dxf);
     return section;

@@ -252,8 +252,8 @@ class Meshes(unittest.TestCase):
         self.write("more.json", json.dumps({**self.MATERIALS, "mesh": {"groups": {"7": "steel", "flang": "steel"}}}))
         for arguments, message in (
                 (["calc", "no.msh"], "velquor: no.msh: cannot be read: No such file or directory"),
-                (["calc", "IPE 300", "--materials", "materials.json"], "velquor: --materials: no mesh among the inputs"),
-                (["check", "section.json", "--materials", "materials.json"], "velquor: --materials: no mesh among"),
+                (["calc", "IPE 300", "--materials", "materials.json"], "velquor: --materials: no mesh or drawing among the inputs"),
+                (["check", "section.json", "--materials", "materials.json"], "velquor: --materials: no mesh or drawing among"),
                 (["calc", "plate.MSH", "--materials", "parts.json"],
                  "velquor: plate.MSH: parts.json: parts: beside a mesh that is given; leave it out"),
                 (["calc", "plate.MSH", "--materials", "more.json"],
