@@ -11,6 +11,7 @@ foreach(header
     analysis/values.h
     mesh/mesh.h
     mesh/mesh_file.h
+    section/drawing.h
     section/file.h
     section/profiles.h
     section/section.h

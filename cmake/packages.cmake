@@ -65,12 +65,12 @@ and examples.")
 
 set(CPACK_DEBIAN_KIT_PACKAGE_NAME ${kit_package})
 set(CPACK_DEBIAN_KIT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_KIT_PACKAGE_DEPENDS libgmsh-dev)
+set(CPACK_DEBIAN_KIT_PACKAGE_DEPENDS "libdxflib-dev, libgmsh-dev")
 set(CPACK_COMPONENT_KIT_DEPENDS development)
 set(CPACK_DEBIAN_KIT_DESCRIPTION "characteristics of beam cross-sections, kit for programs in C++
 A static library that meshes a cross-section from its description, its outlines
 or the name of a rolled profile, and calculates it with Velquor. Programs that
-link it link Gmsh too, and are under the GPL as a whole.")
+link it link Gmsh and dxflib too, and are under the GPL as a whole.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_package})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)
