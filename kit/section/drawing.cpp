@@ -14,7 +14,7 @@ namespace velquor {
 
 namespace {
 
-constexpr std::size_t MOST_PARTS = 1000;
+constexpr std::size_t MOST_PARTS = 1000;  // and holes
 
 // The material of a layer that no list names: that of its name, or the only one.
 std::string material_of(const std::string& layer, const std::vector<Material>& materials) {
@@ -37,11 +37,15 @@ void scale(Outline& outline, double by) {
 std::vector<Part> in_order(const std::vector<Part>& parts) {
     const std::size_t n = parts.size();
     std::vector<double> area(n);
-    for (std::size_t i = 0; i < n; ++i) area[i] = area_of(parts[i].face);
+    std::vector<Region> regions;
+    for (std::size_t i = 0; i < n; ++i) {
+        area[i] = area_of(parts[i].face);
+        regions.push_back(region_of({parts[i].face.outer, {}}));
+    }
     std::vector<std::vector<std::size_t>> around(n);
     for (std::size_t i = 0; i < n; ++i)
         for (std::size_t k = 0; k < n; ++k)
-            if (area[k] > area[i] && lies_in(parts[i].face.outer, parts[k].face.outer).inside) around[i].push_back(k);
+            if (area[k] > area[i] && lies_in(regions[i], regions[k]).inside) around[i].push_back(k);
     std::vector<bool> placed(n, false);
     std::vector<Part> order;
     const auto place = [&](std::size_t i, const auto& again) -> void {
@@ -98,15 +102,17 @@ void take(Section& section, std::string_view dxf) {
     }
 
     std::vector<Part> parts;
+    std::size_t count = 0;
     std::set<std::string> taken;
     for (const Part& part : section.parts) taken.insert(part.name);
     for (const Layer& layer : drawn.layers) {
         if (layer.runs.empty()) continue;
         const std::vector<Outline> outlines = joined(layer.runs, drawing.gap, layer.name, unit, section.notes);
-        const std::vector<Face> faces = nested(outlines, layer.name);
-        if (parts.size() + faces.size() > MOST_PARTS)
+        count += outlines.size();
+        if (count > MOST_PARTS)
             throw Error(named_layer(layer.name), "more than " + std::to_string(MOST_PARTS) + " outlines in all",
                         "name the layers that are to be read");
+        const std::vector<Face> faces = nested(outlines, layer.name);
         const auto made = find(drawing.layers, layer.name);
         std::size_t number = 0;
         for (const Face& face : faces) {

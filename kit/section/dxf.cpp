@@ -57,6 +57,7 @@ struct Entity {
 
 struct Block {
     Point base;
+    bool elsewhere = false;  // in another drawing
     std::vector<Entity> entities;
     std::vector<Other> others;
 };
@@ -146,6 +147,7 @@ struct Taker : DL_CreationAdapter {
     void addBlock(const DL_BlockData& data) override {
         block = folded(data.name);
         blocks[block].base = {data.bpx, data.bpy};
+        blocks[block].elsewhere = (data.flags & 4) != 0;
     }
     void endBlock() override { block.clear(); }
 
@@ -321,7 +323,7 @@ struct Placer {
         if (layer(own).hidden) return;
         const Point at = map(e.map.origin);
         const auto known = taken.blocks.find(e.block);
-        if (known == taken.blocks.end() || e.block.empty())
+        if (known == taken.blocks.end() || e.block.empty() || known->second.elsewhere)
             refuse("INSERT", own, at, "block " + in_quotes(e.block) + " is not in the file",
                    "write it into the drawing as its own block");
         if (e.tilted) refuse("INSERT", own, at, "lies out of the plane", "draw the section in the plane of x and y");

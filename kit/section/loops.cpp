@@ -5,7 +5,6 @@
 #include <map>
 #include <numeric>
 
-#include "kit/section/crossings.h"
 #include "kit/section/geometry.h"
 #include "kit/section/vectors.h"
 #include "kit/section/words.h"
@@ -272,20 +271,20 @@ std::vector<Outline> joined(std::vector<Run> runs, double gap, const std::string
     return outlines;
 }
 
-Lies lies_in(const Outline& inner, const Outline& outer) {
-    const Region region = region_of({outer, {}}), other = region_of({inner, {}});
+Lies lies_in(const Region& inner, const Region& outer) {
     Lies lies;
-    if (other.high.y < region.low.y || other.low.y > region.high.y || other.high.z < region.low.z ||
-        other.low.z > region.high.z)
+    if (inner.high.y < outer.low.y || inner.low.y > outer.high.y || inner.high.z < outer.low.z ||
+        inner.low.z > outer.high.z)
         return lies;
     bool in = false, out = false;
-    const std::size_t step = 1 + inner.edges.size() / MOST_LOOKS;
-    for (std::size_t i = 0; i < inner.edges.size(); i += step) {
-        const Edge& edge = inner.edges[i];
-        const Point& from = inner.edges[i > 0 ? i - 1 : inner.edges.size() - 1].to;
-        for (const Point& p : {edge.to, edge.arc ? edge.through : 0.5 * (from + edge.to)}) {
-            if (distance_to_boundary(region, p) <= 10 * region.tolerance) continue;
-            const bool here = inside(region, p);
+    const std::size_t step = 1 + inner.pieces.size() / MOST_LOOKS;
+    for (std::size_t i = 0; i < inner.pieces.size(); i += step) {
+        const Piece& piece = inner.pieces[i];
+        const Point middle = 0.5 * (piece.from + piece.to);
+        const Point aside = piece.left ? left_of(piece.to - piece.from) : left_of(piece.from - piece.to);
+        for (const Point& p : {piece.to, piece.arc ? piece.centre + piece.radius * unit(aside) : middle}) {
+            if (distance_to_boundary(outer, p) <= 10 * outer.tolerance) continue;
+            const bool here = inside(outer, p);
             if ((here ? out : in) && !lies.across) {
                 lies.across = true;
                 lies.at = p;
@@ -315,11 +314,15 @@ std::vector<Face> nested(const std::vector<Outline>& outlines, const std::string
     const std::size_t n = outlines.size();
     std::vector<double> area(n);
     std::vector<std::size_t> depth(n, 0), around(n, n);  // the least of those that it lies in
-    for (std::size_t i = 0; i < n; ++i) area[i] = std::abs(area_of(outlines[i]));
+    std::vector<Region> regions;
+    for (std::size_t i = 0; i < n; ++i) {
+        area[i] = std::abs(area_of(outlines[i]));
+        regions.push_back(region_of({outlines[i], {}}));
+    }
     for (std::size_t i = 0; i < n; ++i)
         for (std::size_t k = 0; k < n; ++k) {
             if (i == k || area[k] < area[i] || (area[k] == area[i] && k > i)) continue;
-            const Lies lies = lies_in(outlines[i], outlines[k]);
+            const Lies lies = lies_in(regions[i], regions[k]);
             if (lies.across)
                 throw Error(named_layer(layer), "outlines overlap at " + text_at(lies.at),
                             "those of one layer must lie in one another, or apart");

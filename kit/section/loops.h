@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "kit/section/section.h"
+#include "kit/section/crossings.h"
 
 namespace velquor {
 
@@ -36,7 +36,7 @@ struct Lies {
     bool inside = false, across = false;
     Point at;  // where it is across
 };
-Lies lies_in(const Outline& inner, const Outline& outer);
+Lies lies_in(const Region& inner, const Region& outer);
 
 // "layer STEEL", "(12.5, 30)"
 std::string named_layer(std::string_view name);

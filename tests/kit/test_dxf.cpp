@@ -309,6 +309,8 @@ TEST(Drawing, WhatIsWrongIsNamed) {
         {file(insert("NONE", {1, 2})),
          "INSERT on layer STEEL at (1, 2): block \"none\" is not in the file; write it into the drawing as its own "
          "block"},
+        {file(insert("A", {1, 2}), "", group(0, "BLOCK") + group(2, "A") + group(70, "4") + group(0, "ENDBLK")),
+         "INSERT on layer STEEL at (1, 2): block \"a\" is not in the file; write it into the drawing as its own block"},
         {file(insert("A", {1, 2}), "", block("A", insert("A", {}))),
          "INSERT on layer STEEL at (1, 2): blocks nested deeper than 16; a block must not hold itself"},
         {file(insert("A", {1, 2}, group(41, "0")), "", block("A", square)),
