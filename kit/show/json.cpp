@@ -2,9 +2,9 @@
 #include <nlohmann/json.hpp>
 
 #include "kit/section/loads.h"
+#include "kit/show/lines.h"
 #include "kit/show/schema.h"
 #include "kit/show/show.h"
-#include "velquor.h"
 
 namespace velquor {
 
@@ -90,8 +90,7 @@ ordered_json json_of(const LoadResult& r) {
 
 std::string show_json(const std::vector<Outcome>& outcomes) {
     ordered_json json;
-    json["velquor"] = std::to_string(VQ_VERSION_MAJOR) + "." + std::to_string(VQ_VERSION_MINOR) + "." +
-                      std::to_string(VQ_VERSION_PATCH);
+    json["velquor"] = version_text();
     json["sections"] = ordered_json::array();
     for (const Outcome& outcome : outcomes) {
         ordered_json section;

@@ -1,40 +1,12 @@
 #include <algorithm>
-#include <map>
 
 #include "kit/section/words.h"
+#include "kit/show/fields.h"
 #include "kit/show/show.h"
 
 namespace velquor {
 
 namespace {
-
-// A surface of the file: a part, or all bars of a material.
-struct Surface {
-    std::string name, material;
-    std::vector<std::size_t> elements;
-};
-
-std::vector<Surface> surfaces_of(const Section& section, const Mesh& mesh) {
-    std::vector<Surface> surfaces;
-    for (std::size_t k = 0; k < section.parts.size(); ++k) {
-        const Part& part = section.parts[k];
-        surfaces.push_back({part.name.empty() ? "part " + std::to_string(k + 1) : part.name, part.material, {}});
-    }
-    std::map<std::string, std::size_t> bars;
-    for (std::size_t e = 0; e < mesh.elements.size(); ++e) {
-        auto at = static_cast<std::size_t>(mesh.owners[e]);
-        if (at >= section.parts.size()) {
-            const std::string& material = section.bars.at(at - section.parts.size()).material;
-            const auto [known, fresh] = bars.emplace(material, surfaces.size());
-            if (fresh) surfaces.push_back({"bars", material, {}});
-            at = known->second;
-        }
-        surfaces[at].elements.push_back(e);
-    }
-    surfaces.erase(std::remove_if(surfaces.begin(), surfaces.end(), [](const auto& s) { return s.elements.empty(); }),
-                   surfaces.end());
-    return surfaces;
-}
 
 std::string quoted(const std::string& text) {
     std::string result = "\"";
@@ -42,7 +14,48 @@ std::string quoted(const std::string& text) {
     return result + "\"";
 }
 
+bool is_triangle(const Mesh& mesh, std::size_t e) { return mesh.elements[e][2] == mesh.elements[e][3]; }
+
+// Elements in the order of their numbers in the file: surface by surface, of each the triangles first.
+std::vector<std::size_t> in_order(const std::vector<Surface>& surfaces, const Mesh& mesh) {
+    std::vector<std::size_t> order;
+    for (const Surface& surface : surfaces)
+        for (const bool triangles : {true, false})
+            for (const std::size_t e : surface.elements)
+                if (is_triangle(mesh, e) == triangles) order.push_back(e);
+    return order;
+}
+
+// The head of a view: its name, time 0, and how many numbers there are.
+std::string head_of_view(const std::string& name, std::size_t components, std::size_t count) {
+    return "1\n" + quoted(name) + "\n1\n0\n3\n0\n" + std::to_string(components == 2 ? 3 : 1) + "\n" +
+           std::to_string(count) + "\n";
+}
+
+std::string numbers_at(const Fields::Column& column, std::int32_t point) {
+    std::string text;
+    for (std::size_t k = 0; k < column.components; ++k)
+        text += " " + text_of(column.values[static_cast<std::size_t>(point) * column.components + k]);
+    return column.components == 2 ? text + " 0" : text;
+}
+
 }  // namespace
+
+std::string show_mesh(const Section& section, const Fields& fields) {
+    std::string text = show_mesh(section, fields.mesh);
+    const std::vector<std::size_t> order = in_order(surfaces_of(section, fields.mesh), fields.mesh);
+    for (const Fields::Column& column : fields.columns) {
+        text += "$ElementNodeData\n" + head_of_view(column.name, column.components, order.size());
+        for (std::size_t number = 0; number < order.size(); ++number) {
+            const std::size_t corners = is_triangle(fields.mesh, order[number]) ? 3 : 4;
+            text += std::to_string(number + 1) + " " + std::to_string(corners);
+            for (std::size_t c = 0; c < corners; ++c) text += numbers_at(column, fields.cells[order[number]][c]);
+            text += "\n";
+        }
+        text += "$EndElementNodeData\n";
+    }
+    return text;
+}
 
 std::string show_mesh(const Section& section, const Mesh& mesh) {
     const auto surfaces = surfaces_of(section, mesh);
@@ -78,7 +91,6 @@ std::string show_mesh(const Section& section, const Mesh& mesh) {
     for (std::size_t n = 0; n < mesh.nodes.size(); ++n) text += count(n + 1) + "\n";
     for (const Point& p : mesh.nodes) text += text_of(p.y) + " " + text_of(p.z) + " 0\n";
 
-    const auto is_triangle = [&](std::size_t e) { return mesh.elements[e][2] == mesh.elements[e][3]; };
     std::string blocks;
     std::size_t number = 0, written = 0;
     for (std::size_t k = 0; k < surfaces.size(); ++k)
@@ -86,7 +98,7 @@ std::string show_mesh(const Section& section, const Mesh& mesh) {
             std::string lines;
             std::size_t here = 0;
             for (const std::size_t e : surfaces[k].elements) {
-                if (is_triangle(e) != triangles) continue;
+                if (is_triangle(mesh, e) != triangles) continue;
                 lines += count(++number);
                 for (std::size_t c = 0; c < (triangles ? 3u : 4u); ++c)
                     lines += " " + std::to_string(mesh.elements[e][c]);

@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <cmath>
 
 #include "kit/section/words.h"
+#include "kit/show/lines.h"
 #include "kit/show/show.h"
 
 namespace velquor {
@@ -30,28 +30,6 @@ std::string shortened(const std::string& text, std::size_t width) {
     return text.substr(0, end - 1) + "…";  // in place of the last letter, of which the first byte was counted
 }
 
-// A bound, or what rounding leaves where none is known.
-double slack(const Value& v) { return (std::isnan(v.bound) ? 0 : v.bound) + 1e-9 * std::abs(v.value); }
-bool same(const Value& a, const Value& b) { return std::abs(a.value - b.value) <= slack(a) + slack(b); }
-
-// Whether the principal axes are y and z, in either order: what lies along them says nothing new.
-bool are_principal(const Values& values) {
-    const Entry& alpha = values["alpha"];
-    if (!alpha.given) return true;
-    const double angle = std::abs(alpha.value.value);
-    return std::min(angle, std::abs(angle - 90)) <= slack(alpha.value) + 1e-9;
-}
-
-// Of main values those that say something new.
-bool is_shown(const Values& values, const Entry& entry, bool principal) {
-    const Quantity& q = *entry.quantity;
-    if (!entry.given || !q.main) return false;
-    if (principal && (q.needs & PRINCIPAL) && q.key != std::string("alpha")) return false;
-    if (*q.twin == '\0') return true;
-    const Entry& twin = values[q.twin];
-    return !twin.given || !same(entry.value, twin.value);
-}
-
 using Lines = std::vector<std::vector<std::string>>;
 
 std::vector<std::size_t> widths_of(const Lines& lines) {
@@ -71,10 +49,7 @@ std::string trimmed(std::string line) {
 std::string heading(const Values& v) {
     std::string text = (v.name.empty() ? "Section" : printable(v.name)) + "\n";
     text += std::to_string(v.nodes) + " nodes, " + std::to_string(v.levels) + (v.levels == 1 ? " level" : " levels");
-    if (std::isfinite(v.reached)) {
-        text += "; bounds up to " + bound_text({1, v.reached}) + " (" + v.worst + ")";
-        if (!v.met) text += ", more than the " + text_of(v.wished) + " that was wished";
-    }
+    if (const std::string accuracy = accuracy_of(v); !accuracy.empty()) text += "; " + accuracy;
     if (v.materials.size() > 1 && !v.reference.empty()) text += "\nmoduli of reference: " + printable(v.reference);
     return text + "\n";
 }
@@ -94,15 +69,9 @@ std::string list_of_materials(const Values& v) {
     return text;
 }
 
-// Main values that are not there and repeat no other, by their reason, in lines of at most this width.
+// What is missing, in lines of at most this width.
 std::string list_of_missing(const Values& v, std::size_t width) {
-    std::vector<std::pair<std::string, std::vector<std::string>>> reasons;
-    for (const Entry& entry : v.entries) {
-        if (entry.given || !entry.quantity->main || *entry.quantity->twin != '\0') continue;
-        auto at = std::find_if(reasons.begin(), reasons.end(), [&](const auto& r) { return r.first == entry.reason; });
-        if (at == reasons.end()) at = reasons.insert(at, {entry.reason, {}});
-        at->second.push_back(entry.quantity->symbol);
-    }
+    const std::vector<Missing> reasons = missing_of(v);
     std::string text = reasons.empty() ? "" : "\nNot given\n";
     for (const auto& [reason, symbols] : reasons) {
         std::string line = "  " + reason + ":";
@@ -140,13 +109,10 @@ const Quantity& quantity_of(const std::string& key) {
 std::string show_text(const Values& v, int width, bool all) {
     Lines lines;  // symbol, value, sign, bound, unit, meaning, slots
     std::vector<const char*> groups;
-    const bool principal = are_principal(v);
-    for (const Entry& entry : v.entries) {
-        if (!(all ? entry.given : is_shown(v, entry, principal))) continue;
-        const Quantity& q = *entry.quantity;
-        const std::string bound = bound_text(entry.value);
-        lines.push_back({q.symbol, figures(entry.value), bound == "exact" ? "" : "±", bound,
-                         raised(unit_of(q, v.length, v.force)), q.meaning, q.slots});
+    for (const Line& line : lines_of(v, all)) {
+        const Quantity& q = *line.quantity;
+        lines.push_back(
+            {q.symbol, line.value, line.bound == "exact" ? "" : "±", line.bound, line.unit, q.meaning, q.slots});
         groups.push_back(q.group);
     }
     const auto widths = widths_of(lines);

@@ -14,6 +14,7 @@
 #include "kit/analysis/values.h"
 #include "kit/section/file.h"
 #include "kit/section/vectors.h"
+#include "kit/show/fields.h"
 #include "kit/show/show.h"
 
 namespace velquor {
@@ -397,6 +398,55 @@ TEST(Show, MeshIsOpenedByGmsh) {
     }
     EXPECT_EQ(names, (std::vector<std::string>{"block", "plate", "bars", "material concrete", "material steel"}));
     gmsh::model::remove();
+}
+
+// Stresses of both sides of a boundary, at the corners of its elements; a vector has three numbers there.
+TEST(Show, FieldsAreViewsOfGmsh) {
+    const Section s = section_with(
+        R"({"shape": "rectangle", "material": "concrete", "parameters": {"b": 30, "h": 50}},
+           {"shape": "rectangle", "material": "steel", "parameters": {"b": 30, "h": 2}, "at": [0, 26]})",
+        R"(, "loads": [{"name": "\"l\"", "N": 100, "Vy": 7}])");
+    const Fields fields = fields_of(s, analyse(s, {true}), {{s.loads[0], false}, unit_case("Vz", "")}, false);
+    const std::string file = testing::TempDir() + "velquor_fields.msh";
+    std::ofstream(file) << show_mesh(s, fields);
+    gmsh::open(file);
+    std::remove(file.c_str());
+    std::vector<int> views;
+    gmsh::view::getTags(views);
+    ASSERT_EQ(views.size(), fields.columns.size());
+    std::size_t k = 0;
+    for (const Fields::Column& column : fields.columns) {
+        std::string type;
+        std::vector<std::size_t> elements;
+        std::vector<std::vector<double>> data;
+        double time = 0;
+        int components = 0;
+        gmsh::view::getModelData(views[k++], 0, type, elements, data, time, components);
+        EXPECT_EQ(type, "ElementNodeData");
+        EXPECT_EQ(components, column.components == 2 ? 3 : 1);
+        ASSERT_EQ(elements.size(), fields.cells.size());
+        for (std::size_t i = 0; i < elements.size(); ++i) {
+            int kind = 0;
+            std::vector<std::size_t> corners;
+            gmsh::model::mesh::getElement(elements[i], kind, corners);
+            const auto same = [&](const std::array<std::int32_t, 4>& element) {
+                return std::equal(corners.begin(), corners.end(), element.begin(),
+                                  [](std::size_t a, std::int32_t b) { return a == static_cast<std::size_t>(b); });
+            };
+            const auto& all = fields.mesh.elements;
+            const auto e = static_cast<std::size_t>(std::find_if(all.begin(), all.end(), same) - all.begin());
+            ASSERT_LT(e, all.size());
+            for (std::size_t c = 0; c < corners.size(); ++c)
+                for (std::size_t part = 0; part < column.components; ++part) {
+                    const auto point = static_cast<std::size_t>(fields.cells[e][c]);
+                    EXPECT_EQ(data[i][c * static_cast<std::size_t>(components) + part],
+                              column.values[point * column.components + part]);
+                }
+        }
+    }
+    EXPECT_EQ(fields.columns[4].name, "\"l\" axial");
+    EXPECT_EQ(fields.columns.back().name, "unit Vz shear amount");
+    gmsh::clear();
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ import sys
 import tempfile
 import time
 import unittest
+import xml.etree.ElementTree
 
 ROOT = pathlib.Path(__file__).parents[2]
 sys.path.insert(0, str(ROOT / "bindings" / "python"))
@@ -57,6 +58,11 @@ class Statuses(unittest.TestCase):
             (["calc", "--shape", "i", "--h", "300"], 1, "velquor: --shape i: "),
             (["calc", "--shape", "circle", "--d", "-5"], 1, "d = -5: must be above 0"),
             (["mesh", "IPE 300", "-o", "/no/folder"], 3, "velquor: /no/folder: cannot be written"),
+            (["draw", "IPE 300", "-o", "ipe.jpg"], 1, 'velquor: IPE 300: -o: no picture is of the form ".jpg"; end the'),
+            (["draw", "IPE 300", "-o", "ipe"], 1, 'velquor: IPE 300: -o: "ipe" has no ending; end the name with .svg'),
+            (["draw", "IPE 300", "--field", "shaer"], 1, 'velquor: IPE 300: --field: unknown field "shaer"; did you mean'),
+            (["draw", "IPE 300", "--width", "5"], 1, "velquor: IPE 300: --width: 5; must be from 16 to 16000"),
+            (["draw", "IPE 300", "-o", "/no/ipe.svg"], 3, "velquor: /no/ipe.svg: cannot be written"),
             (["profiles", "XYZ"], 1, 'velquor: no profile'),
         )
         for arguments, status, message in cases:
@@ -102,6 +108,40 @@ class Statuses(unittest.TestCase):
                 self.assertEqual(process.wait(timeout=1), -signal.SIGINT)
             finally:
                 process.kill()
+
+
+class Pictures(unittest.TestCase):
+    def test_svg_is_well_formed_and_has_words(self):
+        done = run("draw", "-", "--field", "outline", "--field", "shear:Vz", "--dark",
+                   text=json.dumps({**SQUARE, "name": '<&> "Å" '}))
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        svg = xml.etree.ElementTree.fromstring(done.stdout.encode())
+        space = "{http://www.w3.org/2000/svg}"
+        words = [text.text for text in svg.iter(space + "text")]
+        self.assertEqual((svg.get("role"), svg.find(space + "title").text), ("img", '<&> "Å" '))
+        for word in ('<&> "Å" ', "y", "z", "C", "10", "Shear stress τ", "Vz = 1 N: force along z through M"):
+            self.assertIn(word, words)
+        named = [element.get("id") for element in svg.iter() if element.get("id")]
+        self.assertEqual(len(named), len(set(named)))
+
+    def test_without_fonts(self):
+        with tempfile.TemporaryDirectory() as folder:
+            settings = pathlib.Path(folder) / "fonts.conf"
+            settings.write_text(f"<fontconfig><dir>{folder}</dir><cachedir>{folder}</cachedir></fontconfig>")
+            done = run("draw", "IPE 300", env={**os.environ, "FONTCONFIG_FILE": str(settings)})
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("no fonts are installed, and pictures have words; install one", done.stderr)
+
+    def test_files_of_each_form(self):
+        with tempfile.TemporaryDirectory() as folder:
+            name = f"{folder}/ipe"
+            for ending, begin in ((".svg", b"<?xml"), (".PNG", b"\x89PNG"), (".pdf", b"%PDF")):
+                done = run("draw", "IPE 300", "--field", "axial:My", "-o", name + ending)
+                self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+                self.assertTrue(pathlib.Path(name + ending).read_bytes().startswith(begin))
+            words = subprocess.run(["pdftotext", name + ".pdf", "-"], capture_output=True, encoding="utf-8").stdout
+            for word in ("IPE 300", "Axial stress σ", "tension is positive", "My = 1 N·mm: bending about y"):
+                self.assertIn(word, words)
 
 
 class Forms(unittest.TestCase):

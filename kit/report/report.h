@@ -1,0 +1,35 @@
+// The report of a calculation, to be filed: what went in, what came out, how exact it is, and how it was found.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kit/analysis/check.h"
+#include "kit/analysis/loads.h"
+#include "kit/analysis/values.h"
+#include "kit/report/document.h"
+
+namespace velquor {
+
+// Everything that a report tells.
+struct Report {
+    const Section& section;
+    const Analysis& analysis;  // with stresses where there are loads
+    Values values;             // in the units that they are shown in
+    std::vector<Finding> findings;
+    std::vector<LoadResult> loads;
+    std::vector<std::string> notes;  // what the user, or the file that a mesh came from, says of the section
+    std::string input;               // as the user named it
+    std::string project, by, date;   // empty: a line for a pen
+};
+
+// Lives no longer than the section and the analysis.
+Document document_of(const Report& report);
+
+// Chapters, by report.cpp, of input.cpp and of results.cpp.
+void tell_input(const Report& report, std::vector<Block>& blocks);
+void tell_values(const Report& report, std::vector<Block>& blocks);
+void tell_stresses(const Report& report, std::vector<Block>& blocks);
+
+}  // namespace velquor

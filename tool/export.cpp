@@ -1,0 +1,32 @@
+#include "kit/section/file.h"
+#include "kit/show/fields.h"
+#include "tool/commands.h"
+#include "tool/inputs.h"
+#include "tool/output.h"
+
+namespace velquor {
+
+int export_fields(const ExportOptions& options) {
+    const std::string input = name_of(options.inputs, 0);
+    try {
+        using Writer = std::string (*)(const Section&, const Fields&);
+        const std::string form = ending_of(options.output, {".vtu", ".msh", ".csv"});
+        const Writer shown = form == ".vtu" ? Writer(show_vtu) : form == ".msh" ? Writer(show_mesh) : Writer(show_csv);
+        std::vector<Case> cases;
+        for (const std::string& name : options.cases) cases.push_back(unit_case(name, "--case"));
+        const Section section = section_of(options.inputs, 0);
+        check_section(section);
+        Effort effort;
+        effort.stresses = true;
+        const Analysis analysis = analyse(section, effort);
+        if (cases.empty()) cases = cases_of(section, analysis);
+        write(shown(section, fields_of(section, analysis, cases, options.finest)), options.output);
+        return DONE;
+    } catch (const Error&) {
+        const Failure fault = failure();
+        complain(input, fault);
+        return fault.status;
+    }
+}
+
+}  // namespace velquor
