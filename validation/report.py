@@ -115,6 +115,11 @@ def overview(sections):
             "", *table(["Section", "elements", "layers", "values"], rows)]
 
 
+def drawn(s):
+    """Whether docs/pictures.py draws the section."""
+    return (HERE / "outlines" / f"{s['name']}.json").exists()
+
+
 def section_part(s):
     sources, notes, rows = [], {}, []
     finer = any(e["order"] for e in s["expected"])
@@ -135,6 +140,7 @@ def section_part(s):
     if not any(row[1] for row in rows):
         head, rows = [head[0], *head[2:]], [[row[0], *row[2:]] for row in rows]
     lines = [f"### {escaped(s['title'])}", "",
+             *([f"![{escaped(s['title'])}](pictures/sections/{s['name']}.svg)", ""] if drawn(s) else []),
              f"{escaped(s['about'])} (`{s['name']}.json`, {s['units']}; {size_text(s)})", "", *table(head, rows), "",
              "Sources: " + "; ".join(f"({i}) {escaped(source)}" for i, source in enumerate(sources, 1)) + "."]
     if notes:
