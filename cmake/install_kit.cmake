@@ -7,10 +7,15 @@ install(TARGETS velquor_kit EXPORT velquor-kit-targets
 foreach(header
     analysis/analysis.h
     analysis/check.h
+    analysis/loads.h
     analysis/slots.h
+    analysis/stresses.h
     analysis/values.h
+    draw/draw.h
     mesh/mesh.h
     mesh/mesh_file.h
+    report/document.h
+    report/report.h
     section/drawing.h
     section/file.h
     section/profiles.h
@@ -18,6 +23,7 @@ foreach(header
     section/shapes.h
     section/templates.h
     section/units.h
+    show/fields.h
     show/show.h)
   get_filename_component(room ${header} DIRECTORY)
   install(FILES kit/${header} DESTINATION ${kit_include_dir}/kit/${room} COMPONENT kit)

@@ -65,7 +65,7 @@ and examples.")
 
 set(CPACK_DEBIAN_KIT_PACKAGE_NAME ${kit_package})
 set(CPACK_DEBIAN_KIT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_KIT_PACKAGE_DEPENDS "libdxflib-dev, libgmsh-dev")
+set(CPACK_DEBIAN_KIT_PACKAGE_DEPENDS "libdxflib-dev, libgmsh-dev, libcairo2-dev, libpango1.0-dev")
 set(CPACK_COMPONENT_KIT_DEPENDS development)
 set(CPACK_DEBIAN_KIT_DESCRIPTION "characteristics of beam cross-sections, kit for programs in C++
 A static library that meshes a cross-section from its description, its outlines
@@ -75,11 +75,13 @@ link it link Gmsh and dxflib too, and are under the GPL as a whole.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ${tools_package})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "fonts-dejavu-core | fonts-liberation")  # the words of pictures
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})  # our own libraries, which are not installed
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "characteristics of beam cross-sections, command
 The command velquor calculates a cross-section from a file, a parametric shape
 or the name of a rolled profile: axial, bending, torsional, shear and plastic
-values, shear centre and warping constant, each with a bound for its error.")
+values, shear centre and warping constant, each with a bound for its error. It
+draws outlines, meshes and stresses as SVG, PNG and PDF.")
 
 include(CPack)

@@ -1,4 +1,4 @@
-# velquor::kit: the component "kit" of the package velquor. It needs the libraries of Gmsh and dxflib.
+# velquor::kit: the component "kit" of the package velquor. It needs the libraries of Gmsh, dxflib, cairo and pango.
 foreach(name gmsh dxflib)
   string(TOUPPER ${name} upper)
   find_library(VELQUOR_${upper} ${name})
@@ -13,5 +13,20 @@ foreach(name gmsh dxflib)
     set_target_properties(velquor::${name} PROPERTIES IMPORTED_LOCATION "${VELQUOR_${upper}}")
   endif()
 endforeach()
+# And what pictures are drawn with, in libcairo2-dev and libpango1.0-dev.
+if(NOT TARGET velquor::pictures)
+  add_library(velquor::pictures INTERFACE IMPORTED)
+  foreach(library pangocairo-1.0 pango-1.0 gobject-2.0 glib-2.0 cairo)
+    find_library(VELQUOR_${library} ${library})
+    mark_as_advanced(VELQUOR_${library})
+    if(NOT VELQUOR_${library})
+      set(velquor_kit_FOUND FALSE)
+      set(velquor_NOT_FOUND_MESSAGE
+        "The kit of Velquor needs cairo and pango, in Debian's packages libcairo2-dev and libpango1.0-dev.")
+      return()
+    endif()
+    set_property(TARGET velquor::pictures APPEND PROPERTY INTERFACE_LINK_LIBRARIES "${VELQUOR_${library}}")
+  endforeach()
+endif()
 include("${CMAKE_CURRENT_LIST_DIR}/velquor-kit-targets.cmake")
 set(velquor_kit_FOUND TRUE)

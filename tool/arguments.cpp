@@ -35,8 +35,11 @@ struct Arguments {
     CLI::App app{ABOUT, "velquor"};
     CalcOptions calc;
     MeshOptions mesh;
+    ReportOptions report;
+    ExportOptions fields;
     CheckOptions check;
-    std::string shape, filter, columns;
+    DrawOptions draw;
+    std::string shape, filter, columns, cases;
     bool results = false, json = false, csv = false, version = false;
 };
 
@@ -73,16 +76,23 @@ void add_loads(CLI::App& command, Inputs& inputs) {
         ->allow_extra_args(false);
 }
 
+void add_wishes(CLI::App& command, Inputs& inputs) {
+    command.add_option("--accuracy", inputs.wishes["accuracy"], "relative bound to be reached (0.001)")
+        ->type_name("NUMBER");
+    command.add_option("--levels", inputs.wishes["levels"], "of refinement, 1 to 6 (3)")->type_name("NUMBER");
+}
+
+void add_units(CLI::App& command, std::string& length, std::string& force) {
+    command.add_option("--units", length, "of length, for the results: mm, cm, dm, m, in, ft")->type_name("UNIT");
+    command.add_option("--force", force, "of force: N, kN, MN, kgf, lbf, kip")->type_name("UNIT");
+}
+
 void add_calc(Arguments& a) {
     CLI::App& command = *a.app.add_subcommand("calc", "the values of sections; several make one table");
     add_inputs(command, a.calc.inputs, -1);
-    command.add_option("--accuracy", a.calc.inputs.wishes["accuracy"], "relative bound to be reached (0.001)")
-        ->type_name("NUMBER");
-    command.add_option("--levels", a.calc.inputs.wishes["levels"], "of refinement, 1 to 6 (3)")->type_name("NUMBER");
+    add_wishes(command, a.calc.inputs);
     add_loads(command, a.calc.inputs);
-    command.add_option("--units", a.calc.length, "of length, for the results: mm, cm, dm, m, in, ft")
-        ->type_name("UNIT");
-    command.add_option("--force", a.calc.force, "of force: N, kN, MN, kgf, lbf, kip")->type_name("UNIT");
+    add_units(command, a.calc.length, a.calc.force);
     command.add_flag("--all", a.calc.all, "every value, not only the main ones");
     command.add_option("--columns", a.columns, "of a table: keys as in A,Iy,Wpl_y")->type_name("KEYS");
     auto* const json = command.add_flag("--json", a.json, "JSON, in the form of velquor schema --result");
@@ -93,6 +103,58 @@ void add_calc(Arguments& a) {
         "Examples: velquor calc \"IPE 300\" section.json --csv -o values.csv\n"
         "          velquor calc --shape i --h 300 --b 150 --tw 7.1 --tf 10.7 --r 15\n"
         "          velquor calc section.dxf --materials steel.json");
+}
+
+void add_draw(Arguments& a) {
+    CLI::App& command = *a.app.add_subcommand("draw", "a picture of a section: SVG, PNG or PDF");
+    add_inputs(command, a.draw.inputs, 1);
+    add_loads(command, a.draw.inputs);
+    command
+        .add_option("--field", a.draw.fields,
+                    "outline, mesh, warping, axial, shear or mises, with :LOAD of a load set or unit case; again for "
+                    "more on one sheet")
+        ->expected(1)
+        ->take_all()
+        ->type_name("FIELD");
+    command.add_flag("--dark", a.draw.dark, "light on dark");
+    command.add_flag("--plain", a.draw.plain, "small, without headings, keys and dimensions");
+    command.add_option("--width", a.draw.width, "pixels (800), or points of a PDF (482)")->type_name("NUMBER");
+    command.add_option("-o,--output", a.draw.output, "file: its ending, .svg, .png or .pdf, tells the form")
+        ->type_name("FILE");
+    command.footer(
+        "Unit cases: N My Mz B for axial; T Vy Vz Tw for shear; any of them for mises;\n"
+        "T u v for warping.\n\n"
+        "Example: velquor draw \"IPE 300\" --field outline --field shear:Vz -o ipe.svg");
+}
+
+void add_report(Arguments& a) {
+    CLI::App& command = *a.app.add_subcommand("report", "a page or a document to be filed: drawing, values, stresses");
+    add_inputs(command, a.report.inputs, 1);
+    add_wishes(command, a.report.inputs);
+    add_loads(command, a.report.inputs);
+    add_units(command, a.report.length, a.report.force);
+    const char* const title = "In the block below the title; what is not given is left for a pen";
+    command.add_option("--project", a.report.project, "what it belongs to")->group(title)->type_name("TEXT");
+    command.add_option("--by", a.report.by, "who prepared it")->group(title)->type_name("TEXT");
+    command.add_option("--date", a.report.date, "as it is to stand there")->group(title)->type_name("TEXT");
+    command.add_option("-o,--output", a.report.output, "file for the report, .html or .pdf")
+        ->required()
+        ->type_name("FILE");
+    command.footer("Example: velquor report section.json --project \"Bridge 7\" --by \"A. Smith\" -o section.pdf");
+}
+
+void add_export(Arguments& a) {
+    CLI::App& command = *a.app.add_subcommand("export", "stresses and warping at the nodes, for other programs");
+    add_inputs(command, a.fields.inputs, 1);
+    add_wishes(command, a.fields.inputs);
+    add_loads(command, a.fields.inputs);
+    command.add_option("--case", a.cases, "unit loads, as in T,Vz, in place of the section's load sets")
+        ->type_name("NAMES");
+    command.add_flag("--fine", a.fields.finest, "on the finest mesh, without warping");
+    command.add_option("-o,--output", a.fields.output, "file: .vtu for ParaView, .msh for Gmsh, or .csv")
+        ->required()
+        ->type_name("FILE");
+    command.footer("Example: velquor export section.json -o section.vtu && paraview section.vtu");
 }
 
 void add_others(Arguments& a) {
@@ -147,7 +209,8 @@ void check_options(const CLI::App& command) {
     }
     for (const CLI::Option* option : command.get_options()) {
         const bool named = !option->get_lnames().empty();
-        if (option->get_items_expected_max() == 1 && option->count() > 1 && !option->check_lname("load"))
+        if (option->get_items_expected_max() == 1 && option->count() > 1 && !option->check_lname("load") &&
+            !option->check_lname("field"))
             throw Misuse((named ? "--" + option->get_lnames().front() : option->get_name()) + " is given " +
                          std::to_string(option->count()) + " times; " + command.get_name() + " takes it once");
     }
@@ -189,6 +252,9 @@ std::function<int()> command_of(int count, char** arguments) {
     a->app.add_flag("--version", a->version, "the version, and what it links");
     a->app.require_subcommand(0, 1);
     add_calc(*a);
+    add_draw(*a);
+    add_report(*a);
+    add_export(*a);
     add_others(*a);
     try {
         a->app.parse(count, arguments);
@@ -205,12 +271,21 @@ std::function<int()> command_of(int count, char** arguments) {
     const std::string name = asked.front()->get_name();
     std::istringstream columns(a->columns);
     for (std::string key; std::getline(columns, key, ',');) a->calc.columns.push_back(key);
+    std::istringstream cases(a->cases);
+    for (std::string unit; std::getline(cases, unit, ',');) a->fields.cases.push_back(unit);
     if (a->json) a->calc.form = CalcOptions::Form::json;
     if (a->csv) a->calc.form = CalcOptions::Form::csv;
-    const Inputs* const inputs = name == "calc" ? &a->calc.inputs : name == "mesh" ? &a->mesh.inputs : nullptr;
-    if (inputs) check_use(*a, name, *inputs);
+    const std::map<std::string, const Inputs*> inputs = {{"calc", &a->calc.inputs},
+                                                         {"draw", &a->draw.inputs},
+                                                         {"export", &a->fields.inputs},
+                                                         {"mesh", &a->mesh.inputs},
+                                                         {"report", &a->report.inputs}};
+    if (const auto at = inputs.find(name); at != inputs.end()) check_use(*a, name, *at->second);
     if (name == "check") check_materials(a->check.materials, a->check.names);
     if (name == "calc") return [a] { return calc(a->calc); };
+    if (name == "draw") return [a] { return draw(a->draw); };
+    if (name == "export") return [a] { return export_fields(a->fields); };
+    if (name == "report") return [a] { return report(a->report); };
     if (name == "mesh") return [a] { return mesh(a->mesh); };
     if (name == "check") return [a] { return check(a->check); };
     if (name == "shapes") return [a] { return shapes(a->shape); };

@@ -36,6 +36,31 @@ struct MeshOptions {
 };
 int mesh(const MeshOptions& options);
 
+struct DrawOptions {
+    Inputs inputs;
+    std::vector<std::string> fields;  // as panel_of reads them; none: the outline
+    bool dark = false, plain = false;
+    std::string width;   // a number; empty: the form's own
+    std::string output;  // file, whose ending tells the form; empty: SVG on the standard output
+};
+int draw(const DrawOptions& options);
+
+struct ExportOptions {
+    Inputs inputs;
+    std::vector<std::string> cases;  // unit loads; empty: the section's load sets or, where it has none, all unit loads
+    bool finest = false;             // the finest mesh in place of the coarsest
+    std::string output;              // its ending tells the form
+};
+int export_fields(const ExportOptions& options);
+
+struct ReportOptions {
+    Inputs inputs;
+    std::string length, force;  // of the values; empty: the section's own
+    std::string project, by, date;
+    std::string output;  // its ending tells the form
+};
+int report(const ReportOptions& options);
+
 struct CheckOptions {
     std::vector<std::string> names;
     std::string materials;

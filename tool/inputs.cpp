@@ -20,14 +20,6 @@ namespace velquor {
 
 namespace {
 
-double number_of(const std::string& text, const std::string& option) {
-    double value = 0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, fault] = std::from_chars(text.data(), end, value);
-    if (fault != std::errc() || stop != end) throw Error(option, in_quotes(text) + " is not a number", "as in 12.5");
-    return value;
-}
-
 // What is given, by its option; `fallback` where it is not.
 double given(const std::map<std::string, std::string>& options, const std::string& name, double fallback) {
     const auto at = options.find(name);
@@ -150,6 +142,14 @@ void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes&
 
 bool is_drawing_file(const std::string& name) {
     return plain(std::filesystem::path(name).extension().string()) == ".dxf";
+}
+
+double number_of(const std::string& text, const std::string& option) {
+    double value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, fault] = std::from_chars(text.data(), end, value);
+    if (fault != std::errc() || stop != end) throw Error(option, in_quotes(text) + " is not a number", "as in 12.5");
+    return value;
 }
 
 bool is_file(const std::string& name) {

@@ -14,6 +14,9 @@ std::string name_of(const Inputs& inputs, std::size_t number);
 // The text of a file, of the standard input for "-". Throws Error where it cannot be read.
 std::string text_of_file(const std::string& name);
 
+// What an option gives, as "--size". Throws Error where it is no number.
+double number_of(const std::string& text, const std::string& option);
+
 // Whether a name is that of a file, and not of a profile; and whether it is that of a drawing.
 bool is_file(const std::string& name);
 bool is_drawing_file(const std::string& name);

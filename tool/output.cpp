@@ -3,11 +3,13 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 
+#include "kit/section/words.h"
 #include "tool/commands.h"
 
 namespace velquor {
@@ -47,6 +49,16 @@ void write(const std::string& text, const std::string& file) {
     }
     if (!good && beside) std::remove(path.c_str());
     if (!good) fail(fault);
+}
+
+std::string ending_of(const std::string& file, const std::vector<std::string>& endings) {
+    const std::string ending = plain(fs::path(file).extension().string());
+    if (std::find(endings.begin(), endings.end(), ending) != endings.end()) return ending;
+    std::string all;
+    for (const std::string& known : endings)
+        all += (all.empty() ? "" : &known == &endings.back() ? " or " : ", ") + known;
+    throw Error("-o", in_quotes(file) + (ending.empty() ? " has no ending" : " has an unknown ending"),
+                "it must be " + all);
 }
 
 int width_of_output() {

@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "kit/show/show.h"
 
@@ -16,6 +17,9 @@ struct CannotWrite : std::runtime_error {
 // To this file, or to the standard output where the name is empty. Throws CannotWrite unless everything is written: a
 // file is then as it was.
 void write(const std::string& text, const std::string& file = "");
+
+// The ending of a file's name, one of these, in lower case. Throws Error where it is another.
+std::string ending_of(const std::string& file, const std::vector<std::string>& endings);
 
 // Columns of the terminal; of what is no terminal, enough for everything.
 int width_of_output();

@@ -1,14 +1,11 @@
-#include <string>
-
+#include "kit/show/lines.h"
 #include "tool/commands.h"
 #include "tool/output.h"
-#include "velquor.h"
 
 namespace velquor {
 
 int version() {
-    const auto text = [](int number) { return std::to_string(number); };
-    write("velquor " + text(VQ_VERSION_MAJOR) + "." + text(VQ_VERSION_MINOR) + "." + text(VQ_VERSION_PATCH) + "\n" +
+    write("velquor " + version_text() + "\n" +
           "This program links Gmsh and dxflib, which are under the GNU General Public License,\n"
           "version 2: so is the program as a whole. The library libvelquor has its own licence and\n"
           "uses neither.\n");

@@ -95,6 +95,14 @@ for page in pages if tool else ():
                     commands += 1
                     expect(shows(quoted, printed), f"{page.name}: {command} prints\n" + "\n".join(printed))
 
+        # Pictures are those that stand in the documentation: their words, and about as many cells of colour.
+        for drawn in Path(folder).glob("*.svg") if page.name == "pictures.md" else ():
+            one, other = drawn.read_text(), (root / "docs" / "pictures" / drawn.name).read_text()
+            words = [re.findall(r"<text[^>]*>(.*?)</text>", svg) for svg in (one, other)]
+            cells = [svg.count("<path fill=") for svg in (one, other)]
+            expect(len(words[0]) == len(words[1]) and all(map(alike, *words)) and abs(cells[0] - cells[1]) <= 0.1 * cells[1],
+                   f"docs/pictures/{drawn.name} is not what its command draws; ./run docs")
+
 # The example of the kit.
 if tool:
     example = (root / "examples/section.cpp").read_text().rstrip("\n")
