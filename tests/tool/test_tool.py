@@ -295,7 +295,7 @@ class Meshes(unittest.TestCase):
                 (["calc", "IPE 300", "--materials", "materials.json"], "velquor: --materials: no mesh or drawing among the inputs"),
                 (["check", "section.json", "--materials", "materials.json"], "velquor: --materials: no mesh or drawing among"),
                 (["calc", "plate.MSH", "--materials", "parts.json"],
-                 "velquor: plate.MSH: parts.json: parts: beside a mesh that is given; leave it out"),
+                 "velquor: plate.MSH: parts.json: parts: beside a file that is given; leave it out"),
                 (["calc", "plate.MSH", "--materials", "more.json"],
                  'velquor: plate.MSH: mesh.groups: the mesh has no group "flang"; it can be one of "7", "9"'),
                 (["calc", "plate.MSH", "--size", "3"], "velquor: plate.MSH: wishes.size: of a section that comes as a mesh")):
