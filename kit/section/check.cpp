@@ -213,8 +213,7 @@ void check_section(const Section& s) {
     if (is_mesh(s)) {
         check_mesh(s);
     } else if (s.parts.empty() && drawn) {
-        throw Error("", "nothing is drawn: key \"parts\" is missing",
-                    "give \"parts\", a \"drawing\", or a \"mesh\"");
+        throw Error("", "nothing is drawn: key \"parts\" is missing", "give \"parts\", a \"drawing\", or a \"mesh\"");
     }
     if (!s.drawing.unit.empty()) size_of(lengths(), s.drawing.unit, "drawing.unit");
     check_names(s.materials, "materials");
