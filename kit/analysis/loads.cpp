@@ -14,7 +14,7 @@ namespace velquor {
 
 namespace {
 
-constexpr double SAME = 1e-9;
+constexpr double SAME = 1e-6;  // relative difference of stresses whose places are as good
 constexpr double INF = std::numeric_limits<double>::infinity();
 
 bool has_shear(const Load& l) { return l.T != 0 || l.Vy != 0 || l.Vz != 0 || l.Tw != 0; }
@@ -26,7 +26,7 @@ double utilisation(const Stress& s, const Material& m) {
     return std::max((middle + radius) / m.tension, (radius - middle) / m.compression);
 }
 
-// Takes the larger, in the sense of `sign`; of those that only rounding tells apart the first.
+// Takes the larger, in the sense of `sign`; of places that hardly differ the first.
 void raise(Peak& peak, double value, const Point& at, double sign = 1) {
     const double least = std::isfinite(peak.value) ? sign * peak.value + SAME * std::abs(peak.value) : -INF;
     if (sign * value > least) peak.value = value, peak.at = at;

@@ -27,7 +27,7 @@ std::string load_text(const Load& load, const std::string& length, const std::st
     for (const LoadKey& key : load_keys()) {
         const double value = load.*(key.value);
         if (value == 0) continue;
-        text += (text.empty() ? "" : ", ") + std::string(key.name) + " = " + text_of(value, 6) + " " +
+        text += (text.empty() ? "" : ", ") + std::string(key.name) + " = " + figures({value, 0}) + " " +
                 raised(load_unit(key, length, force));
     }
     return text.empty() ? "no load" : text;
@@ -41,9 +41,11 @@ std::string show_load(const LoadResult& r) {
     for (const MaterialStresses& m : r.materials) {
         std::string indent = "  ";
         if (r.materials.size() > 1) text += "  " + printable(m.material) + "\n", indent = "    ";
-        text += indent + "axial, largest   " + peak_text(m.tension) + "\n";
-        text += indent + "axial, smallest  " + peak_text(m.compression) + "\n";
-        text += indent + "shear            " + peak_text(m.shear) + "\n";
+        if (m.tension.value != 0 || m.compression.value != 0) {
+            text += indent + "axial, largest   " + peak_text(m.tension) + "\n";
+            text += indent + "axial, smallest  " + peak_text(m.compression) + "\n";
+        }
+        if (m.shear.value != 0) text += indent + "shear            " + peak_text(m.shear) + "\n";
         text += indent + "von Mises        " + peak_text(m.von_mises) + "\n";
         if (m.has_strength) text += indent + "of the strength  " + peak_text(m.utilisation) + "\n";
     }

@@ -4,7 +4,7 @@
 //     accuracy_study --meshes N [FIRST]                                     meshes N random outlines from seed FIRST on
 //
 // Prints a table in Markdown; all of it but the times is the same in every run. ROW is one of errors, bounds, wish,
-// times, process. --worst adds the values that are furthest off. With --meshes each mesh is checked, and the seed is
+// stresses, times, process. --worst adds the values that are furthest off. With --meshes each mesh is checked, and the seed is
 // told on the error stream before, for the case that the mesher ends the process.
 #include <algorithm>
 #include <cstdio>
@@ -110,6 +110,8 @@ int main(int argc, char** argv) {
             for (const Row& row : bound_rows(validation, OUTLINES, bounds)) print(row);
         if (wanted("wish"))
             for (const Row& row : wish_rows(all)) print(row);
+        if (wanted("stresses"))
+            for (const Row& row : stress_rows(others)) print(row);
         if (wanted("times"))
             for (const Row& row : catalogue_rows()) print(row);
         if (wanted("process") && !command.empty()) print(process_row(command));

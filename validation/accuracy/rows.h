@@ -27,6 +27,9 @@ std::vector<Row> bound_rows(const std::vector<Beside>& outlines, int sections, s
 // Smooth outlines once more with a wish for 1e-5.
 std::vector<Row> wish_rows(const std::vector<Beside>& all);
 
+// Largest stresses of the unit loads beside a finer calculation, and the resultants of all stresses.
+std::vector<Row> stress_rows(const std::vector<Case>& cases);
+
 // Time and size of the mesh over the whole catalogue.
 std::vector<Row> catalogue_rows();
 // The time of whole processes: this command with `calc "IPE 300"`.
