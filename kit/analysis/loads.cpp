@@ -14,7 +14,7 @@ namespace velquor {
 
 namespace {
 
-constexpr double SAME = 1e-6;  // relative difference of stresses whose places are as good
+constexpr double SAME = 1e-4;  // relative difference of stresses whose places are as good
 constexpr double INF = std::numeric_limits<double>::infinity();
 
 bool has_shear(const Load& l) { return l.T != 0 || l.Vy != 0 || l.Vz != 0 || l.Tw != 0; }
@@ -26,51 +26,55 @@ double utilisation(const Stress& s, const Material& m) {
     return std::max((middle + radius) / m.tension, (radius - middle) / m.compression);
 }
 
-// Takes the larger, in the sense of `sign`; of places that hardly differ the first.
-void raise(Peak& peak, double value, const Point& at, double sign = 1) {
-    const double least = std::isfinite(peak.value) ? sign * peak.value + SAME * std::abs(peak.value) : -INF;
-    if (sign * value > least) peak.value = value, peak.at = at;
-}
+// A stress of the material that is looked at, and where it is; `in_shear` false too near to a sharp corner.
+struct Taken {
+    Stress stress;
+    Point at;
+    bool in_shear = true;
+};
 
-Peak lowest(double sign = 1) {
+// The largest of a value, or with `sign` -1 the smallest; of places that hardly differ the first.
+template <class Of>
+Peak peak_of(const std::vector<Taken>& taken, bool in_shear, const Of& of, double sign = 1) {
     Peak peak;
     peak.value = -sign * INF;
+    for (const Taken& t : taken)
+        if (t.in_shear || !in_shear) peak.value = sign * std::max(sign * peak.value, sign * of(t.stress));
+    const double least = sign * peak.value - SAME * std::abs(peak.value);
+    for (const Taken& t : taken) {
+        if ((in_shear && !t.in_shear) || sign * of(t.stress) < least) continue;
+        peak.at = t.at;
+        break;
+    }
     return peak;
 }
 
 MaterialStresses peaks_of(const Material& material, std::int32_t index, const Analysis& a, const LoadResult& result,
                           const std::vector<std::size_t>& bars, const Section& section) {
     const Field& f = a.field;
-    MaterialStresses m;
-    m.material = material.name;
-    m.has_strength = material.tension > 0 && material.compression > 0;
-    m.tension = m.shear = m.von_mises = m.utilisation = lowest();
-    m.compression = lowest(-1);
     const bool limit = has_shear(result.load);
+    MaterialStresses m;
+    std::vector<Taken> taken;
+    bool unlimited = false;
+    Point corner;
     for (std::size_t i = 0; i < f.spots.size(); ++i) {
         if (f.spots[i].material != index) continue;
-        const Stress& s = result.stresses[i];
         const Point& at = f.nodes[f.spots[i].node];
-        raise(m.tension, s.sigma, at);
-        raise(m.compression, s.sigma, at, -1);
-        if (limit && f.sharp[i] && !m.shear.unlimited) {
-            for (Peak* peak : {&m.shear, &m.von_mises, &m.utilisation}) peak->unlimited = true, peak->corner = at;
-        }
-        if (limit && f.near_sharp[i]) continue;
-        raise(m.shear, shear(s), at);
-        raise(m.von_mises, von_mises(s), at);
-        if (m.has_strength) raise(m.utilisation, utilisation(s, material), at);
+        taken.push_back({result.stresses[i], at, !(limit && f.near_sharp[i])});
+        if (limit && f.sharp[i] && !unlimited) unlimited = true, corner = at;
     }
-    for (std::size_t k = 0; k < bars.size(); ++k) {
-        const Bar& bar = section.bars[bars[k]];
-        if (bar.material != material.name) continue;
-        const Stress s = {result.bars[k], 0, 0};
-        raise(m.tension, s.sigma, bar.at);
-        raise(m.compression, s.sigma, bar.at, -1);
-        raise(m.shear, 0, bar.at);
-        raise(m.von_mises, von_mises(s), bar.at);
-        if (m.has_strength) raise(m.utilisation, utilisation(s, material), bar.at);
-    }
+    for (std::size_t k = 0; k < bars.size(); ++k)
+        if (const Bar& bar = section.bars[bars[k]]; bar.material == material.name)
+            taken.push_back({{result.bars[k], 0, 0}, bar.at});
+    m.material = material.name;
+    m.has_strength = material.tension > 0 && material.compression > 0;
+    const auto axial = [](const Stress& s) { return s.sigma; };
+    m.tension = peak_of(taken, false, axial);
+    m.compression = peak_of(taken, false, axial, -1);
+    m.shear = peak_of(taken, true, shear);
+    m.von_mises = peak_of(taken, true, von_mises);
+    if (m.has_strength) m.utilisation = peak_of(taken, true, [&](const Stress& s) { return utilisation(s, material); });
+    for (Peak* peak : {&m.shear, &m.von_mises, &m.utilisation}) peak->unlimited = unlimited, peak->corner = corner;
     return m;
 }
 
