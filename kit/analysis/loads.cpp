@@ -33,18 +33,20 @@ struct Taken {
     bool in_shear = true;
 };
 
-// The largest of a value, or with `sign` -1 the smallest; of places that hardly differ the first.
+// The largest of a value, or with `sign` -1 the smallest; of places that hardly differ the first, or the furthest from
+// the centroid, where a flange's end says more than any of its nodes.
 template <class Of>
-Peak peak_of(const std::vector<Taken>& taken, bool in_shear, const Of& of, double sign = 1) {
+Peak peak_of(const std::vector<Taken>& taken, bool in_shear, const Point* centroid, const Of& of, double sign = 1) {
     Peak peak;
     peak.value = -sign * INF;
     for (const Taken& t : taken)
         if (t.in_shear || !in_shear) peak.value = sign * std::max(sign * peak.value, sign * of(t.stress));
     const double least = sign * peak.value - SAME * std::abs(peak.value);
+    double furthest = -1;
     for (const Taken& t : taken) {
         if ((in_shear && !t.in_shear) || sign * of(t.stress) < least) continue;
-        peak.at = t.at;
-        break;
+        const double away = centroid ? length(t.at - *centroid) : 0;
+        if (away > furthest * (1 + SAME)) furthest = away, peak.at = t.at;
     }
     return peak;
 }
@@ -69,11 +71,13 @@ MaterialStresses peaks_of(const Material& material, std::int32_t index, const An
     m.material = material.name;
     m.has_strength = material.tension > 0 && material.compression > 0;
     const auto axial = [](const Stress& s) { return s.sigma; };
-    m.tension = peak_of(taken, false, axial);
-    m.compression = peak_of(taken, false, axial, -1);
-    m.shear = peak_of(taken, true, shear);
-    m.von_mises = peak_of(taken, true, von_mises);
-    if (m.has_strength) m.utilisation = peak_of(taken, true, [&](const Stress& s) { return utilisation(s, material); });
+    const Point centre = {a.value[VQ_YC], a.value[VQ_ZC]}, *const centroid = limit ? nullptr : &centre;
+    m.tension = peak_of(taken, false, &centre, axial);
+    m.compression = peak_of(taken, false, &centre, axial, -1);
+    m.shear = peak_of(taken, true, nullptr, shear);
+    m.von_mises = peak_of(taken, true, centroid, von_mises);
+    if (m.has_strength)
+        m.utilisation = peak_of(taken, true, centroid, [&](const Stress& s) { return utilisation(s, material); });
     for (Peak* peak : {&m.shear, &m.von_mises, &m.utilisation}) peak->unlimited = unlimited, peak->corner = corner;
     return m;
 }
