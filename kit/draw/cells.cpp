@@ -244,18 +244,27 @@ void draw_cells(const Picture& picture, const Pen& pen, const View& view, const 
     const Filler filler{pen, scale, range_of(scale)};
     for (int material = 0; material < picture.materials.kinds; ++material) {
         cairo_save(pen.cairo);
-        trace(pen, view, picture.materials, material);
-        if (pen.svg)
+        // On other forms than SVG cells make a group that is clipped as a whole: PDF would write the clip with each cell.
+        if (pen.svg) {
+            trace(pen, view, picture.materials, material);
             begin_cells(*pen.svg, pen.cairo, scale);
-        else
-            cairo_clip(pen.cairo);
+        } else {
+            cairo_push_group(pen.cairo);
+        }
         for (const Cell& cell : cells) {
             if (picture.material[cell.element] != material) continue;
             std::array<SheetPoint, 4> at;
             for (std::size_t k = 0; k < 4; ++k) at[k] = view(cell.at[k]);
             filler.fill(at, cell.value, static_cast<std::size_t>(cell.corners), GROWN + view.scale * cell.bulge);
         }
-        if (pen.svg) end_cells(*pen.svg);
+        if (pen.svg) {
+            end_cells(*pen.svg);
+        } else {
+            cairo_pop_group_to_source(pen.cairo);
+            trace(pen, view, picture.materials, material);
+            cairo_clip(pen.cairo);
+            cairo_paint(pen.cairo);
+        }
         cairo_restore(pen.cairo);
     }
 }
