@@ -32,6 +32,7 @@ int draw(const DrawOptions& options) {
     try {
         const Writer draw_form = writer_of(options.output);
         const Section section = section_of(options.inputs, 0);
+        tell(name_of(options.inputs, 0), section.notes);
         check_section(section);
         Sheet sheet;
         sheet.dark = options.dark;

@@ -15,6 +15,7 @@ int export_fields(const ExportOptions& options) {
         std::vector<Case> cases;
         for (const std::string& name : options.cases) cases.push_back(unit_case(name, "--case"));
         const Section section = section_of(options.inputs, 0);
+        tell(input, section.notes);
         check_section(section);
         Effort effort;
         effort.stresses = true;

@@ -14,6 +14,7 @@ int report(const ReportOptions& options) {
         if (!options.length.empty()) velquor::size_of(lengths(), options.length, "--units");
         if (!options.force.empty()) velquor::size_of(forces(), options.force, "--force");
         const Section section = section_of(options.inputs, 0);
+        tell(input, section.notes);
         check_section(section);
         Effort effort;
         effort.stresses = !section.loads.empty();
@@ -23,7 +24,7 @@ int report(const ReportOptions& options) {
                        values_of(section, analysis),
                        check(section, analysis.mesh),
                        {},
-                       {},
+                       section.notes,
                        input,
                        options.project,
                        options.by,

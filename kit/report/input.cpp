@@ -43,7 +43,13 @@ Table table_of_materials(const Section& s) {
     return table;
 }
 
-std::string drawn_as(const Section& s, const Part& part) {
+std::string drawn_as(const Section& s, std::size_t k) {
+    const Part& part = s.parts[k];
+    if (is_mesh(s)) {
+        const auto elements = std::count(s.mesh.owners.begin(), s.mesh.owners.end(), static_cast<std::int32_t>(k));
+        return std::to_string(elements) + (elements == 1 ? " element" : " elements") +
+               (s.mesh.file.empty() ? "" : " of " + s.mesh.file);
+    }
     if (!part.profile.empty()) {
         const Profile profile = profile_of(part.profile, s.length, "");
         return profile.name + " of " + profile.standard + ": " + list_of(profile.parameters);
@@ -79,7 +85,7 @@ Table table_of_parts(const Section& s) {
     }
     for (std::size_t k = 0; k < s.parts.size(); ++k) {
         const Part& part = s.parts[k];
-        table.rows.push_back({{name_of_part(s, k), part.material, drawn_as(s, part), place_text(part.place)}});
+        table.rows.push_back({{name_of_part(s, k), part.material, drawn_as(s, k), place_text(part.place)}});
         if (!grouped) continue;
         table.rows.back().cells.push_back(std::to_string(part.group));
         table.rows.back().cells.push_back(number(part.factor));
@@ -118,7 +124,7 @@ std::vector<std::pair<std::string, const Outline*>> outlines_of(const Section& s
     std::vector<std::pair<std::string, const Outline*>> outlines;
     for (std::size_t k = 0; k < s.parts.size(); ++k) {
         const Part& part = s.parts[k];
-        if (!part.profile.empty() || !part.shape.empty()) continue;
+        if (!part.profile.empty() || !part.shape.empty() || is_mesh(s)) continue;
         outlines.emplace_back("Part " + name_of_part(s, k), &part.face.outer);
         for (std::size_t h = 0; h < part.face.holes.size(); ++h)
             outlines.emplace_back("Part " + name_of_part(s, k) + ", hole " + std::to_string(h + 1),

@@ -19,7 +19,7 @@ struct Report {
     Values values;             // in the units that they are shown in
     std::vector<Finding> findings;
     std::vector<LoadResult> loads;
-    std::vector<std::string> notes;  // what the user, or the file that a mesh came from, says of the section
+    std::vector<std::string> notes;  // what the user says of the section, or was done to a mesh or a drawing
     std::string input;               // as the user named it
     std::string project, by, date;   // empty: a line for a pen
 };

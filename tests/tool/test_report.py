@@ -106,6 +106,17 @@ class Reports(Folder):
         for word in ("B500", "no limit at (150, -150), a sharp corner", "more than its strength", "several materials"):
             self.assertIn(word, page.words)
 
+    def test_meshes_and_drawings_are_told_with_what_was_done_to_them(self):
+        mesh = self.path("beam.msh")
+        run("mesh", T_BEAM, "-o", mesh)
+        page = Page(self.html(mesh, "--load", "N=1"))
+        self.assertRegex(page.words, r"\d+ elements of \S*beam.msh")
+        self.assertIn("all of S235", page.words)
+        self.assertIn("all of S235", run("draw", mesh).stderr)
+        self.assertIn("all of S235", run("export", mesh, "-o", self.path("beam.csv")).stderr)
+        drawing = str(pathlib.Path(T_BEAM).with_name("encased.json"))
+        self.assertIn("passed over, for no material is given for them: layers NOTES", Page(self.html(drawing)).words)
+
     def test_names_are_words_and_an_input_gives_one_file(self):
         page = Page(self.html("-", "--project", "<i>&", text=json.dumps(LARGE)))
         self.assertIn(ODD, page.words)
