@@ -14,7 +14,7 @@ namespace {
 
 constexpr double EDGE = 18, BETWEEN = 26;    // around the sheet, between panels
 constexpr double NAME = 17, NAME_ROOM = 30;  // letters of the section's name, and its room
-constexpr double TITLE_ROOM = 20, SUBTITLE_ROOM = 18;
+constexpr double TITLE_ROOM = 20, SUBTITLE_ROOM = 18, MOST_LINES = 4;
 constexpr double HIGHEST_ALONE = 560, HIGHEST = 400;  // of the drawings, in rows of one and of several panels
 
 std::size_t columns_of(const Picture& p) {
@@ -29,6 +29,13 @@ struct Placed {
     Room room;
     bool subtitle;
 };
+
+// Room for the lines of a subtitle, by letters a little wider than those of names and numbers.
+double subtitle_room(const std::string& text, double width) {
+    const auto letters = std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; });
+    const double lines = std::ceil(0.64 * SMALL * static_cast<double>(letters) / width);
+    return letters == 0 ? 0 : SUBTITLE_ROOM + (std::clamp(lines, 1.0, MOST_LINES) - 1) * (LINE - 2);
+}
 struct Layout {
     std::vector<Placed> panels;
     double height = 0;
@@ -45,9 +52,10 @@ Layout layout_of(const Picture& p, double width) {
         double highest = 0;
         const std::size_t last = std::min(first + columns, p.sheet.panels.size());
         // Headings of a row are alike, so that its drawings begin at one height.
-        bool subtitle = false;
-        for (std::size_t k = first; k < last; ++k) subtitle = subtitle || !subtitle_of(p, p.sheet.panels[k]).empty();
-        const double heading = plain ? 0 : TITLE_ROOM + (subtitle ? SUBTITLE_ROOM : 0);
+        double subtitles = 0;
+        for (std::size_t k = first; k < last; ++k)
+            subtitles = std::max(subtitles, subtitle_room(subtitle_of(p, p.sheet.panels[k]), wide));
+        const double heading = plain ? 0 : TITLE_ROOM + subtitles;
         for (std::size_t k = first; k < last; ++k) {
             const Panel& panel = p.sheet.panels[k];
             const Rect at{edge + static_cast<double>(k - first) * (wide + BETWEEN), y, wide, 0};
@@ -56,7 +64,7 @@ Layout layout_of(const Picture& p, double width) {
             const Room room =
                 panel.what == Shown::outline ? room_of_outline(p, below, limit) : room_of_field(p, panel, below, limit);
             highest = std::max(highest, heading + room.height);
-            layout.panels.push_back({at, room, subtitle});
+            layout.panels.push_back({at, room, subtitles > 0});
         }
         y += highest + (last < p.sheet.panels.size() ? BETWEEN : 0);
     }
@@ -108,8 +116,8 @@ void draw_panel(const Picture& p, const Pen& pen, const Panel& panel, const Plac
         const Rect& at = placed.at;
         write(pen, cut_to(pen, title_of(panel), at.width, title), {at.x, at.y + LETTERS}, title);
         if (placed.subtitle)
-            write(pen, cut_to(pen, subtitle_of(p, panel), at.width, subtitle), {at.x, at.y + LETTERS + SUBTITLE_ROOM},
-                  subtitle);
+            write_lines(pen, cut_to(pen, subtitle_of(p, panel), (MOST_LINES - 0.5) * at.width, subtitle), at.x,
+                        at.y + LETTERS + SUBTITLE_ROOM, at.width, subtitle);
     }
     if (panel.what == Shown::outline)
         draw_outline(p, pen, placed.room);
@@ -228,7 +236,7 @@ double write_lines(const Pen& pen, const std::string& text, double x, double y, 
         const std::size_t blank = std::min(text.find(' ', from), text.size());
         const std::string word = text.substr(from, blank - from), longer = line.empty() ? word : line + " " + word;
         if (!line.empty() && width_of(pen, longer, style) > width) {
-            write(pen, line, {x, y}, style);
+            write(pen, cut_to(pen, line, width, style), {x, y}, style);
             y += LINE - 2;
             line = word;
         } else {
@@ -236,7 +244,7 @@ double write_lines(const Pen& pen, const std::string& text, double x, double y, 
         }
         from = blank + 1;
     }
-    write(pen, line, {x, y}, style);
+    write(pen, cut_to(pen, line, width, style), {x, y}, style);
     return y + LINE;
 }
 
