@@ -150,8 +150,7 @@ LoadResult result_of(const Section& section, const Analysis& a, const Load& load
     r.length = section.length;
     r.force = section.force;
     if (a.levels > 1 && !std::isfinite(a.bound[VQ_GJ]) && has_shear(load))
-        r.warning =
-            "the section falls in pieces, or hangs together in points: shear stresses are those of the finest mesh";
+        r.warning = "the section falls in pieces, or hangs together in points: its shear stresses mean nothing";
     r.stresses = stresses_of(a.field, load);
     std::vector<std::size_t> bars;  // in the section's list, those of Analysis::bars
     for (std::size_t i = 0; i < section.bars.size(); ++i)

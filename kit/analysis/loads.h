@@ -44,7 +44,7 @@ struct LoadResult {
     std::vector<MaterialStresses> materials;  // in the order of the section's list, those that the mesh has
     std::vector<NodeStress> nodes;            // of the coarse mesh, then bars that are points
     Load resultants;      // of the recovered stresses over the finest mesh, and of the bars; T has the whole torque
-    std::string warning;  // of what makes shear stresses mean little; empty: nothing
+    std::string warning;  // of what makes shear stresses mean nothing; empty: they hold
 };
 
 // Of an analysis with stresses, in the section's units. Throws Error where a section that does not warp is to carry a

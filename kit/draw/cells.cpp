@@ -244,7 +244,8 @@ void draw_cells(const Picture& picture, const Pen& pen, const View& view, const 
     const Filler filler{pen, scale, range_of(scale)};
     for (int material = 0; material < picture.materials.kinds; ++material) {
         cairo_save(pen.cairo);
-        // On other forms than SVG cells make a group that is clipped as a whole: PDF would write the clip with each cell.
+        // On other forms than SVG cells make a group that is clipped as a whole: PDF would write the clip with each
+        // cell.
         if (pen.svg) {
             trace(pen, view, picture.materials, material);
             begin_cells(*pen.svg, pen.cairo, scale);

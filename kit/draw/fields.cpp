@@ -55,6 +55,7 @@ struct FieldValues {
     std::vector<Point> corners;  // these
     std::vector<Stress> stresses;
     std::vector<double> bars;  // axial stress of those that are points
+    std::string warning;
 };
 
 FieldValues warping_of(const Picture& picture, const Panel& panel, double smallest) {
@@ -121,13 +122,14 @@ FieldValues stresses_at(const Picture& picture, const Panel& panel, double small
     v.cells = cells_of(picture.analysis.mesh, field, value, v.scale.high - v.scale.low, smallest);
     v.fine = cells_of(picture.analysis.mesh, field, value, 0, smallest);
     v.stresses = std::move(result.stresses);
+    if (panel.what != Shown::axial) v.warning = result.warning;
     if (panel.what != Shown::shear) v.bars = std::move(result.bars);
     return v;
 }
 
 std::string place_text(const Picture& picture, const Point& p) {
     const double size = std::max(picture.high_y - picture.low_y, picture.high_z - picture.low_z);
-    const auto text = [&](double x) { return with_minus(text_of(std::abs(x) < 1e-4 * size ? 0 : x, 4)); };
+    const auto text = [&](double x) { return with_minus(text_beside(size, x)); };
     return "(" + text(p.y) + ", " + text(p.z) + ")";
 }
 
@@ -236,11 +238,12 @@ void draw_legend(const Picture& picture, const Panel& panel, const Pen& pen, con
     if (panel.what == Shown::shear)
         y = write_lines(pen, "arrows: direction on the face towards the viewer, length by amount", x, y, key.width,
                         faint);
-    if (v.unlimited) {
-        const Style mark{SMALL, false, pen.theme->mark, Anchor::start, false, false};
+    const Style mark{SMALL, false, pen.theme->mark, Anchor::start, false, false};
+    if (!v.warning.empty())
+        write_lines(pen, v.warning, x, y, key.width, mark);
+    else if (v.unlimited)
         write_lines(pen, "no limit at the marked corners: the scale ends at the largest elsewhere", x, y, key.width,
                     mark);
-    }
 }
 
 // Bars that are points, in the colour of their stress.

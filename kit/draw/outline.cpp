@@ -108,9 +108,9 @@ struct Outliner {
         const double m = value("y_M").given ? room.view({number("y_M"), 0}).x : x - DIMENSION;
         if (std::abs(m - x) < 14) x = m - 16;
         dimension({low.x, y}, {high.x, y}, {low.x, low.y + 6}, {high.x, low.y + 6},
-                  text_of(picture.high_y - picture.low_y, 5));
+                  text_beside(picture.high_y - picture.low_y, picture.high_y - picture.low_y, 5));
         dimension({x, low.y}, {x, high.y}, {low.x - 6, low.y}, {low.x - 6, high.y},
-                  text_of(picture.high_z - picture.low_z, 5));
+                  text_beside(picture.high_z - picture.low_z, picture.high_z - picture.low_z, 5));
     }
     void dimension(const SheetPoint& a, const SheetPoint& b, const SheetPoint& from_a, const SheetPoint& from_b,
                    const std::string& text) {
@@ -202,7 +202,7 @@ struct Outliner {
 
     void thickness(double t) {
         const double width = picture.high_y - picture.low_y, height = picture.high_z - picture.low_z;
-        const std::string text = text_of(t, 5);
+        const std::string text = text_beside(t, t, 5);
         const Style style{SMALL, false, theme().ink, Anchor::start, true, false};
         for (const bool level : {true, false})
             for (const double share :
@@ -258,7 +258,7 @@ struct Outliner {
     void radius(double r) {
         const Plane& plane = picture.whole.plane;
         const Style style{SMALL, false, theme().ink, Anchor::start, true, false};
-        const std::string text = "r " + text_of(r, 5);
+        const std::string text = "r " + text_beside(r, r, 5);
         for (const double reach : {20.0, 13.0, 30.0, 42.0})
             for (std::size_t k = 0; k < plane.curves.size(); ++k) {
                 const Curve& c = plane.curves[k];
@@ -350,11 +350,9 @@ struct Outliner {
                 return true;
         return false;
     }
-    // To a ten thousandth of the section's size.
     std::string short_text(double x) const {
         const double size = std::max(picture.high_y - picture.low_y, picture.high_z - picture.low_z);
-        if (std::abs(x) < 1e-4 * size) return "0";
-        return with_minus(text_of(x, 4));
+        return with_minus(text_beside(size, x));
     }
 
     void key() {

@@ -57,7 +57,6 @@ Table table_of_missing(const std::vector<Missing>& missing) {
 
 // Stresses are told to so many digits as a check of them needs.
 std::string short_figures(double value) { return figures({value, 1e-3 * std::abs(value)}); }
-std::string coordinate(double value) { return text_of(std::abs(value) < 1e-9 ? 0 : value, 5); }
 
 // What each load does at its sign.
 struct Does {
@@ -87,12 +86,16 @@ std::string sentence_of(const Section& s, const Load& load) {
     return text.empty() ? "No load acts." : text + ".";
 }
 
+double size_of(const Mesh& mesh) {
+    const Extent y = extent_of(mesh, 0), z = extent_of(mesh, PI / 2);
+    return std::max(y.high - y.low, z.high - z.low);
+}
+
 // Sums of the stresses over the section beside what was given. What is next to nothing beside all loads together is
 // rounding.
 Table table_of_resultants(const Report& report, const LoadResult& result) {
     const Section& s = report.section;
-    const Extent y = extent_of(report.analysis.mesh, 0), z = extent_of(report.analysis.mesh, PI / 2);
-    const double length = std::max(y.high - y.low, z.high - z.low);
+    const double length = size_of(report.analysis.mesh);
     Load given = result.load;
     given.T += given.Tw;
     double force = 0;  // of all loads
@@ -112,7 +115,8 @@ Table table_of_resultants(const Report& report, const LoadResult& result) {
     return table;
 }
 
-Table table_of_peaks(const Section& s, const LoadResult& result) {
+Table table_of_peaks(const Section& s, const LoadResult& result, double size) {
+    const auto coordinate = [&](double x) { return text_beside(size, x, 5); };
     const std::string stress = raised(s.force + "/" + s.length + "2");
     Table table = {"Largest stresses",
                    {{TEXT, "", ""},
@@ -147,7 +151,8 @@ Table table_of_peaks(const Section& s, const LoadResult& result) {
 }
 
 // Axial stresses in bars that are points.
-Table table_of_bar_stresses(const Section& s, const LoadResult& result) {
+Table table_of_bar_stresses(const Section& s, const LoadResult& result, double size) {
+    const auto coordinate = [&](double x) { return text_beside(size, x, 5); };
     Table table = {"Axial stress in bars that are points",
                    {{TEXT, "Bar", ""},
                     {NUMBER, "y", s.length},
@@ -183,14 +188,15 @@ void tell_values(const Report& report, std::vector<Block>& blocks) {
 
 void tell_stresses(const Report& report, std::vector<Block>& blocks) {
     blocks.push_back(Heading{1, "Stresses"});
+    const double size = size_of(report.analysis.mesh);
     for (const LoadResult& result : report.loads) {
         const Load& load = result.load;
         blocks.push_back(Heading{2, "Load set " + (load.name.empty() ? std::string("without a name") : load.name)});
         blocks.push_back(Paragraph{sentence_of(report.section, load)});
-        blocks.push_back(table_of_peaks(report.section, result));
+        blocks.push_back(table_of_peaks(report.section, result, size));
         blocks.push_back(table_of_resultants(report, result));
 
-        if (!result.bars.empty()) blocks.push_back(table_of_bar_stresses(report.section, result));
+        if (!result.bars.empty()) blocks.push_back(table_of_bar_stresses(report.section, result, size));
         Figure picture = {"Stresses under " + (load.name.empty() ? std::string("this load set") : load.name), {}};
         const auto add = [&](Shown what) {
             picture.sheet.panels.push_back({});

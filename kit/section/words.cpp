@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <numeric>
 
 namespace velquor {
@@ -56,6 +57,16 @@ std::string text_of(double value) {
 std::string text_of(double value, int digits) {
     char text[40];
     return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, digits).ptr};
+}
+
+std::string text_beside(double size, double value, int digits) {
+    const int decimals = std::max(0, digits - static_cast<int>(std::floor(std::log10(std::max(2 * size, 1e-300)))));
+    if (decimals > 9) return text_of(std::abs(value) < std::pow(10.0, -decimals) / 2 ? 0 : value, digits);
+    char text[400];
+    std::string shown(text, std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals).ptr);
+    if (decimals > 0) shown.erase(shown.find_last_not_of('0') + 1);
+    if (shown.back() == '.') shown.pop_back();
+    return shown == "-0" ? "0" : shown;
 }
 
 std::string ordinal(std::size_t number) {

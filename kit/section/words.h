@@ -13,6 +13,10 @@ std::string text_of(double value);
 // The number to so many digits, without zeros at its end.
 std::string text_of(double value, int digits);
 
+// A coordinate or a length beside a size, however far from the origin it is, without zeros at its end: with 4 digits to
+// 0.01 at a size of 100, to 0.1 at one of 500.
+std::string text_beside(double size, double value, int digits = 4);
+
 // "3rd"
 std::string ordinal(std::size_t number);
 

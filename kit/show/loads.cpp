@@ -1,6 +1,7 @@
 // Load sets and their stresses, for reading.
 #include "kit/section/loads.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "kit/section/words.h"
@@ -12,12 +13,23 @@ namespace {
 
 constexpr int DIGITS = 4;
 
-std::string place_text(const Point& p) { return "(" + text_of(p.y, DIGITS) + ", " + text_of(p.z, DIGITS) + ")"; }
+// The longer side of the box around all nodes.
+double size_of(const LoadResult& r) {
+    Point low{INFINITY, INFINITY}, high{-INFINITY, -INFINITY};
+    for (const NodeStress& node : r.nodes) {
+        low = {std::min(low.y, node.at.y), std::min(low.z, node.at.z)};
+        high = {std::max(high.y, node.at.y), std::max(high.z, node.at.z)};
+    }
+    return std::max(high.y - low.y, high.z - low.z);
+}
 
-std::string peak_text(const Peak& peak) {
-    std::string value = std::isfinite(peak.value) ? text_of(peak.value, DIGITS) + " at " + place_text(peak.at) : "-";
+std::string peak_text(const Peak& peak, double size) {
+    const auto place = [&](const Point& p) {
+        return "(" + text_beside(size, p.y) + ", " + text_beside(size, p.z) + ")";
+    };
+    std::string value = std::isfinite(peak.value) ? text_of(peak.value, DIGITS) + " at " + place(peak.at) : "-";
     if (peak.value == 0) value = "0";
-    return peak.unlimited ? "no limit at the sharp corner " + place_text(peak.corner) + "; elsewhere " + value : value;
+    return peak.unlimited ? "no limit at the sharp corner " + place(peak.corner) + "; elsewhere " + value : value;
 }
 
 }  // namespace
@@ -38,16 +50,17 @@ std::string show_load(const LoadResult& r) {
     std::string text = "\nStresses in " + raised(r.force + "/" + r.length + "2") + " under " + given;
     if (r.load.name.find('=') == std::string::npos) text += " (" + printable(r.load.name) + ")";
     text += "\n";
+    const double size = size_of(r);
     for (const MaterialStresses& m : r.materials) {
         std::string indent = "  ";
         if (r.materials.size() > 1) text += "  " + printable(m.material) + "\n", indent = "    ";
         if (m.tension.value != 0 || m.compression.value != 0) {
-            text += indent + "axial, largest   " + peak_text(m.tension) + "\n";
-            text += indent + "axial, smallest  " + peak_text(m.compression) + "\n";
+            text += indent + "axial, largest   " + peak_text(m.tension, size) + "\n";
+            text += indent + "axial, smallest  " + peak_text(m.compression, size) + "\n";
         }
-        if (m.shear.value != 0) text += indent + "shear            " + peak_text(m.shear) + "\n";
-        text += indent + "von Mises        " + peak_text(m.von_mises) + "\n";
-        if (m.has_strength) text += indent + "of the strength  " + peak_text(m.utilisation) + "\n";
+        if (m.shear.value != 0) text += indent + "shear            " + peak_text(m.shear, size) + "\n";
+        text += indent + "von Mises        " + peak_text(m.von_mises, size) + "\n";
+        if (m.has_strength) text += indent + "of the strength  " + peak_text(m.utilisation, size) + "\n";
     }
     if (!r.warning.empty()) text += "  " + r.warning + "\n";
     return text;

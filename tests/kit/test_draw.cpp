@@ -97,6 +97,27 @@ TEST(Pictures, ShearEndsBesideCornersWithoutLimitAndMarksThem) {
     EXPECT_EQ(count(s.svg({"axial:N"}), "no limit at the"), 0u);
 }
 
+TEST(Pictures, PlacesAreToldFarFromTheOriginAndPiecesHaveNoShear) {
+    Section section = section_of_shape("rectangle", {{"h", 500}, {"b", 300}});
+    section.parts.front().place.at = {1e6, -2e6};
+    const Solved far(section);
+    const std::string svg = far.svg({"outline", "axial:My"});
+    EXPECT_TRUE(says(svg, "yC = 1000000, zC = \u22122000000 mm"));
+    EXPECT_EQ(count(svg, "\u22121999750) mm</text>"), 1u) << svg;
+    EXPECT_EQ(count(svg, "mean nothing"), 0u);
+    section.parts.push_back(section.parts.front());
+    section.parts.back().place.at.y += 400;
+    const Solved pieces(section);
+    EXPECT_EQ(count(pieces.svg({"axial:My"}), "mean nothing"), 0u);
+    EXPECT_EQ(count(pieces.svg({"shear:Vz", "mises:T"}), "mean nothing"), 2u);
+}
+
+// Each material is clipped once, however many cells it has: a clip for each would make this file some megabytes.
+TEST(Pictures, PdfOfManyHolesStaysSmall) {
+    const Solved column(section_of_shape("rc_circle", {{"d", 600}, {"cover", 40}, {"n", 40}, {"d_bar", 20}}));
+    EXPECT_LT(draw_pdf(column.section, column.analysis, column.sheet({"axial:My"})).size(), 1500000u);
+}
+
 TEST(Pictures, OfSeveralMaterialsStepAtTheirBorder) {
     const Solved beam(
         section_of_shape("rc_rectangle", {{"h", 300}, {"b", 200}, {"cover", 30}, {"n_bottom", 2}, {"d_bottom", 20}}));
