@@ -115,7 +115,7 @@ TEST(Pictures, PlacesAreToldFarFromTheOriginAndPiecesHaveNoShear) {
 // Each material is clipped once, however many cells it has: a clip for each would make this file some megabytes.
 TEST(Pictures, PdfOfManyHolesStaysSmall) {
     const Solved column(section_of_shape("rc_circle", {{"d", 600}, {"cover", 40}, {"n", 40}, {"d_bar", 20}}));
-    EXPECT_LT(draw_pdf(column.section, column.analysis, column.sheet({"axial:My"})).size(), 1500000u);
+    EXPECT_LT(draw_pdf(column.section, column.analysis, column.sheet({"axial:My"})).size(), 800000u);
 }
 
 TEST(Pictures, OfSeveralMaterialsStepAtTheirBorder) {
