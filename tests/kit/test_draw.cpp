@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <clocale>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <set>
 #include <thread>
@@ -95,6 +96,47 @@ TEST(Pictures, ShearEndsBesideCornersWithoutLimitAndMarksThem) {
     EXPECT_TRUE(says(svg, "largest " + shown_on(scale, peak.value)));
     EXPECT_EQ(count(svg, "no limit at the"), 1u);
     EXPECT_EQ(count(s.svg({"axial:N"}), "no limit at the"), 0u);
+}
+
+std::pair<double, double> place_of(const std::string& svg, const std::string& words) {
+    const std::size_t line = svg.rfind("<text x=\"", svg.find(">" + words + "</text>"));
+    return {std::stod(svg.substr(line + 9)), std::stod(svg.substr(svg.find("y=\"", line) + 3))};
+}
+
+// Filled paths of SVG that cairo wrote: the colour, and numbers and letters of the path.
+std::vector<std::pair<std::string, std::string>> filled_paths(const std::string& svg) {
+    std::vector<std::pair<std::string, std::string>> paths;
+    for (std::size_t at = svg.find("stroke:none;"); at != std::string::npos; at = svg.find("stroke:none;", at + 1)) {
+        const std::size_t fill = svg.find("fill:#", at) + 6, path = svg.find(" d=\"", at) + 4;
+        paths.emplace_back(svg.substr(fill, 6), svg.substr(path, svg.find('"', path) - path));
+    }
+    return paths;
+}
+
+TEST(Pictures, PointTheRightWay) {
+    const auto [c_x, c_y] = place_of(angle().svg({"outline"}), "C");
+    const auto [m_x, m_y] = place_of(angle().svg({"outline"}), "M");
+    EXPECT_GT(m_y, c_y + 60);  // the shear centre is in the corner
+    EXPECT_LT(m_x, c_x);
+    Section section = section_of_shape("rectangle", {{"h", 80}, {"b", 50}});
+    section.bars.push_back({{0, 30}, 50, section.materials.front().name, true});
+    const Solved beam(section);
+    for (const bool upwards : {false, true}) {
+        std::size_t arrows = 0;
+        for (const auto& [colour, path] : filled_paths(beam.svg({upwards ? "shear:Vz" : "shear:Vy"})))
+            for (std::size_t at = path.find("M "); at != std::string::npos && colour == "0d0f14";
+                 at = path.find("M ", at + 1)) {
+                double tip_x, tip_y, x, y;
+                if (std::sscanf(path.c_str() + at, "M %lf %lf L %lf %lf", &tip_x, &tip_y, &x, &y) != 4) continue;
+                EXPECT_GT(upwards ? y - tip_y : tip_x - x, 0) << path.substr(at, 40);
+                ++arrows;
+            }
+        EXPECT_GT(arrows, 20u);
+    }
+    std::size_t red = 0;  // the bar, in tension on top
+    for (const auto& [colour, path] : filled_paths(beam.svg({"axial:My"})))
+        if (path.find(" C ") != std::string::npos && colour.substr(0, 2) > colour.substr(4, 2)) ++red;
+    EXPECT_EQ(red, 1u);
 }
 
 TEST(Pictures, PlacesAreToldFarFromTheOriginAndPiecesHaveNoShear) {
