@@ -237,6 +237,25 @@ TEST(Pictures, PixelsAreOfTheThemeAndNotBlank) {
     }
 }
 
+// Cells reach over the arcs of their boundary, and are clipped there.
+TEST(Pictures, ColoursEndAtTheBoundary) {
+    const Solved disc(section_of_shape("ring", {{"d", 100}, {"t", 10}}));
+    Sheet sheet = disc.sheet({"mises:N"});
+    sheet.plain = true;
+    sheet.width = 800;
+    std::string png = draw_png(disc.section, disc.analysis, sheet);
+    cairo_surface_t* const surface = cairo_image_surface_create_from_png_stream(take, &png);
+    const int size = cairo_image_surface_get_width(surface);
+    const auto* const rows = cairo_image_surface_get_data(surface);
+    double reach = 0;
+    for (int y = 0; y < std::min(size, cairo_image_surface_get_height(surface)); ++y)
+        for (int x = 0; x < size; ++x)
+            if (rows[y * cairo_image_surface_get_stride(surface) + 4 * x] < 250)
+                reach = std::max(reach, std::hypot(x + 0.5 - size / 2.0, y + 0.5 - size / 2.0));
+    EXPECT_NEAR(reach, size / 2.0 - 10, 1.5);  // 4 and 6 of margin
+    cairo_surface_destroy(surface);
+}
+
 TEST(Pictures, APageKeepsItsStateAndThreadsDoNotDisturbEachOther) {
     const Sheet sheet = angle().sheet({"outline", "mesh"});
     const auto pixels = [&] {

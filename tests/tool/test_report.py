@@ -102,6 +102,10 @@ class Reports(Folder):
             with self.subTest(symbol):
                 row = told[re.sub("^(.),", r"\1", symbol)]  # the comma before an index is not set
                 self.assertEqual((row[0], row[1].replace("±\u00a0", ""), row[2]), (value, bound, unit))
+        given, summed = (next(row[1:] for row in page.rows if row[:1] == [name]) for name in ("given", "summed"))
+        self.assertEqual(len(given), 7)
+        for load, sum_of_stresses in zip(map(float, given), map(float, summed)):
+            self.assertAlmostEqual(sum_of_stresses, load, delta=5e-3 * abs(load) if load else 1e3)
         self.assertIn("My = -50e6 N·mm, tension at -z; Vz = 30000 N, along +z.", page.words)
         for word in ("B500", "no limit at (150, -150), a sharp corner", "more than its strength", "several materials"):
             self.assertIn(word, page.words)
