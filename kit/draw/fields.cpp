@@ -477,6 +477,7 @@ Panel panel_of(const Section& section, const std::string& text, const std::strin
     const std::string wanted = colon != std::string::npos ? of : panel.what == Shown::shear ? "Vz" : "My";
     for (const UnitCase& c : CASES) {
         Load load;
+        load.name = c.name;
         load.*c.load = 1;
         if (panel.what == Shown::axial && is_of_shear(load)) continue;
         if (panel.what == Shown::shear && !is_of_shear(load)) continue;
