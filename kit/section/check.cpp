@@ -218,6 +218,7 @@ void check_section(const Section& s) {
     if (!s.drawing.unit.empty()) size_of(lengths(), s.drawing.unit, "drawing.unit");
     check_names(s.materials, "materials");
     check_names(s.parts, "parts");
+    check_names(s.loads, "loads");
     for (std::size_t i = 0; i < s.materials.size(); ++i) check_material(s.materials[i], numbered("materials", i));
     std::map<int, std::size_t> groups;
     std::vector<Region> regions;

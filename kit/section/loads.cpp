@@ -40,7 +40,13 @@ double unit_size(std::string unit, const LoadKey& key, const Section& section, c
                 std::string("as in ") + examples[key.length]);
 }
 
-bool is_gap(char c) { return c == ' ' || c == '\t' || c == ','; }
+bool is_gap(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == ','; }
+
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && is_gap(text.front())) text.remove_prefix(1);
+    while (!text.empty() && is_gap(text.back())) text.remove_suffix(1);
+    return text;
+}
 
 }  // namespace
 
@@ -58,9 +64,9 @@ const std::vector<LoadKey>& load_keys() {
 }
 
 double load_value(std::string_view text, const LoadKey& key, const Section& section, const std::string& place) {
-    while (!text.empty() && is_gap(text.front())) text.remove_prefix(1);
-    while (!text.empty() && is_gap(text.back())) text.remove_suffix(1);
-    std::string_view digits = text.substr(!text.empty() && text.front() == '+');
+    text = trimmed(text);
+    const bool plus = !text.empty() && text.front() == '+' && text.substr(0, 2) != "+-";
+    const std::string_view digits = text.substr(plus);
     double value = 0;
     const auto [end, fault] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (fault != std::errc() || !std::isfinite(value))
@@ -77,11 +83,13 @@ double load_value(std::string_view text, const LoadKey& key, const Section& sect
 
 Load load_of(std::string_view text, const Section& section, const std::string& place) {
     Load load;
-    load.name = printable(text);
+    std::string_view title = text;
     if (const std::size_t colon = text.find(':'); colon != std::string_view::npos) {
-        load.name = printable(text.substr(0, colon));
+        title = text.substr(0, colon);
         text = text.substr(colon + 1);
+        if (trimmed(title).empty()) title = text;
     }
+    load.name = printable(trimmed(title));
     std::vector<std::string> names, given;
     for (const LoadKey& key : load_keys()) names.emplace_back(key.name);
     std::size_t at = 0;
