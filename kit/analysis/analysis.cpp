@@ -5,6 +5,7 @@
 
 #include "kit/analysis/check.h"
 #include "kit/analysis/corners.h"
+#include "kit/analysis/extent.h"
 #include "kit/analysis/recovery.h"
 #include "kit/analysis/tables.h"
 #include "kit/section/vectors.h"
@@ -109,6 +110,7 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stre
     a.strengths = t.strengths;
     if (mesh.has_corners) a.bound[VQ_WT] = std::numeric_limits<double>::infinity();
     without_warping(a);
+    a.pieces = pieces_of(mesh);
     measure(a, section.wishes.accuracy);
     if (stresses) a.field = field_of(recovery, t, reach_of_corners(mesh, a.sharp), a.warps);
     return a;

@@ -24,6 +24,7 @@ struct Analysis {
     bool plastic = false;             // plastic slots are filled
     bool strengths = false;           // with the strengths of the materials; else with 1: PLMOM means nothing
     bool warps = true;                // under torsion; else, as a circle, it carries no bimoment
+    int pieces = 1;                   // that do not touch: of more than one, what rests on warping means nothing
     double reached = 0;               // the largest bound, relative to its value's natural size; without WT
     int worst = 0;                    // the slot that has it
     bool met = false;                 // it is within the wished accuracy

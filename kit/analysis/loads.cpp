@@ -19,6 +19,32 @@ constexpr double INF = std::numeric_limits<double>::infinity();
 
 bool has_shear(const Load& l) { return l.T != 0 || l.Vy != 0 || l.Vz != 0 || l.Tw != 0; }
 
+// The first of these that the load has; null where it has none.
+const LoadKey* any_of(const Load& load, std::initializer_list<double Load::*> of) {
+    for (const LoadKey& key : load_keys())
+        if (load.*key.value != 0 && std::find(of.begin(), of.end(), key.value) != of.end()) return &key;
+    return nullptr;
+}
+
+bool is_coupled(const Section& s) {
+    return std::any_of(s.parts.begin(), s.parts.end(), [](const Part& p) { return p.factor < 1; });
+}
+
+// Refuses what the section cannot carry, or of which nothing is known.
+void check_load(const Section& section, const Analysis& a, const Load& load) {
+    const std::string place = "load " + in_quotes(load.name);
+    const LoadKey* const warping = any_of(load, {&Load::B, &Load::Tw});
+    const LoadKey* const held = any_of(load, {&Load::Vy, &Load::Vz, &Load::T, &Load::B, &Load::Tw});
+    if (!a.warps && warping)
+        throw Error(place, std::string(warping->name) + " on a section that does not warp", "leave it out");
+    if (a.pieces > 1 && held)
+        throw Error(place, std::string(held->name) + " on a section in pieces that do not touch",
+                    "join them, or calculate each by itself");
+    if (!a.bars.empty() && is_coupled(section))
+        throw Error(place, "bars that are points, where groups of parts slip on each other: their stress is not known",
+                    "leave \"as_point\" out");
+}
+
 // How much of its strength a material uses: by von Mises where both strengths are one, else by the principal stresses.
 double utilisation(const Stress& s, const Material& m) {
     if (m.tension == m.compression) return von_mises(s) / m.tension;
@@ -88,6 +114,7 @@ Load resultants_of(const Section& section, const Analysis& a, const LoadResult& 
     const Field& f = a.field;
     const Point c = {a.value[VQ_YC], a.value[VQ_ZC]}, s = {a.value[VQ_SCY], a.value[VQ_SCZ]};
     Load sum;
+    Point normal;  // where a unit normal force acts
     const auto add = [&](double area, const Point& p, const Stress& q, double warping) {
         sum.N += area * q.sigma;
         sum.My += area * q.sigma * (p.z - c.z);
@@ -117,16 +144,18 @@ Load resultants_of(const Section& section, const Analysis& a, const LoadResult& 
             }
             Point p;
             Stress q;
-            double warping = 0;
+            double warping = 0, of_unit = 0;
             for (int corner = 0; corner < 4; ++corner) {
                 const auto spot = static_cast<std::size_t>(e[corner]);
                 p = p + share[corner] * at(corner);
+                of_unit += share[corner] * f.unit[spot][8];
                 q.sigma += share[corner] * r.stresses[spot].sigma;
                 q.tau_y += share[corner] * r.stresses[spot].tau_y;
                 q.tau_z += share[corner] * r.stresses[spot].tau_z;
                 warping +=
                     share[corner] * f.unit[spot][11] * a.value[VQ_IW] / section.materials[f.spots[spot].material].E;
             }
+            normal = normal + area * of_unit * p;
             add(area, p, q, std::isfinite(warping) ? warping : 0);
         }
     }
@@ -134,7 +163,16 @@ Load resultants_of(const Section& section, const Analysis& a, const LoadResult& 
         const VYZTUZE_INFO& bar = a.bars[k];
         const double excess = 1 - a.value[VQ_EREF] / bar.EMODUL;
         const double warping = bar.STRESS[3] * a.value[VQ_IW] / bar.EMODUL;
-        add(bar.AREA * excess, section.bars[bars[k]].at, {r.bars[k], 0, 0}, std::isfinite(warping) ? warping : 0);
+        const double by_warping = r.load.B != 0 ? r.load.B * bar.STRESS[3] : 0;
+        const Point& at = section.bars[bars[k]].at;
+        add(bar.AREA * excess, at, {r.bars[k] - by_warping, 0, 0}, 0);
+        // Warping takes the whole bar, and nothing off what it displaces.
+        add(bar.AREA, at, {by_warping, 0, 0}, 0);
+        if (std::isfinite(warping)) sum.B += bar.AREA * r.bars[k] * warping;
+    }
+    if (is_coupled(section)) {  // each group has its share of the normal force in its own centre
+        sum.My -= sum.N * (normal.z - c.z);
+        sum.Mz += sum.N * (normal.y - c.y);
     }
     return sum;
 }
@@ -142,15 +180,13 @@ Load resultants_of(const Section& section, const Analysis& a, const LoadResult& 
 }  // namespace
 
 LoadResult result_of(const Section& section, const Analysis& a, const Load& load) {
-    if (!a.warps && (load.B != 0 || load.Tw != 0))
-        throw Error("load " + in_quotes(load.name),
-                    std::string(load.B != 0 ? "B" : "Tw") + " on a section that does not warp", "leave it out");
+    check_load(section, a, load);
     LoadResult r;
     r.load = load;
     r.length = section.length;
     r.force = section.force;
     if (a.levels > 1 && !std::isfinite(a.bound[VQ_GJ]) && has_shear(load))
-        r.warning = "the section falls in pieces, or hangs together in points: its shear stresses mean nothing";
+        r.warning = "the section hangs together in points: its shear stresses depend on the mesh";
     r.stresses = stresses_of(a.field, load);
     std::vector<std::size_t> bars;  // in the section's list, those of Analysis::bars
     for (std::size_t i = 0; i < section.bars.size(); ++i)

@@ -17,7 +17,6 @@ struct Measured {
     bool densities = true;   // of all materials
     bool points = false;     // some bars are points
     bool round = false;      // both principal moments are equal, so every axis is a principal one
-    int pieces = 1;
     Perimeter perimeter;
     Extent y, z;               // in the section's frame
     Value alpha, cos, sin;     // of the principal axes, in radians

@@ -355,7 +355,6 @@ Measured::Measured(const Section& of, const Analysis& by) : section(of), analysi
     for (const Material& m : section.materials) densities = densities && (m.density > 0 || !materials.count(m.name));
     const Measured& s = *this;
     round = std::abs(s(VQ_I1).value - s(VQ_I2).value) <= s(VQ_I1).bound + s(VQ_I2).bound;
-    pieces = pieces_of(analysis.mesh);
     perimeter = perimeter_of(analysis.mesh);
     y = extent_of(analysis.mesh, 0);
     z = extent_of(analysis.mesh, PI / 2);

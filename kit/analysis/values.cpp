@@ -55,7 +55,7 @@ const char* missing(int needs, const Measured& s) {
 }
 
 const char* no_limit(const Quantity& q, const Measured& s) {
-    if (s.pieces > 1) return "the section falls in pieces that do not touch";
+    if (s.analysis.pieces > 1) return "the section falls in pieces that do not touch";
     if (q.key == std::string("Wt")) return "stresses grow without limit at sharp corners, or where materials meet";
     if (s.points) return "bars are points; it needs them as discs";
     return "no limit was found; more levels or smaller elements may find one";

@@ -80,8 +80,10 @@ std::vector<Case> cases_of(const Section& section, const Analysis& analysis) {
     for (const Load& load : section.loads) cases.push_back({load, false});
     if (cases.empty())
         for (const LoadKey& key : load_keys()) {
-            const bool by_warping = key.value == &Load::B || key.value == &Load::Tw;
-            if (analysis.warps || !by_warping) cases.push_back(unit_case(key.name, ""));
+            const bool by_warping = key.value == &Load::B || key.value == &Load::Tw,
+                       axial = key.value == &Load::N || key.value == &Load::My || key.value == &Load::Mz;
+            if (axial || (analysis.pieces == 1 && (analysis.warps || !by_warping)))
+                cases.push_back(unit_case(key.name, ""));
         }
     return cases;
 }
@@ -101,7 +103,7 @@ Fields fields_of(const Section& section, const Analysis& a, const std::vector<Ca
     }
     for (std::size_t k = 0; k < section.bars.size(); ++k)
         if (section.bars[k].as_point) fields.bars.push_back(k);
-    if (!finest) add_warping(a, fields);
+    if (!finest && a.pieces == 1) add_warping(a, fields);
     Fields::Column sharp = {"sharp", 1, {}};
     for (std::size_t i = 0; i < fields.points.size(); ++i) sharp.values.push_back(a.field.sharp[i]);
     sharp.values.resize(fields.points.size() + fields.bars.size());

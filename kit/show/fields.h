@@ -39,7 +39,7 @@ struct Fields {
 };
 
 // Of an analysis with stresses. Warping is that of a unit twist about the shear centre and of unit shear strains along
-// u and v, in the section's units; it is known on the coarse mesh alone.
+// u and v, in the section's units; it is known on the coarse mesh alone, and not of pieces that do not touch.
 Fields fields_of(const Section& section, const Analysis& analysis, const std::vector<Case>& cases, bool finest);
 
 // VTK's XML for unstructured grids, in binary: y and z of the section are x and y there. Cells have the numbers of

@@ -9,6 +9,7 @@
 #include "kit/section/file.h"
 #include "kit/section/loads.h"
 #include "kit/section/templates.h"
+#include "kit/show/fields.h"
 
 namespace velquor {
 
@@ -149,11 +150,18 @@ TEST(Stresses, GiveTheLoadsBack) {
     const Section with_bars = file(R"({"shape": "rectangle", "parameters": {"b": 30, "h": 50}, "material": "b"})",
                                    R"(, "bars": [{"from": [-11, -21], "to": [11, -21], "count": 3, "diameter": 2.5,
                                        "material": "a", "as_point": true}])");
-    for (const Section& s : {section_of_profile("L 100x50x8"), section_of_profile("UPN 200"), girder, with_bars}) {
+    const Section slipping = file(
+        R"({"shape": "rectangle", "parameters": {"b": 30, "h": 50}, "material": "a", "at": [70, 0], "group": 1,
+            "factor": 0.2},
+           {"shape": "rectangle", "parameters": {"b": 20, "h": 20}, "material": "a", "at": [70, 35], "group": 2,
+            "factor": 0.6})");
+    const Section all[] = {section_of_profile("L 100x50x8"), section_of_profile("UPN 200"), girder, with_bars,
+                           slipping};
+    for (const Section& s : all) {
         const Analysis a = analyse(s, {true});
         Load loads;
         for (const LoadKey& key : load_keys()) {
-            if (!s.bars.empty() && key.value != &Load::N && key.value != &Load::My) continue;  // points do not warp
+            if (!s.bars.empty() && key.value == &Load::Tw) continue;  // points have no shear
             const Load back = result_of(s, a, one(key.value, 1000)).resultants;
             const double size = std::sqrt(a.value[VQ_IZZ] / a.value[VQ_EA]);
             for (const LoadKey& other : load_keys()) {
@@ -204,12 +212,36 @@ TEST(Stresses, NoLimitAtSharpCornersAndNoBimomentWithoutWarping) {
     EXPECT_NO_THROW(result_of(circle, a, one(&Load::T)));
 }
 
+TEST(Stresses, RefusedWhereNothingIsKnown) {
+    const std::string two = R"({"shape": "circle", "parameters": {"d": 30}, "material": "b"},
+        {"shape": "circle", "parameters": {"d": 20}, "at": [0, 50], "material": "b")";
+    const Section pieces = file(two + "}");
+    const Section slipping = file(two + R"(, "group": 2, "factor": 0.5})",
+                                  R"(, "bars": [{"at": [1, 2], "diameter": 2, "material": "a", "as_point": true}])");
+    const auto told = [](const Section& s, const Analysis& a, double Load::*of) {
+        try {
+            result_of(s, a, one(of));
+            return std::string();
+        } catch (const Error& error) {
+            return std::string(error.what());
+        }
+    };
+    const Analysis a = analyse(pieces, {true});
+    EXPECT_EQ(told(pieces, a, &Load::N) + told(pieces, a, &Load::My) + told(pieces, a, &Load::Mz), "");
+    for (const auto of : {&Load::Vy, &Load::Vz, &Load::T, &Load::Tw, &Load::B})
+        EXPECT_NE(told(pieces, a, of).find("pieces that do not touch"), std::string::npos);
+    EXPECT_EQ(cases_of(pieces, a).size(), 3u);
+    EXPECT_NE(told(slipping, analyse(slipping, {true}), &Load::My).find("slip"), std::string::npos);
+}
+
 TEST(Loads, AreReadWithTheirUnits) {
     Section s;
     s.length = "cm";
     s.force = "kN";
     const Load load = load_of("ULS 1: N=-1e2, My=20 kNm Mz = 1.5MN·mm B=3kNm² T=2 kip*in", s, "--load");
     EXPECT_EQ(load.name, "ULS 1");
+    EXPECT_EQ(load_of("  wind : N=5\nMy=3 ", s, "").name, "wind");
+    EXPECT_EQ(load_of(" : N=5", s, "").name, "N=5");
     EXPECT_EQ(load.N, -100);
     EXPECT_NEAR(load.My, 2000, 1e-9);
     EXPECT_NEAR(load.Mz, 150, 1e-9);
@@ -222,6 +254,7 @@ TEST(Loads, AreReadWithTheirUnits) {
         {"N=3kNm", "--load: unknown unit \"kNm\" of N; as in \"kN\""},
         {"My=3 kN", "--load: unknown unit \"kN\" of My; as in \"kNm\""},
         {"N=1,5", "--load: N: \"1,5\" with a comma; decimals follow a point"},
+        {"N=+-5", "--load: N: \"+-5\" is not a number; as in 12.5 or 12.5kN"},
         {"N=nan", "--load: N: \"nan\" is not a number; as in 12.5 or 12.5kN"},
         {"N=1e300 MN", "--load: N: \"1e300 MN\" is too large; at most 1e30 is read"},
         {"N=1 N=2", "--load: N is given twice; add both up"}};
@@ -233,12 +266,17 @@ TEST(Loads, AreReadWithTheirUnits) {
             EXPECT_STREQ(error.what(), message);
         }
     }
-    try {
-        file(R"({"shape": "circle", "material": "a", "parameters": {"d": 5}})",
-             R"(, "loads": [{"My": 1}, {"Vz": "3 kNm"}])");
-        ADD_FAILURE();
-    } catch (const Error& error) {
-        EXPECT_STREQ(error.what(), "loads[1].Vz: unknown unit \"kNm\" of Vz; as in \"kN\"");
+    const std::pair<const char*, const char*> files[] = {
+        {R"({"Vz": "3 kNm"})", "loads[1].Vz: unknown unit \"kNm\" of Vz; as in \"kN\""},
+        {R"({"name": "load 1", "N": 1})", "loads[1].name: \"load 1\" is the name of loads[0]; names must differ"}};
+    for (const auto& [second, message] : files) {
+        try {
+            check_section(file(R"({"shape": "circle", "material": "a", "parameters": {"d": 5}})",
+                               std::string(R"(, "loads": [{"My": 1}, )") + second + "]"));
+            ADD_FAILURE() << second;
+        } catch (const Error& error) {
+            EXPECT_STREQ(error.what(), message);
+        }
     }
 }
 
