@@ -1,4 +1,7 @@
+#include <algorithm>
+
 #include "kit/section/file.h"
+#include "kit/section/words.h"
 #include "kit/show/fields.h"
 #include "tool/commands.h"
 #include "tool/inputs.h"
@@ -13,7 +16,11 @@ int export_fields(const ExportOptions& options) {
         const std::string form = ending_of(options.output, {".vtu", ".msh", ".csv"});
         const Writer shown = form == ".vtu" ? Writer(show_vtu) : form == ".msh" ? Writer(show_mesh) : Writer(show_csv);
         std::vector<Case> cases;
-        for (const std::string& name : options.cases) cases.push_back(unit_case(name, "--case"));
+        for (const std::string& name : options.cases) {
+            cases.push_back(unit_case(name, "--case"));
+            if (std::count(options.cases.begin(), options.cases.end(), name) > 1)
+                throw Error("--case", in_quotes(name) + " is given twice", "once is enough");
+        }
         const Section section = section_of(options.inputs, 0);
         tell(input, section.notes);
         check_section(section);
