@@ -52,7 +52,8 @@ double utilisation(const Stress& s, const Material& m) {
     return std::max((middle + radius) / m.tension, (radius - middle) / m.compression);
 }
 
-// A stress of the material that is looked at, and where it is; `in_shear` false too near to a sharp corner.
+// A stress of the material that is looked at, and where it is. Too near to a sharp corner its shear is left out, and
+// `in_shear` false.
 struct Taken {
     Stress stress;
     Point at;
@@ -88,7 +89,9 @@ MaterialStresses peaks_of(const Material& material, std::int32_t index, const An
     for (std::size_t i = 0; i < f.spots.size(); ++i) {
         if (f.spots[i].material != index) continue;
         const Point& at = f.nodes[f.spots[i].node];
-        taken.push_back({result.stresses[i], at, !(limit && f.near_sharp[i])});
+        const Stress& s = result.stresses[i];
+        const bool near = limit && f.near_sharp[i];
+        taken.push_back({{s.sigma, near ? 0 : s.tau_y, near ? 0 : s.tau_z}, at, !near});
         if (limit && f.sharp[i] && !unlimited) unlimited = true, corner = at;
     }
     for (std::size_t k = 0; k < bars.size(); ++k)
@@ -101,9 +104,9 @@ MaterialStresses peaks_of(const Material& material, std::int32_t index, const An
     m.tension = peak_of(taken, false, &centre, axial);
     m.compression = peak_of(taken, false, &centre, axial, -1);
     m.shear = peak_of(taken, true, nullptr, shear);
-    m.von_mises = peak_of(taken, true, centroid, von_mises);
+    m.von_mises = peak_of(taken, false, centroid, von_mises);
     if (m.has_strength)
-        m.utilisation = peak_of(taken, true, centroid, [&](const Stress& s) { return utilisation(s, material); });
+        m.utilisation = peak_of(taken, false, centroid, [&](const Stress& s) { return utilisation(s, material); });
     for (Peak* peak : {&m.shear, &m.von_mises, &m.utilisation}) peak->unlimited = unlimited, peak->corner = corner;
     return m;
 }

@@ -11,7 +11,7 @@ namespace velquor {
 
 // The largest of a kind, and where. At sharp re-entrant corners shear stresses have no limit: `unlimited` says that
 // they do not and `corner` at which corner; value and place are then those of the largest elsewhere, further
-// than half of the wall's thickness from any.
+// than half of the wall's thickness from any; nearer ones count by their axial stress, which has a limit.
 struct Peak {
     double value = 0;
     Point at;

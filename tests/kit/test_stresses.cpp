@@ -227,6 +227,18 @@ TEST(Stresses, NoLimitAtSharpCornersAndNoBimomentWithoutWarping) {
     EXPECT_NEAR(in_metres.materials.front().shear.corner.y, 0.01, 1e-12);
     EXPECT_NEAR(in_metres.materials.front().shear.at.y, peak.at.y / 1000, 1e-12);
     EXPECT_FALSE(result_of(angle, five, one(&Load::My)).materials.front().von_mises.unlimited);
+    // Axial stresses count there too: of the lower part they are largest at the corner under the upper one.
+    const Section hammer = file(R"({"outline": [[0, -40], [50, -40], [50, 0], [0, 0]], "material": "a"},
+                                   {"outline": [[0, 0], [100, 0], [100, 10], [0, 10]], "material": "b"})");
+    Load bent = one(&Load::My, 1000);
+    bent.Mz = -1000;
+    bent.N = 1000;
+    bent.T = 1e-3;
+    const MaterialStresses lower = result_of(hammer, analyse(hammer, {true}), bent).materials.front();
+    EXPECT_TRUE(lower.von_mises.unlimited);
+    EXPECT_NEAR(lower.tension.at.y, 50, 1e-9);
+    EXPECT_GE(lower.von_mises.value, lower.tension.value);
+    EXPECT_GE(lower.utilisation.value, lower.tension.value / 2);
     const Section circle = section_of_shape("circle", {{"d", 50}});
     const Analysis a = analyse(circle, {true});
     EXPECT_THROW(result_of(circle, a, one(&Load::B)), Error);
