@@ -26,6 +26,12 @@ std::string shown(const CalcOptions& options, const std::vector<Outcome>& outcom
 
 int calc(const CalcOptions& options) {
     show_table({}, options.columns, 0);  // refused before anything is calculated, as units are
+    const bool tells_stresses =
+        options.form == CalcOptions::Form::json ||
+        (options.form == CalcOptions::Form::text && options.columns.empty() && count_of(options.inputs) == 1);
+    if (!tells_stresses && !options.inputs.loads.empty())
+        throw Error("--load", "a table of several sections, of --columns or as CSV has no stresses",
+                    "give one section, or --json; velquor export writes stresses as CSV");
     std::vector<Outcome> outcomes;
     int status = DONE;
     for (std::size_t k = 0; k < count_of(options.inputs); ++k) {
@@ -37,13 +43,14 @@ int calc(const CalcOptions& options) {
             const Section section = section_of(options.inputs, k);
             tell(outcome.input, section.notes);
             check_section(section);
-            const Analysis analysis = analyse(section, {!section.loads.empty()});
+            const Analysis analysis = analyse(section, {tells_stresses && !section.loads.empty()});
             const Values values = values_of(section, analysis);
             outcome.values = in_units(values, options.length.empty() ? values.length : options.length,
                                       options.force.empty() ? values.force : options.force);
-            for (const Load& load : section.loads)
-                outcome.loads.push_back(
-                    in_units(result_of(section, analysis, load), outcome.values.length, outcome.values.force));
+            if (tells_stresses)
+                for (const Load& load : section.loads)
+                    outcome.loads.push_back(
+                        in_units(result_of(section, analysis, load), outcome.values.length, outcome.values.force));
         } catch (...) {
             outcome.failure = failure();
             complain(outcome.input, *outcome.failure);

@@ -163,6 +163,8 @@ class Reports(Folder):
             (["report", "IPE 300", "-o", "x.doc"], '-o: "x.doc" has an unknown ending; it must be .html, .htm or .pdf'),
             (["report", "IPE 300"], "--output is required"),
             (["export", "IPE 300", "-o", "x"], '-o: "x" has no ending; it must be .vtu, .msh or .csv'),
+            (["export", "IPE 300", "--case", "N,N", "-o", "x.csv"], '--case: "N" is given twice; once is enough'),
+            (["calc", "IPE 300", "--csv", "--load", "N=1"], "--load: a table of several sections"),
             (["export", "IPE 300", "--case", "N,vy", "-o", "x.csv"], '--case: unknown unit load "vy"; did you mean "Vy"?'))
         for arguments, message in cases:
             self.assertIn(message, run(*arguments, wanted=1).stderr)
