@@ -212,6 +212,14 @@ class Exports(Folder):
                 0.5 * numpy.cross(b - a, c - a)[:, 2] * means).sum()
         self.assertAlmostEqual(force, 1000, delta=5)  # less what discs lose as polygons
         self.assertEqual(sum(len(block.data) for block in msh.cells), sum(len(block.data) for block in vtu.cells))
+        # a view has at each element's corners what the table has at these nodes
+        view = pathlib.Path(files["msh"]).read_text(encoding="utf-8").split('"snow axial"')[1].split("$End")[0]
+        rows = [row.split() for row in view.splitlines()[7:]]
+        cells = [cell for block in msh.cells for cell in block.data]
+        self.assertEqual(len(rows), len(cells))
+        known = {(int(line["node"]), float(line["snow axial"])) for line in lines}
+        for row, cell in zip(rows, cells):
+            self.assertLessEqual({(n + 1, float(value)) for n, value in zip(cell, row[2:])}, known)
 
     def test_bars_that_are_points_unit_loads_and_the_finest_mesh(self):
         file = self.path("x.vtu")
