@@ -17,8 +17,8 @@ constexpr std::size_t MOST_BARS = 10000;  // those of rows and rings too
 std::string_view section_schema();
 
 // Reads and checks a section. Throws Error, and nothing else, with the place in the text as "parts[1].outline[3]", or
-// its line and column where it is no JSON. A mesh or a drawing is named, not read: kit/mesh/mesh_file.h and drawing.h do
-// that.
+// its line and column where it is no JSON. A mesh or a drawing is named, not read: kit/mesh/mesh_file.h and drawing.h
+// do that.
 Section read_section(std::string_view text);
 
 // The same without parts and without the name of a mesh or a drawing: materials, groups, layers, bars, loads and wishes

@@ -356,10 +356,11 @@ TEST(Drawing, WhatAFileSaysOfIt) {
               "drawing.layers: \"OFF\" is off or frozen in the drawing; put it on there, or leave it out here");
     EXPECT_EQ(fault(R"({"file": "x.dxf", "layers": {"STEEL": "T"}})"),
               "layer STEEL.material: unknown material \"T\"; it can be one of \"S\", \"C\"");
-    EXPECT_EQ(fault(R"({"file": "x.dxf", "layers": {"STEEL": 5}})"),
-              "drawing.layers.STEEL: 5 is given; it must be a text in double quotes or an object in braces: of a group of "
-              "a mesh or a layer of a drawing: its "
-              "material, or an object with it; it may be left out where there is only one");
+    EXPECT_EQ(
+        fault(R"({"file": "x.dxf", "layers": {"STEEL": 5}})"),
+        "drawing.layers.STEEL: 5 is given; it must be a text in double quotes or an object in braces: of a group of "
+        "a mesh or a layer of a drawing: its "
+        "material, or an object with it; it may be left out where there is only one");
     EXPECT_EQ(fault(R"({"file": "x.dxf", "unit": "mn"})"), "drawing.unit: unknown unit \"mn\"; did you mean \"mm\"?");
     EXPECT_EQ(fault(R"({"file": "x.dxf", "layers": {"STEEL": "S"}, "gap": 5})"),
               "layer STEEL: a gap of 5 mm may be closed, and all of it is 10 wide; allow less than a tenth of that");

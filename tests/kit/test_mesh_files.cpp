@@ -399,7 +399,8 @@ TEST(MeshFiles, SectionFilesNameAMesh) {
         {R"("mesh": {"file": "a.msh"}, "wishes": {"size": 3}})", "wishes.size: of a section that comes as a mesh"},
         {R"("mesh": {"file": "a.msh"}, "bars": [{"at": [0, 0], "area": 1, "material": "s"}]})",
          "bars[0]: a disc in a mesh that is given; give \"as_point\": true, or mesh the bar as a group of its own"},
-        {R"("name": "x"})", "nothing is drawn: key \"parts\" is missing; give \"parts\", a "
+        {R"("name": "x"})",
+         "nothing is drawn: key \"parts\" is missing; give \"parts\", a "
          "\"drawing\", or a \"mesh\""}};
     for (const auto& [text, message] : cases) {
         std::string told;
