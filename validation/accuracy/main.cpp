@@ -4,8 +4,8 @@
 //     accuracy_study --meshes N [FIRST]                                     meshes N random outlines from seed FIRST on
 //
 // Prints a table in Markdown; all of it but the times is the same in every run. ROW is one of errors, bounds, wish,
-// stresses, times, process. --worst adds the values that are furthest off. With --meshes each mesh is checked, and the seed is
-// told on the error stream before, for the case that the mesher ends the process.
+// stresses, times, process. --worst adds the values that are furthest off. With --meshes each mesh is checked, and the
+// seed is told on the error stream before, for the case that the mesher ends the process.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
