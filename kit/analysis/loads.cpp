@@ -17,8 +17,6 @@ namespace {
 constexpr double SAME = 1e-4;  // relative difference of stresses whose places are as good
 constexpr double INF = std::numeric_limits<double>::infinity();
 
-bool has_shear(const Load& l) { return l.T != 0 || l.Vy != 0 || l.Vz != 0 || l.Tw != 0; }
-
 // The first of these that the load has; null where it has none.
 const LoadKey* any_of(const Load& load, std::initializer_list<double Load::*> of) {
     for (const LoadKey& key : load_keys())

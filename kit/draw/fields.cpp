@@ -2,9 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "kit/analysis/loads.h"
-#include "kit/draw/cells.h"
-#include "kit/draw/picture.h"
+#include "kit/draw/field_values.h"
 #include "kit/section/vectors.h"
 #include "kit/section/words.h"
 #include "kit/show/show.h"
@@ -16,116 +14,9 @@ namespace {
 constexpr double MARGIN = 24;                              // around a field
 constexpr double BESIDE = 190, GAP = 24;                   // width of a legend beside the field, and what is between
 constexpr double BAR = 16, LONGEST_BAR = 300, NOTES = 92;  // the bar of colours; height of what is said below it
-constexpr double NO_WARPING = 1e-9;                        // of the size or its square: rounding
 constexpr double SMALLEST = 9;                             // edges of cells that are not cut, in units of the sheet
 constexpr double ALONG = 30, ACROSS = 15;                  // distances of arrows, in units of the sheet
 constexpr double LONGEST = 26, SHORTEST = 4;               // and their lengths
-
-struct UnitCase {
-    const char* name;
-    double Load::*load;
-    const char* dimension;  // behind the unit of force
-    int length;             // power of the unit of length in it
-    const char* meaning;
-};
-constexpr UnitCase CASES[] = {{"N", &Load::N, "", 0, "normal force"},
-                              {"My", &Load::My, "", 1, "bending about y"},
-                              {"Mz", &Load::Mz, "", 1, "bending about z"},
-                              {"Vy", &Load::Vy, "", 0, "force along y through M"},
-                              {"Vz", &Load::Vz, "", 0, "force along z through M"},
-                              {"T", &Load::T, "", 1, "torque of free twist"},
-                              {"Tw", &Load::Tw, "", 1, "torque of warping shear"},
-                              {"B", &Load::B, "", 2, "bimoment"}};
-
-bool is_of_shear(const Load& load) { return load.Vy != 0 || load.Vz != 0 || load.T != 0 || load.Tw != 0; }
-
-std::string unit_of(const Section& section, int length) {
-    return section.force + (length == 0 ? "" : " " + section.length + (length == 1 ? "" : std::to_string(length)));
-}
-
-// What a panel draws: a value at each spot or node, its range and where it is largest.
-struct FieldValues {
-    std::vector<Cell> cells, fine;  // to be coloured; for lines of equal value, where others are smoother
-    Scale scale;
-    std::string unit;
-    double least = 0, most = 0;
-    Point least_at, most_at;
-    bool signs = false;
-    bool unlimited = false;      // at sharp corners
-    std::vector<Point> corners;  // these
-    std::vector<Stress> stresses;
-    std::vector<double> bars;  // axial stress of those that are points
-    std::string warning;
-};
-
-FieldValues warping_of(const Picture& picture, const Panel& panel, double smallest) {
-    FieldValues v;
-    const Mesh& mesh = picture.analysis.mesh;
-    const std::size_t n = mesh.nodes.size(), from = static_cast<std::size_t>(panel.direction) * n;
-    const std::vector<double>& all = picture.analysis.warping;
-    std::vector<double> at_nodes(all.begin() + static_cast<std::ptrdiff_t>(from),
-                                 all.begin() + static_cast<std::ptrdiff_t>(from + n));
-    const double size = std::max(picture.high_y - picture.low_y, picture.high_z - picture.low_z);
-    const auto rounding = [&](double w) {
-        return std::abs(w) <= NO_WARPING * (panel.direction == 0 ? size : 1) * size;
-    };
-    if (std::all_of(at_nodes.begin(), at_nodes.end(), rounding)) at_nodes.assign(n, 0);
-    // Of equal ones the first.
-    const auto [least, most] = std::minmax_element(at_nodes.begin(), at_nodes.end());
-    v.least = *least, v.least_at = mesh.nodes[static_cast<std::size_t>(least - at_nodes.begin())];
-    v.most = *most, v.most_at = mesh.nodes[static_cast<std::size_t>(most - at_nodes.begin())];
-    v.signs = true;
-    v.unit = picture.section.length + (panel.direction == 0 ? "2" : "");
-    v.scale = scale_of(v.least, v.most, true);
-    // A bimoment's stresses are E times warping, and known at the finest nodes.
-    const Field& field = picture.analysis.field;
-    const double Iw = picture.analysis.value[VQ_IW];
-    if (panel.direction != 0 || field.elements.empty() || !(v.most > v.least)) {
-        v.cells = cells_of(mesh, at_nodes);
-        return v;
-    }
-    std::vector<double> at_spots;
-    for (std::size_t i = 0; i < field.spots.size(); ++i)
-        at_spots.push_back(field.unit[i][11] * Iw /
-                           picture.section.materials[static_cast<std::size_t>(field.spots[i].material)].E);
-    v.cells = cells_of(mesh, field, at_spots, v.most - v.least, smallest);
-    v.fine = cells_of(mesh, field, at_spots, 0, smallest);
-    return v;
-}
-
-FieldValues stresses_at(const Picture& picture, const Panel& panel, double smallest) {
-    FieldValues v;
-    const Field& field = picture.analysis.field;
-    if (field.elements.empty())
-        throw Error("", "no stresses were calculated for " + in_quotes(title_of(panel)),
-                    "ask the analysis for stresses");
-    LoadResult result = result_of(picture.section, picture.analysis, panel.load);
-    bool first = true;
-    for (const MaterialStresses& m : result.materials) {
-        const bool axial = panel.what == Shown::axial;
-        const Peak& most = axial ? m.tension : panel.what == Shown::shear ? m.shear : m.von_mises;
-        const Peak& least = axial ? m.compression : most;
-        if (first || most.value > v.most) v.most = most.value, v.most_at = most.at;
-        if (first || least.value < v.least) v.least = least.value, v.least_at = least.at;
-        v.unlimited = v.unlimited || most.unlimited;
-        first = false;
-    }
-    if (v.unlimited)
-        for (std::size_t i = 0; i < field.coarse_spots; ++i)
-            if (field.sharp[i]) v.corners.push_back(field.nodes[static_cast<std::size_t>(field.spots[i].node)]);
-    v.signs = panel.what == Shown::axial;
-    v.unit = picture.section.force + "/" + picture.section.length + "2";
-    v.scale = scale_of(v.least, v.most, v.signs);
-    std::vector<double> value;
-    for (const Stress& s : result.stresses)
-        value.push_back(v.signs ? s.sigma : panel.what == Shown::shear ? shear(s) : von_mises(s));
-    v.cells = cells_of(picture.analysis.mesh, field, value, v.scale.high - v.scale.low, smallest);
-    v.fine = cells_of(picture.analysis.mesh, field, value, 0, smallest);
-    v.stresses = std::move(result.stresses);
-    if (panel.what != Shown::axial) v.warning = result.warning;
-    if (panel.what != Shown::shear) v.bars = std::move(result.bars);
-    return v;
-}
 
 std::string place_text(const Picture& picture, const Point& p) {
     const double size = std::max(picture.high_y - picture.low_y, picture.high_z - picture.low_z);
@@ -380,8 +271,7 @@ void draw_mesh(const Picture& picture, const Pen& pen, const Room& room) {
 }
 
 void draw_field(const Picture& picture, const Panel& panel, const Pen& pen, const Room& room) {
-    const FieldValues v = panel.what == Shown::warping ? warping_of(picture, panel, SMALLEST / room.view.scale)
-                                                       : stresses_at(picture, panel, SMALLEST / room.view.scale);
+    const FieldValues v = values_of(picture, panel, SMALLEST / room.view.scale);
     draw_cells(picture, pen, room.view, v.scale, v.cells);
     draw_levels(picture, pen, room.view, v.scale, v.fine.empty() ? v.cells : v.fine);
     fill_bars(picture, pen, room.view, v);
@@ -403,91 +293,6 @@ void draw_field(const Picture& picture, const Panel& panel, const Pen& pen, cons
         if (v.signs) mark(picture, pen, room, v.least_at, shown_on(v.scale, v.least), taken);
     }
     draw_legend(picture, panel, pen, room, v);
-}
-
-std::string title_of(const Panel& panel) {
-    if (!panel.title.empty()) return panel.title;
-    static const char* const directions[] = {"Warping of a unit twist", "Warping of a unit shear along u",
-                                             "Warping of a unit shear along v"};
-    switch (panel.what) {
-        case Shown::outline: return "Outline and axes";
-        case Shown::mesh: return "Mesh";
-        case Shown::warping: return directions[std::clamp(panel.direction, 0, 2)];
-        case Shown::axial: return "Axial stress σ";
-        case Shown::shear: return "Shear stress τ";
-        default: return "Von Mises' stress";
-    }
-}
-
-std::string subtitle_of(const Picture& picture, const Panel& panel) {
-    if (panel.what == Shown::mesh)
-        return std::to_string(picture.values.nodes) + " nodes, " + std::to_string(picture.values.elements) +
-               " elements; the coarsest of " + std::to_string(picture.values.levels) +
-               (picture.values.levels == 1 ? " level" : " levels");
-    if (panel.what == Shown::outline) return "dimensions in " + picture.section.length;
-    if (panel.what == Shown::warping) return "";
-    std::string text;
-    for (const UnitCase& c : CASES) {
-        const double value = panel.load.*c.load;
-        if (value == 0) continue;
-        const std::string unit = raised(unit_of(picture.section, c.length));
-        text += (text.empty() ? "" : ", ") + std::string(c.name) + " = " + with_minus(figures({value, 0})) + " " + unit;
-        if (panel.unit_case) text += ": " + std::string(c.meaning);
-    }
-    if (panel.unit_case) return text;
-    // Of the command line the name tells the loads.
-    if (panel.load.name.find('=') != std::string::npos) return panel.load.name;
-    return (panel.load.name.empty() ? "" : panel.load.name + ": ") + (text.empty() ? "no load" : text);
-}
-
-Panel panel_of(const Section& section, const std::string& text, const std::string& place) {
-    static const std::vector<std::pair<const char*, Shown>> fields = {
-        {"outline", Shown::outline}, {"mesh", Shown::mesh},   {"warping", Shown::warping},
-        {"axial", Shown::axial},     {"shear", Shown::shear}, {"mises", Shown::mises}};
-    const std::size_t colon = text.find(':');
-    const std::string name = text.substr(0, colon), of = colon == std::string::npos ? "" : text.substr(colon + 1);
-    std::vector<std::string> names;
-    Panel panel;
-    const auto field = std::find_if(fields.begin(), fields.end(), [&](const auto& f) { return name == f.first; });
-    for (const auto& f : fields) names.emplace_back(f.first);
-    if (field == fields.end()) throw Error(place, "unknown field " + in_quotes(name), did_you_mean(name, names));
-    panel.what = field->second;
-    if (panel.what == Shown::outline || panel.what == Shown::mesh) {
-        if (colon != std::string::npos)
-            throw Error(place, in_quotes(text) + ": " + name + " is of no load", "leave out what follows the colon");
-        return panel;
-    }
-    names.clear();
-    if (panel.what == Shown::warping) {
-        names = {"T", "u", "v"};
-        const auto at = std::find(names.begin(), names.end(), of.empty() ? "T" : of);
-        if (at == names.end())
-            throw Error(place, "unknown warping " + in_quotes(of),
-                        "warping:T of a unit twist, warping:u and warping:v of shear");
-        panel.direction = static_cast<int>(at - names.begin());
-        return panel;
-    }
-    for (const Load& load : section.loads) {
-        if (colon == std::string::npos || load.name == of) {
-            panel.load = load;
-            return panel;
-        }
-        names.push_back(load.name);
-    }
-    const std::string wanted = colon != std::string::npos ? of : panel.what == Shown::shear ? "Vz" : "My";
-    for (const UnitCase& c : CASES) {
-        Load load;
-        load.name = c.name;
-        load.*c.load = 1;
-        if (panel.what == Shown::axial && is_of_shear(load)) continue;
-        if (panel.what == Shown::shear && !is_of_shear(load)) continue;
-        names.emplace_back(c.name);
-        if (wanted != c.name) continue;
-        panel.load = load;
-        panel.unit_case = true;
-        return panel;
-    }
-    throw Error(place, "unknown load " + in_quotes(of) + " of " + name, did_you_mean(of, names));
 }
 
 }  // namespace velquor

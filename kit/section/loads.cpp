@@ -52,16 +52,19 @@ std::string_view trimmed(std::string_view text) {
 
 const std::vector<LoadKey>& load_keys() {
     static const std::vector<LoadKey> keys = {
-        {"N", &Load::N, 0, "normal force at the centroid, positive in tension"},
-        {"My", &Load::My, 1, "moment about the y axis through the centroid: pulls at +z"},
-        {"Mz", &Load::Mz, 1, "moment about the z axis through the centroid: presses at +y"},
-        {"Vy", &Load::Vy, 0, "shear force along +y through the shear centre"},
-        {"Vz", &Load::Vz, 0, "shear force along +z through the shear centre"},
-        {"T", &Load::T, 1, "torque about the shear centre of free (Saint-Venant) twist, from y to z"},
-        {"Tw", &Load::Tw, 1, "torque about the shear centre of warping shear, from y to z"},
-        {"B", &Load::B, 2, "bimoment: pulls where the warping is positive"}};
+        {"N", &Load::N, 0, "normal force", "normal force at the centroid, positive in tension"},
+        {"My", &Load::My, 1, "bending about y", "moment about the y axis through the centroid: pulls at +z"},
+        {"Mz", &Load::Mz, 1, "bending about z", "moment about the z axis through the centroid: presses at +y"},
+        {"Vy", &Load::Vy, 0, "force along y through M", "shear force along +y through the shear centre"},
+        {"Vz", &Load::Vz, 0, "force along z through M", "shear force along +z through the shear centre"},
+        {"T", &Load::T, 1, "torque of free twist",
+         "torque about the shear centre of free (Saint-Venant) twist, from y to z"},
+        {"Tw", &Load::Tw, 1, "torque of warping shear", "torque about the shear centre of warping shear, from y to z"},
+        {"B", &Load::B, 2, "bimoment", "bimoment: pulls where the warping is positive"}};
     return keys;
 }
+
+bool has_shear(const Load& load) { return load.Vy != 0 || load.Vz != 0 || load.T != 0 || load.Tw != 0; }
 
 double load_value(std::string_view text, const LoadKey& key, const Section& section, const std::string& place) {
     text = trimmed(text);

@@ -11,10 +11,14 @@ namespace velquor {
 struct LoadKey {
     const char* name;
     double Load::*value;
-    int length;  // power of the unit of length in its unit: force times length^this
+    int length;         // power of the unit of length in its unit: force times length^this
+    const char* brief;  // in a few words
     const char* meaning;
 };
 const std::vector<LoadKey>& load_keys();
+
+// Whether it has a shear force or a torque.
+bool has_shear(const Load& load);
 
 // A number in the section's own units, or followed by its unit: "20", "20 kNm", "1.5 kip*in", "3 kN cm2".
 // Throws Error with this place.
