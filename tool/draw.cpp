@@ -1,39 +1,14 @@
 #include "kit/draw/draw.h"
 
-#include <filesystem>
-
-#include "kit/section/file.h"
-#include "kit/section/words.h"
 #include "tool/commands.h"
 #include "tool/inputs.h"
 #include "tool/output.h"
 
 namespace velquor {
 
-namespace {
-
-using Writer = std::string (*)(const Section&, const Analysis&, const Sheet&);
-
-// What draws the form that a file's name ends with.
-Writer writer_of(const std::string& file) {
-    if (file.empty()) return draw_svg;
-    const std::string ending = plain(std::filesystem::path(file).extension().string());
-    if (ending == ".svg") return draw_svg;
-    if (ending == ".png") return draw_png;
-    if (ending == ".pdf") return draw_pdf;
-    throw Error("-o",
-                ending.empty() ? in_quotes(file) + " has no ending" : "no picture is of the form " + in_quotes(ending),
-                "end the name with .svg, .png or .pdf");
-}
-
-}  // namespace
-
 int draw(const DrawOptions& options) {
-    try {
-        const Writer draw_form = writer_of(options.output);
-        const Section section = section_of(options.inputs, 0);
-        tell(name_of(options.inputs, 0), section.notes);
-        check_section(section);
+    return with_section(options.inputs, [&](const Section& section) {
+        const std::string form = options.output.empty() ? ".svg" : ending_of(options.output, {".svg", ".png", ".pdf"});
         Sheet sheet;
         sheet.dark = options.dark;
         sheet.plain = options.plain;
@@ -46,13 +21,12 @@ int draw(const DrawOptions& options) {
         if (sheet.panels.empty()) sheet.panels.emplace_back();
         Effort effort;
         effort.stresses = needs_stresses(sheet);
-        write(draw_form(section, analyse(section, effort), sheet), options.output);
-        return DONE;
-    } catch (const Error&) {
-        const Failure fault = failure();
-        complain(name_of(options.inputs, 0), fault);
-        return fault.status;
-    }
+        const Analysis analysis = analyse(section, effort);
+        write(form == ".svg"   ? draw_svg(section, analysis, sheet)
+              : form == ".png" ? draw_png(section, analysis, sheet)
+                               : draw_pdf(section, analysis, sheet),
+              options.output);
+    });
 }
 
 }  // namespace velquor

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "kit/section/file.h"
 #include "kit/section/words.h"
 #include "kit/show/fields.h"
 #include "tool/commands.h"
@@ -10,8 +9,7 @@
 namespace velquor {
 
 int export_fields(const ExportOptions& options) {
-    const std::string input = name_of(options.inputs, 0);
-    try {
+    return with_section(options.inputs, [&](const Section& section) {
         using Writer = std::string (*)(const Section&, const Fields&);
         const std::string form = ending_of(options.output, {".vtu", ".msh", ".csv"});
         const Writer shown = form == ".vtu" ? Writer(show_vtu) : form == ".msh" ? Writer(show_mesh) : Writer(show_csv);
@@ -21,20 +19,12 @@ int export_fields(const ExportOptions& options) {
             if (std::count(options.cases.begin(), options.cases.end(), name) > 1)
                 throw Error("--case", in_quotes(name) + " is given twice", "once is enough");
         }
-        const Section section = section_of(options.inputs, 0);
-        tell(input, section.notes);
-        check_section(section);
         Effort effort;
         effort.stresses = true;
         const Analysis analysis = analyse(section, effort);
         if (cases.empty()) cases = cases_of(section, analysis);
         write(shown(section, fields_of(section, analysis, cases, options.finest)), options.output);
-        return DONE;
-    } catch (const Error&) {
-        const Failure fault = failure();
-        complain(input, fault);
-        return fault.status;
-    }
+    });
 }
 
 }  // namespace velquor

@@ -15,6 +15,7 @@
 #include "kit/section/templates.h"
 #include "kit/section/units.h"
 #include "kit/section/words.h"
+#include "tool/output.h"
 
 namespace velquor {
 
@@ -202,6 +203,21 @@ Section section_of(const Inputs& inputs, std::size_t number) {
     take_wishes(inputs.wishes, section.wishes);
     for (const std::string& load : inputs.loads) section.loads.push_back(load_of(load, section, "--load"));
     return section;
+}
+
+int with_section(const Inputs& inputs, const std::function<void(const Section&)>& work) {
+    const std::string input = name_of(inputs, 0);
+    try {
+        const Section section = section_of(inputs, 0);
+        tell(input, section.notes);
+        check_section(section);
+        work(section);
+        return DONE;
+    } catch (const Error&) {
+        const Failure fault = failure();
+        complain(input, fault);
+        return fault.status;
+    }
 }
 
 }  // namespace velquor

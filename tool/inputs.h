@@ -1,6 +1,8 @@
 // Sections from what the command line names.
 #pragma once
 
+#include <functional>
+
 #include "kit/section/section.h"
 #include "tool/commands.h"
 
@@ -10,6 +12,10 @@ namespace velquor {
 Section section_of(const Inputs& inputs, std::size_t number);
 std::size_t count_of(const Inputs& inputs);
 std::string name_of(const Inputs& inputs, std::size_t number);
+
+// Does something with the first section, checked, whose notes are told. Returns DONE, or the status of what was
+// refused, which is told too.
+int with_section(const Inputs& inputs, const std::function<void(const Section&)>& work);
 
 // The text of a file, of the standard input for "-". Throws Error where it cannot be read.
 std::string text_of_file(const std::string& name);

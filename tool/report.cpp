@@ -1,5 +1,4 @@
 #include "kit/report/report.h"
-#include "kit/section/file.h"
 #include "kit/section/units.h"
 #include "tool/commands.h"
 #include "tool/inputs.h"
@@ -8,38 +7,22 @@
 namespace velquor {
 
 int report(const ReportOptions& options) {
-    const std::string input = name_of(options.inputs, 0);
-    try {
+    return with_section(options.inputs, [&](const Section& section) {
         const bool paged = ending_of(options.output, {".html", ".htm", ".pdf"}) == ".pdf";
         if (!options.length.empty()) velquor::size_of(lengths(), options.length, "--units");
         if (!options.force.empty()) velquor::size_of(forces(), options.force, "--force");
-        const Section section = section_of(options.inputs, 0);
-        tell(input, section.notes);
-        check_section(section);
         Effort effort;
         effort.stresses = !section.loads.empty();
         const Analysis analysis = analyse(section, effort);
-        Report told = {section,
-                       analysis,
-                       values_of(section, analysis),
-                       check(section, analysis.mesh),
-                       {},
-                       section.notes,
-                       input,
-                       options.project,
-                       options.by,
-                       options.date};
+        Report told = {section,    analysis,      values_of(section, analysis), check(section, analysis.mesh),
+                       {},         section.notes, name_of(options.inputs, 0),   options.project,
+                       options.by, options.date};
         told.values = in_units(told.values, options.length.empty() ? section.length : options.length,
                                options.force.empty() ? section.force : options.force);
         for (const Load& load : section.loads) told.loads.push_back(result_of(section, analysis, load));
         const Document document = document_of(told);
         write(paged ? pdf_of(document) : html_of(document), options.output);
-        return DONE;
-    } catch (const Error&) {
-        const Failure fault = failure();
-        complain(input, fault);
-        return fault.status;
-    }
+    });
 }
 
 }  // namespace velquor
