@@ -156,10 +156,9 @@ TEST(Stresses, GiveTheLoadsBack) {
             "factor": 0.2},
            {"shape": "rectangle", "parameters": {"b": 20, "h": 20}, "material": "a", "at": [70, 35], "group": 2,
             "factor": 0.2})");
-    const Section all[] = {section_of_profile("L 100x50x8"), section_of_profile("UPN 200"), girder, with_bars,
-                           slipping};
+    const Section all[] = {section_of_profile("L 100x50x8"), girder, with_bars, slipping};
     for (const Section& s : all) {
-        const Analysis a = analyse(s, {true});
+        const Analysis a = analyse(s, mesh_of(s), &s == all ? 4 : 3, true);
         for (const LoadKey& key : load_keys()) {
             if (!s.bars.empty() && key.value == &Load::Tw) continue;  // points have no shear
             const Load back = result_of(s, a, one(key.value, 1000)).resultants;
