@@ -158,7 +158,7 @@ TEST(Stresses, GiveTheLoadsBack) {
             "factor": 0.2})");
     const Section all[] = {section_of_profile("L 100x50x8"), girder, with_bars, slipping};
     for (const Section& s : all) {
-        const Analysis a = analyse(s, mesh_of(s), &s == all ? 4 : 3, true);
+        const Analysis a = analyse(s, mesh_of(s), s.parts[0].factor < 1 ? 4 : 3, true);
         for (const LoadKey& key : load_keys()) {
             if (!s.bars.empty() && key.value == &Load::Tw) continue;  // points have no shear
             const Load back = result_of(s, a, one(key.value, 1000)).resultants;
