@@ -14,7 +14,8 @@ namespace velquor {
 
 namespace {
 
-constexpr double SAME = 1e-4;  // relative difference of stresses whose places are as good
+constexpr double SAME = 1e-4;    // relative difference of stresses whose places are as good
+constexpr double UNSURE = 5e-3;  // relative bound of a stiffness, from which on stresses are worse than theirs
 constexpr double INF = std::numeric_limits<double>::infinity();
 
 // The first of these that the load has; null where it has none.
@@ -178,6 +179,19 @@ Load resultants_of(const Section& section, const Analysis& a, const LoadResult& 
     return sum;
 }
 
+// What makes shear stresses uncertain, which have no bounds of their own.
+std::string warning_of(const Analysis& a) {
+    if (a.levels == 1) return "one level: shear stresses may be some per cent off";
+    if (!std::isfinite(a.bound[VQ_GJ]))
+        return "the section hangs together in points: its shear stresses depend on the mesh";
+    double largest = a.bound[VQ_GJ] / std::abs(a.value[VQ_GJ]);
+    for (const int k : {VQ_GAY, VQ_GAZ})  // without a limit where bars are points
+        if (std::isfinite(a.bound[k])) largest = std::max(largest, a.bound[k] / (a.value[VQ_GAY] + a.value[VQ_GAZ]));
+    if (largest <= UNSURE) return "";
+    const std::string known = largest < 1 ? "known within " + text_of(100 * largest, 1) + " %" : "not known";
+    return "too few elements: shear stresses may be far off, the stiffnesses behind them are " + known;
+}
+
 }  // namespace
 
 LoadResult result_of(const Section& section, const Analysis& a, const Load& load) {
@@ -186,8 +200,7 @@ LoadResult result_of(const Section& section, const Analysis& a, const Load& load
     r.load = load;
     r.length = section.length;
     r.force = section.force;
-    if (a.levels > 1 && !std::isfinite(a.bound[VQ_GJ]) && has_shear(load))
-        r.warning = "the section hangs together in points: its shear stresses depend on the mesh";
+    if (has_shear(load)) r.warning = warning_of(a);
     r.stresses = stresses_of(a.field, load);
     std::vector<std::size_t> bars;  // in the section's list, those of Analysis::bars
     for (std::size_t i = 0; i < section.bars.size(); ++i)

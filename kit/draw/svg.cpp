@@ -11,18 +11,6 @@ namespace velquor {
 
 namespace {
 
-std::string escaped(const std::string& text) {
-    std::string out;
-    for (const char c : text) switch (c) {
-            case '&': out += "&amp;"; break;
-            case '<': out += "&lt;"; break;
-            case '>': out += "&gt;"; break;
-            case '"': out += "&quot;"; break;
-            default: out += c;
-        }
-    return out;
-}
-
 std::string hex(const Colour& c) {
     static const char* const digits = "0123456789abcdef";
     std::string text = "#";
@@ -50,7 +38,7 @@ std::string element_of(const Word& word, const Theme& theme) {
     if (s.halo)
         text += " paint-order=\"stroke\" stroke=\"" + hex(theme.paper) +
                 "\" stroke-opacity=\"0.85\" stroke-width=\"3\" stroke-linejoin=\"round\"";
-    return text + ">" + escaped(word.text) + "</text>\n";
+    return text + ">" + in_markup(word.text) + "</text>\n";
 }
 
 std::string polygon(const SheetPoint* at, std::size_t count) {
@@ -168,8 +156,8 @@ std::string whole_svg(const std::string& drawn, const SvgParts& parts, const Svg
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" "
         "xmlns:xlink=\"http://www.w3.org/1999/xlink\" role=\"img\" width=\"" +
         text_of(head.width) + "\" height=\"" + text_of(head.height) + "\" viewBox=\"0 0 " + text_of(head.box_width) +
-        " " + text_of(head.box_height) + "\">\n<title>" + escaped(printable(head.title)) + "</title>\n<desc>" +
-        escaped(printable(head.about)) + "</desc>\n";
+        " " + text_of(head.box_height) + "\">\n<title>" + in_markup(printable(head.title)) + "</title>\n<desc>" +
+        in_markup(printable(head.about)) + "</desc>\n";
     const std::size_t first = drawn.find('>', drawn.find("<svg")) + 1, last = drawn.rfind("</svg>");
     std::string body = shortened(drawn.substr(first, last - first));
     // cairo counts the surfaces of a process.

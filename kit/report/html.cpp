@@ -61,20 +61,6 @@ figcaption { padding-top: .4rem; color: #444; font-size: .87em; }
 }
 )";
 
-std::string escaped(const std::string& text) {
-    std::string safe;
-    for (const char c : printable(text)) {
-        switch (c) {
-            case '&': safe += "&amp;"; break;
-            case '<': safe += "&lt;"; break;
-            case '>': safe += "&gt;"; break;
-            case '"': safe += "&quot;"; break;
-            default: safe += c;
-        }
-    }
-    return safe;
-}
-
 // Words that may be longer than a column get places to break.
 std::string breakable(const std::string& text) {
     constexpr std::size_t LONGEST = 24;
@@ -84,7 +70,7 @@ std::string breakable(const std::string& text) {
     for (std::size_t k = 0; k <= shown.size(); ++k) {
         const bool begins = k == shown.size() || (shown[k] & 0xc0) != 0x80;
         if (begins && letters == LONGEST) {
-            out += escaped(word) + "<wbr>";
+            out += in_markup(word) + "<wbr>";
             word.clear();
             letters = 0;
         }
@@ -92,7 +78,7 @@ std::string breakable(const std::string& text) {
         word += shown[k];
         letters = shown[k] == ' ' ? 0 : letters + begins;
     }
-    return out + escaped(word);
+    return out + in_markup(word);
 }
 
 const char* name_of(Column::Kind kind) {
@@ -102,7 +88,7 @@ const char* name_of(Column::Kind kind) {
 std::string cell(const std::string& text, Column::Kind kind) {
     if (kind != Column::Kind::symbol) return breakable(text);
     const auto [letter, index] = letter_and_index(text);
-    return escaped(letter) + (index.empty() ? "" : "<sub>" + escaped(index) + "</sub>");
+    return in_markup(letter) + (index.empty() ? "" : "<sub>" + in_markup(index) + "</sub>");
 }
 
 // A drawing within a page: without the head of a file, and the names of forms that HTML knows.
@@ -120,24 +106,25 @@ struct Writer {
 
     void operator()(const Heading& heading) {
         const std::string tag = "h" + std::to_string(heading.level + 1);
-        text += "<" + tag + ">" + escaped(heading.text) + "</" + tag + ">\n";
+        text += "<" + tag + ">" + in_markup(heading.text) + "</" + tag + ">\n";
     }
-    void operator()(const Paragraph& paragraph) { text += "<p>" + escaped(paragraph.text) + "</p>\n"; }
+    void operator()(const Paragraph& paragraph) { text += "<p>" + in_markup(paragraph.text) + "</p>\n"; }
 
     void operator()(const Table& table) {
         text += "<div class=\"table\"><table>\n";
-        if (!table.caption.empty()) text += "<caption>" + escaped(table.caption) + "</caption>\n";
+        if (!table.caption.empty()) text += "<caption>" + in_markup(table.caption) + "</caption>\n";
         text += "<thead><tr>";
         for (const Column& column : table.columns) {
-            text += std::string("<th scope=\"col\" class=\"") + name_of(column.kind) + "\">" + escaped(column.heading);
-            if (!column.unit.empty()) text += " <small>" + escaped(column.unit) + "</small>";
+            text +=
+                std::string("<th scope=\"col\" class=\"") + name_of(column.kind) + "\">" + in_markup(column.heading);
+            if (!column.unit.empty()) text += " <small>" + in_markup(column.unit) + "</small>";
             text += "</th>";
         }
         text += "</tr></thead>\n<tbody>\n";
         for (const Row& row : table.rows) {
             if (row.group) {
                 text += "</tbody>\n<tbody>\n<tr class=\"group\"><th class=\"group\" scope=\"rowgroup\" colspan=\"" +
-                        std::to_string(table.columns.size()) + "\">" + escaped(row.cells.at(0)) + "</th></tr>\n";
+                        std::to_string(table.columns.size()) + "\">" + in_markup(row.cells.at(0)) + "</th></tr>\n";
                 continue;
             }
             text += "<tr>";
@@ -154,7 +141,7 @@ struct Writer {
 
     void operator()(const Figure& picture) {
         text += "<figure>" + embedded(draw_svg(*document.section, *document.analysis, picture.sheet)) + "<figcaption>" +
-                escaped(picture.caption) + "</figcaption></figure>\n";
+                in_markup(picture.caption) + "</figcaption></figure>\n";
     }
 };
 
@@ -167,11 +154,11 @@ std::string html_of(const Document& document) {
         "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<meta name=\"generator\" "
         "content=\"" +
-        escaped(document.producer) + "\">\n<title>" + escaped(document.title) + "</title>\n<style>" + STYLE +
-        "</style>\n</head>\n<body>\n<header>\n<h1>" + escaped(document.title) + "</h1>\n<p class=\"subtitle\">" +
-        escaped(document.subtitle) + "</p>\n<dl>\n";
+        in_markup(document.producer) + "\">\n<title>" + in_markup(document.title) + "</title>\n<style>" + STYLE +
+        "</style>\n</head>\n<body>\n<header>\n<h1>" + in_markup(document.title) + "</h1>\n<p class=\"subtitle\">" +
+        in_markup(document.subtitle) + "</p>\n<dl>\n";
     for (const auto& [name, value] : document.fields)
-        text += "<div><dt>" + escaped(name) + "</dt><dd>" + escaped(value) + "</dd></div>\n";
+        text += "<div><dt>" + in_markup(name) + "</dt><dd>" + in_markup(value) + "</dd></div>\n";
     text += "</dl>\n</header>\n<main>\n";
     for (const Block& block : document.blocks) std::visit(writer, block);
     text += "</main>\n</body>\n</html>\n";

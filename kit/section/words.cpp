@@ -88,6 +88,18 @@ std::string printable(std::string_view text) {
     return shown;
 }
 
+std::string in_markup(std::string_view text) {
+    std::string safe;
+    for (const char c : printable(text)) switch (c) {
+            case '&': safe += "&amp;"; break;
+            case '<': safe += "&lt;"; break;
+            case '>': safe += "&gt;"; break;
+            case '"': safe += "&quot;"; break;
+            default: safe += c;
+        }
+    return safe;
+}
+
 std::string in_quotes(std::string_view text) {
     std::size_t end = std::min(text.size(), LONGEST_QUOTE);
     while (end > 0 && end < text.size() && (text[end] & 0xc0) == 0x80) --end;  // between two characters of UTF-8

@@ -23,6 +23,9 @@ std::string ordinal(std::size_t number);
 // The text with a question mark for each control character and each byte that is not of UTF-8.
 std::string printable(std::string_view text);
 
+// The same for HTML, SVG and XML: what has a meaning there is escaped.
+std::string in_markup(std::string_view text);
+
 // In double quotes; what cannot be printed is replaced, what is long is cut.
 std::string in_quotes(std::string_view text);
 

@@ -29,19 +29,6 @@ std::string base64(const std::string& bytes) {
     return text;
 }
 
-std::string attribute(const std::string& text) {
-    std::string safe;
-    for (const char c : printable(text)) {
-        const char* const name = c == '&'   ? "&amp;"
-                                 : c == '<' ? "&lt;"
-                                 : c == '>' ? "&gt;"
-                                 : c == '"' ? "&quot;"
-                                            : nullptr;
-        safe += name ? std::string(name) : std::string(1, c);
-    }
-    return safe;
-}
-
 // Numbers with their length before them, little end first.
 template <typename Number>
 std::string array(const std::string& type, const std::string& name, std::size_t components,
@@ -49,7 +36,7 @@ std::string array(const std::string& type, const std::string& name, std::size_t 
     std::string bytes;
     append(bytes, static_cast<std::uint64_t>(numbers.size() * sizeof(Number)));
     for (const Number number : numbers) append(bytes, number);
-    return "<DataArray type=\"" + type + "\" Name=\"" + attribute(name) + "\"" +
+    return "<DataArray type=\"" + type + "\" Name=\"" + in_markup(name) + "\"" +
            (components > 1 ? " NumberOfComponents=\"" + std::to_string(components) + "\"" : "") +
            " format=\"binary\">" + base64(bytes) + "</DataArray>\n";
 }
@@ -58,7 +45,7 @@ std::string array(const std::string& type, const std::string& name, std::size_t 
 std::string arrays_of_names(const std::string& what, const std::vector<std::string>& names) {
     std::string text;
     for (std::size_t k = 0; k < names.size(); ++k)
-        text += "<DataArray type=\"Int32\" Name=\"" + attribute(what + " " + names[k]) +
+        text += "<DataArray type=\"Int32\" Name=\"" + in_markup(what + " " + names[k]) +
                 "\" NumberOfTuples=\"1\" format=\"ascii\">" + std::to_string(k) + "</DataArray>\n";
     return text;
 }

@@ -266,6 +266,18 @@ TEST(Stresses, RefusedWhereNothingIsKnown) {
     EXPECT_NE(told(slipping, analyse(slipping, {true}), &Load::My).find("slip"), std::string::npos);
 }
 
+// Of a strip of 5000 : 1 the mesh does not resolve the width: the stress is wrong, and it is said so.
+TEST(Stresses, WhatIsUncertainIsTold) {
+    const auto warning = [](double b, int levels) {
+        Section strip = section_of_shape("rectangle", {{"b", b}, {"h", 500}});
+        strip.wishes.levels = levels;
+        return result_of(strip, analyse(strip, {true}), one(&Load::T)).warning;
+    };
+    EXPECT_EQ(warning(10, 3), "");
+    EXPECT_EQ(warning(0.1, 3).rfind("too few elements", 0), 0u) << warning(0.1, 3);
+    EXPECT_EQ(warning(10, 1).rfind("one level", 0), 0u);
+}
+
 TEST(Loads, AreReadWithTheirUnits) {
     Section s;
     s.length = "cm";
