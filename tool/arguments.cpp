@@ -39,8 +39,9 @@ struct Arguments {
     ExportOptions fields;
     CheckOptions check;
     DrawOptions draw;
+    WorkerOptions worker;
     std::string shape, filter, columns, cases;
-    bool results = false, json = false, csv = false, version = false;
+    bool results = false, requests = false, answers = false, json = false, csv = false, version = false;
 };
 
 void add_inputs(CLI::App& command, Inputs& inputs, int most) {
@@ -157,6 +158,14 @@ void add_export(Arguments& a) {
     command.footer("Example: velquor export section.json -o section.vtu && paraview section.vtu");
 }
 
+void add_worker(Arguments& a) {
+    CLI::App& command = *a.app.add_subcommand("worker", "requests from the standard input, a line each, to answers");
+    command.add_option("--memory", a.worker.megabytes, "that it may take")->type_name("MB");
+    command.add_option("--files", a.worker.folder, "that meshes and drawings of sections are read from")
+        ->type_name("FOLDER");
+    command.footer("Example: echo '{\"id\":1,\"name\":\"IPE 300\"}' | velquor worker");
+}
+
 void add_others(Arguments& a) {
     CLI::App* command = a.app.add_subcommand("mesh", "the mesh of a section, for Gmsh");
     add_inputs(*command, a.mesh.inputs, 1);
@@ -181,8 +190,10 @@ void add_others(Arguments& a) {
     command->add_option("FILTER", a.filter, "a part of the name")->type_name("");
     command->footer("Example: velquor profiles \"HEB 2\"");
 
-    command = a.app.add_subcommand("schema", "the JSON Schema of section files");
+    command = a.app.add_subcommand("schema", "the JSON Schema of section files, and of other JSON");
     command->add_flag("--result", a.results, "of what velquor calc --json gives");
+    command->add_flag("--request", a.requests, "of what velquor worker reads");
+    command->add_flag("--answer", a.answers, "of what velquor worker writes");
     command->footer("Example: velquor schema > section.schema.json");
 }
 
@@ -255,6 +266,7 @@ std::function<int()> command_of(int count, char** arguments) {
     add_draw(*a);
     add_report(*a);
     add_export(*a);
+    add_worker(*a);
     add_others(*a);
     try {
         a->app.parse(count, arguments);
@@ -290,7 +302,13 @@ std::function<int()> command_of(int count, char** arguments) {
     if (name == "check") return [a] { return check(a->check); };
     if (name == "shapes") return [a] { return shapes(a->shape); };
     if (name == "profiles") return [a] { return profiles(a->filter); };
-    return [a] { return schema(a->results); };
+    if (a->results + a->requests + a->answers > 1) throw Misuse("schema: give one of --result, --request and --answer");
+    if (name == "worker") return [a] { return work(a->worker); };
+    const Schema of = a->results    ? Schema::result
+                      : a->requests ? Schema::request
+                      : a->answers  ? Schema::answer
+                                    : Schema::section;
+    return [of] { return schema(of); };
 }
 
 }  // namespace velquor

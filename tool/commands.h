@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -69,9 +70,16 @@ struct CheckOptions {
 };
 int check(const CheckOptions& options);
 
+struct WorkerOptions {
+    std::size_t megabytes = 0;          // that this process may have; 0: no limit of its own
+    std::optional<std::string> folder;  // of files that sections name; none: they are refused
+};
+int work(const WorkerOptions& options);  // docs/protocol.md
+
 int shapes(const std::string& name);      // empty: the list of all
 int profiles(const std::string& filter);  // empty: all
-int schema(bool of_results);
+enum class Schema { section, result, request, answer };
+int schema(Schema which);
 int version();
 
 }  // namespace velquor

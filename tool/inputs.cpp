@@ -1,17 +1,15 @@
 #include "tool/inputs.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <memory>
 
 #include "kit/mesh/mesh_file.h"
+#include "kit/mesh/named_files.h"
 #include "kit/section/drawing.h"
 #include "kit/section/file.h"
 #include "kit/section/loads.h"
+#include "kit/section/profiles.h"
 #include "kit/section/templates.h"
 #include "kit/section/units.h"
 #include "kit/section/words.h"
@@ -115,17 +113,6 @@ Section drawing_given(const std::string& dxf, const Inputs& inputs) {
     return section;
 }
 
-// The drawing that a section file names, from its folder; what is said of it begins with its name.
-void take_drawing(Section& section, const std::filesystem::path& folder) {
-    const std::string name = section.drawing.file;
-    try {
-        read_drawing(section, text_of_file(folder / name));
-    } catch (const Error& error) {
-        throw Error(printable(name) + (error.place.empty() ? "" : ": ") + error.place, error.fault, error.remedy);
-    }
-    for (std::string& note : section.notes) note.insert(0, printable(name) + ": ");
-}
-
 void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes& wishes) {
     wishes.accuracy = given(given_wishes, "accuracy", wishes.accuracy);
     wishes.size = given(given_wishes, "size", wishes.size);
@@ -155,23 +142,12 @@ double number_of(const std::string& text, const std::string& option) {
 
 bool is_file(const std::string& name) {
     std::error_code none;
-    return name == "-" || name.find('/') != std::string::npos || std::filesystem::path(name).extension() == ".json" ||
-           is_mesh_file(name) || is_drawing_file(name) || std::filesystem::exists(name, none);
-}
-
-std::string text_of_file(const std::string& name) {
-    const bool standard = name == "-";
-    const auto close = [](std::FILE* f) { return f == stdin ? 0 : std::fclose(f); };
-    const std::unique_ptr<std::FILE, decltype(close)> file(standard ? stdin : std::fopen(name.c_str(), "rb"), close);
-    if (!file) throw Error("", std::string("cannot be read: ") + std::strerror(errno));
-    std::string text;
-    char block[8192];
-    while (const std::size_t size = std::fread(block, 1, sizeof block, file.get())) {
-        text.append(block, size);
-        if (text.size() > LARGEST_TEXT) break;  // which is refused as too large
-    }
-    if (std::ferror(file.get())) throw Error("", std::string("cannot be read: ") + std::strerror(errno));
-    return text;
+    const std::vector<std::string>& profiles = profile_names();  // of which some have a slash: L8x8x5/8
+    const bool slash = name.find('/') != std::string::npos &&
+                       std::none_of(profiles.begin(), profiles.end(),
+                                    [&](const std::string& profile) { return plain(profile) == plain(name); });
+    return name == "-" || slash || std::filesystem::path(name).extension() == ".json" || is_mesh_file(name) ||
+           is_drawing_file(name) || std::filesystem::exists(name, none);
 }
 
 std::size_t count_of(const Inputs& inputs) { return inputs.names.size() + (inputs.shape.empty() ? 0 : 1); }
@@ -192,8 +168,7 @@ Section section_of(const Inputs& inputs, std::size_t number) {
             section = drawing_given(text, inputs);
         } else {
             section = read_section(text);
-            if (is_mesh(section)) read_mesh(section, file.parent_path() / section.mesh.file, section.mesh.file);
-            if (!section.drawing.file.empty()) take_drawing(section, file.parent_path());
+            read_named_files(section, file.parent_path());
         }
         if (section.name.empty() && file != "-") section.name = file.stem();
     } else {

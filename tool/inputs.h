@@ -17,9 +17,6 @@ std::string name_of(const Inputs& inputs, std::size_t number);
 // refused, which is told too.
 int with_section(const Inputs& inputs, const std::function<void(const Section&)>& work);
 
-// The text of a file, of the standard input for "-". Throws Error where it cannot be read.
-std::string text_of_file(const std::string& name);
-
 // What an option gives, as "--size". Throws Error where it is no number.
 double number_of(const std::string& text, const std::string& option);
 

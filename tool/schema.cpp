@@ -1,11 +1,17 @@
 #include "kit/section/file.h"
+#include "kit/work/answer.h"
 #include "tool/commands.h"
 #include "tool/output.h"
 
 namespace velquor {
 
-int schema(bool of_results) {
-    write(of_results ? show_schema() : std::string(section_schema()));
+int schema(Schema which) {
+    switch (which) {
+        case Schema::section: write(std::string(section_schema())); break;
+        case Schema::result: write(show_schema()); break;
+        case Schema::request: write(std::string(request_schema())); break;
+        case Schema::answer: write(answer_schema()); break;
+    }
     return DONE;
 }
 

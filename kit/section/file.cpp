@@ -278,10 +278,9 @@ ordered_json text_of(const Part& part) {
     return text;
 }
 
-Section read(std::string_view text, bool with_parts) {
+Section section_from(const json& value, bool with_parts) {
     try {
-        const json value = parse_text(text);
-        check_structure(value);
+        check_structure(value, section_pattern());
         Section section = section_of(value);
         for (const auto& [key, file] :
              {std::pair{"mesh", &section.mesh.file}, std::pair{"drawing", &section.drawing.file}}) {
@@ -302,8 +301,9 @@ Section read(std::string_view text, bool with_parts) {
 
 }  // namespace
 
-Section read_section(std::string_view text) { return read(text, true); }
-Section read_materials(std::string_view text) { return read(text, false); }
+Section section_from(const json& value) { return section_from(value, true); }
+Section read_section(std::string_view text) { return section_from(parse_text(text), true); }
+Section read_materials(std::string_view text) { return section_from(parse_text(text), false); }
 
 std::string write_section(const Section& s) {
     if (is_mesh(s) && s.mesh.file.empty())

@@ -12,8 +12,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int DEEPEST = 12;
-
 // Follows the parser through the text: counts, and knows where it is.
 struct Watch {
     struct Level {
@@ -22,7 +20,8 @@ struct Watch {
         std::set<std::string> keys;
         std::string key;
     };
-    std::vector<Level> levels;
+    std::size_t deepest;
+    std::vector<Level> levels = {};
     std::size_t values = 0;
 
     std::string place() const {
@@ -47,8 +46,8 @@ struct Watch {
             case Event::object_start:
             case Event::array_start:
                 begin_value();
-                if (levels.size() == DEEPEST)
-                    throw Error(place(), "nested deeper than " + std::to_string(DEEPEST) + " lists and objects");
+                if (levels.size() == deepest)
+                    throw Error(place(), "nested deeper than " + std::to_string(deepest) + " lists and objects");
                 levels.push_back({event == Event::array_start, 0, {}, {}});
                 break;
             case Event::object_end:
@@ -84,7 +83,7 @@ std::string fault_of(const json::parse_error& error) {
 
 }  // namespace
 
-json parse_text(std::string_view text) {
+json parse_text(std::string_view text, int deepest) {
     if (text.size() > LARGEST_TEXT)
         throw Error("", "the file has " + std::to_string(text.size()) + " bytes",
                     "at most " + std::to_string(LARGEST_TEXT) + " are read");
@@ -92,7 +91,7 @@ json parse_text(std::string_view text) {
         throw Error("", "nothing is given", "it must be an object in braces");
     if (text.substr(0, 2).find_first_of(std::string_view("\0\xfe\xff", 3)) != std::string_view::npos)
         throw Error("", "not a text in UTF-8", "save it as UTF-8");
-    Watch watch;
+    Watch watch = {static_cast<std::size_t>(deepest)};
     try {
         return json::parse(text.begin(), text.end(), [&](int depth, json::parse_event_t event, json& value) {
             return watch(depth, event, value);

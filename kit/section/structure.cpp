@@ -18,21 +18,10 @@ namespace {
 using nlohmann::json;
 using Adapter = valijson::adapters::NlohmannJsonAdapter;
 
-struct Published {
-    json text = json::parse(data::SCHEMA);
-    valijson::Schema schema;
-    Published() { valijson::SchemaParser().populateSchema(Adapter(text), schema); }
-};
-
-const Published& published() {
-    static const Published once;
-    return once;
-}
-
 bool begins(const std::string& text, const char* with) { return text.rfind(with, 0) == 0; }
 
 // The part of the schema that a value of this key or number in its parent is compared with.
-const json* inner(const json* schema, const std::string& key, bool in_list) {
+const json* inner(const json& whole, const json* schema, const std::string& key, bool in_list) {
     if (!schema) return nullptr;
     const char* holder = in_list ? "items" : "properties";
     if (schema->contains(holder)) {
@@ -46,7 +35,7 @@ const json* inner(const json* schema, const std::string& key, bool in_list) {
         return nullptr;
     }
     if (schema->contains("$ref"))
-        schema = &published().text.at(json::json_pointer(schema->at("$ref").get<std::string>().substr(1)));
+        schema = &whole.at(json::json_pointer(schema->at("$ref").get<std::string>().substr(1)));
     return schema;
 }
 
@@ -126,23 +115,41 @@ std::string meaning_of(const json& schema) {
 
 }  // namespace
 
+struct Pattern::State {
+    json text;
+    valijson::Schema schema;
+};
+
+Pattern::Pattern(std::string_view schema) : state(std::make_unique<State>()) {
+    state->text = json::parse(schema);
+    valijson::SchemaParser().populateSchema(Adapter(state->text), state->schema);
+}
+
+Pattern::~Pattern() = default;
+
 std::string_view section_schema() { return data::SCHEMA; }
 
-void check_structure(const json& value) {
+const Pattern& section_pattern() {
+    static const Pattern once(section_schema());
+    return once;
+}
+
+void check_structure(const json& value, const Pattern& pattern) {
+    const auto& [text, compiled] = *pattern.state;
     valijson::ValidationResults faults;
     valijson::Validator validator;
-    if (validator.validate(published().schema, Adapter(value), nullptr)) return;
-    validator.validate(published().schema, Adapter(value), &faults);
+    if (validator.validate(compiled, Adapter(value), nullptr)) return;
+    validator.validate(compiled, Adapter(value), &faults);
     valijson::ValidationResults::Error first;
     if (!faults.popError(first)) throw Error("", "the file is not as the schema has it");
 
     // Each step of its way is a key or a number in brackets; the first stands for the whole.
     std::string place;
     const json* at = &value;
-    const json* schema = &published().text;
+    const json* schema = &text;
     for (std::size_t i = 1; i < first.context.size(); ++i) {
         const std::string step = first.context[i].substr(1, first.context[i].size() - 2);
-        schema = inner(schema, step, at->is_array());
+        schema = inner(text, schema, step, at->is_array());
         if (at->is_array()) {
             place += "[" + step + "]";
             at = &at->at(std::stoul(step));

@@ -1,5 +1,7 @@
+#include "kit/show/json.h"
+
+#include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
 
 #include "kit/section/loads.h"
 #include "kit/show/lines.h"
@@ -8,9 +10,9 @@
 
 namespace velquor {
 
-namespace {
-
 using nlohmann::ordered_json;
+
+namespace {
 
 ordered_json number(double value) { return std::isfinite(value) ? ordered_json(value) : ordered_json(nullptr); }
 
@@ -24,7 +26,9 @@ ordered_json json_of(const Entry& entry, const std::string& length, const std::s
     return json;
 }
 
-ordered_json json_of(const Values& v) {
+}  // namespace
+
+ordered_json json_of(const Values& v, const std::vector<std::string>& keys) {
     ordered_json json;
     json["name"] = v.name;
     json["units"] = {{"length", v.length}, {"force", v.force}};
@@ -32,7 +36,10 @@ ordered_json json_of(const Values& v) {
     json["accuracy"] = {
         {"wished", number(v.wished)}, {"reached", number(v.reached)}, {"met", v.met}, {"levels", v.levels},
         {"nodes", v.nodes},           {"elements", v.elements}};
-    for (const Entry& entry : v.entries) json["values"][entry.quantity->key] = json_of(entry, v.length, v.force);
+    ordered_json& values = json["values"];
+    for (const Entry& entry : v.entries)
+        if (keys.empty() || std::find(keys.begin(), keys.end(), entry.quantity->key) != keys.end())
+            values[entry.quantity->key] = json_of(entry, v.length, v.force);
     if (!v.notes.empty()) json["notes"] = v.notes;
     json["materials"] = ordered_json::array();
     for (const Share& share : v.materials)
@@ -41,6 +48,8 @@ ordered_json json_of(const Values& v) {
                                      {"mass", share.mass > 0 ? ordered_json(share.mass) : ordered_json(nullptr)}});
     return json;
 }
+
+namespace {
 
 ordered_json pair_of(const Point& p) { return ordered_json::array({number(p.y), number(p.z)}); }
 
@@ -56,8 +65,10 @@ ordered_json json_of(const Load& load) {
     return json;
 }
 
+}  // namespace
+
 // Nodes by columns, which a program takes as they are.
-ordered_json json_of(const LoadResult& r) {
+ordered_json json_of(const LoadResult& r, bool with_nodes) {
     ordered_json json = {{"name", r.load.name}, {"load", json_of(r.load)}};
     json["materials"] = ordered_json::array();
     for (const MaterialStresses& m : r.materials)
@@ -69,6 +80,7 @@ ordered_json json_of(const LoadResult& r) {
                                      {"utilisation", m.has_strength ? json_of(m.utilisation) : ordered_json(nullptr)}});
     json["resultants"] = json_of(r.resultants);
     if (!r.warning.empty()) json["warning"] = r.warning;
+    if (!with_nodes) return json;
     ordered_json& nodes = json["nodes"];
     for (const char* column : {"y", "z", "material", "axial", "tau_y", "tau_z", "shear", "von_mises"})
         nodes[column] = ordered_json::array();
@@ -86,8 +98,6 @@ ordered_json json_of(const LoadResult& r) {
     return json;
 }
 
-}  // namespace
-
 std::string show_json(const std::vector<Outcome>& outcomes) {
     ordered_json json;
     json["velquor"] = version_text();
@@ -98,8 +108,8 @@ std::string show_json(const std::vector<Outcome>& outcomes) {
             const Failure& f = *outcome.failure;
             section["error"] = {{"place", f.place}, {"fault", f.fault}, {"remedy", f.remedy}, {"status", f.status}};
         } else {
-            section = json_of(outcome.values);
-            for (const LoadResult& load : outcome.loads) section["loads"].push_back(json_of(load));
+            section = json_of(outcome.values, {});
+            for (const LoadResult& load : outcome.loads) section["loads"].push_back(json_of(load, true));
         }
         section["input"] = outcome.input;
         json["sections"].push_back(section);

@@ -1,5 +1,5 @@
-// Worker processes, velquor worker each, that answer requests side by side. One that crashes, takes too long or grows too
-// large is replaced, and only the request that it had is concerned.
+// Worker processes, velquor worker each, that answer requests side by side. One that crashes, takes too long or grows
+// too large is replaced, and only the request that it had is concerned.
 #pragma once
 
 #include <chrono>
@@ -11,10 +11,10 @@
 namespace velquor {
 
 struct PoolOptions {
-    std::size_t jobs = 0;         // processes; 0: as many as processors that this one may use
-    double seconds = 60;          // that a request may take
+    std::size_t jobs = 0;          // processes; 0: as many as processors that this one may use
+    double seconds = 60;           // that a request may take
     std::size_t megabytes = 2048;  // that a worker may have
-    std::string folder;           // of files that sections name; empty: none may be read
+    std::string folder;            // of files that sections name; empty: none may be read
 };
 
 class Pool {
