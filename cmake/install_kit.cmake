@@ -24,7 +24,8 @@ foreach(header
     section/templates.h
     section/units.h
     show/fields.h
-    show/show.h)
+    show/show.h
+    work/answer.h)
   get_filename_component(room ${header} DIRECTORY)
   install(FILES kit/${header} DESTINATION ${kit_include_dir}/kit/${room} COMPONENT kit)
 endforeach()
