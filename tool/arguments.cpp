@@ -4,7 +4,9 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <set>
 #include <sstream>
 
@@ -40,6 +42,7 @@ struct Arguments {
     CheckOptions check;
     DrawOptions draw;
     WorkerOptions worker;
+    std::optional<double> seconds;
     std::string shape, filter, columns, cases;
     bool results = false, requests = false, answers = false, json = false, csv = false, version = false;
 };
@@ -160,10 +163,21 @@ void add_export(Arguments& a) {
 
 void add_worker(Arguments& a) {
     CLI::App& command = *a.app.add_subcommand("worker", "requests from the standard input, a line each, to answers");
-    command.add_option("--memory", a.worker.megabytes, "that it may take")->type_name("MB");
+    command.add_option("--jobs", a.worker.jobs, "as many worker processes, replaced when they end; 0: as processors")
+        ->check(CLI::Range(0, 1024).description(""))
+        ->type_name("N");
+    command.add_option("--timeout", a.seconds, "with --jobs: that a section may take (60)")
+        ->check(CLI::Range(1e-3, 1e6).description(""))
+        ->type_name("SECONDS");
+    command.add_option("--memory", a.worker.megabytes, "that a worker may take (with --jobs 2048)")
+        ->check(CLI::Range(1, 1 << 30).description(""))
+        ->type_name("MB");
     command.add_option("--files", a.worker.folder, "that meshes and drawings of sections are read from")
         ->type_name("FOLDER");
-    command.footer("Example: echo '{\"id\":1,\"name\":\"IPE 300\"}' | velquor worker");
+    command.footer(
+        "Answers of several workers come in any order: their ids tell whose they are.\n\n"
+        "Examples: echo '{\"id\":1,\"name\":\"IPE 300\"}' | velquor worker\n"
+        "          velquor worker --jobs 0 < requests.jsonl > answers.jsonl");
 }
 
 void add_others(Arguments& a) {
@@ -303,7 +317,13 @@ std::function<int()> command_of(int count, char** arguments) {
     if (name == "shapes") return [a] { return shapes(a->shape); };
     if (name == "profiles") return [a] { return profiles(a->filter); };
     if (a->results + a->requests + a->answers > 1) throw Misuse("schema: give one of --result, --request and --answer");
-    if (name == "worker") return [a] { return work(a->worker); };
+    if (name == "worker") {
+        if (a->worker.folder && !std::filesystem::is_directory(*a->worker.folder))
+            throw Misuse("--files: " + in_quotes(*a->worker.folder) + " is no folder");
+        if (a->seconds && !a->worker.jobs) throw Misuse("--timeout: of supervised workers alone; give --jobs too");
+        a->worker.seconds = a->seconds.value_or(a->worker.seconds);
+        return [a] { return work(a->worker); };
+    }
     const Schema of = a->results    ? Schema::result
                       : a->requests ? Schema::request
                       : a->answers  ? Schema::answer

@@ -71,7 +71,9 @@ struct CheckOptions {
 int check(const CheckOptions& options);
 
 struct WorkerOptions {
-    std::size_t megabytes = 0;          // that this process may have; 0: no limit of its own
+    std::optional<std::size_t> jobs;    // worker processes, which this one supervises; 0: as many as processors
+    double seconds = 60;                // that a request may take, of supervised workers
+    std::size_t megabytes = 0;          // that a worker may have; 0: no limit of its own, 2048 of supervised ones
     std::optional<std::string> folder;  // of files that sections name; none: they are refused
 };
 int work(const WorkerOptions& options);  // docs/protocol.md

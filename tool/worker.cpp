@@ -12,6 +12,7 @@
 #include "tool/commands.h"
 #include "tool/output.h"
 #include "tool/pool/lines.h"
+#include "tool/pool/supervise.h"
 
 namespace velquor {
 
@@ -47,9 +48,7 @@ void note_lack() {
 }
 
 std::string answer_of(const Line& line, const WorkerOptions& options) {
-    if (line.size > LONGEST_REQUEST)
-        return error_answer("", ErrorKind::REQUEST, "", "a line of " + std::to_string(line.size) + " bytes",
-                            "at most " + std::to_string(LONGEST_REQUEST) + " are read");
+    if (line.size > LONGEST_REQUEST) return answer_to_long(line.size);
     ran_out = false;
     std::string answer = answer_to(line.text, options.folder);
     if (!ran_out) return answer;
@@ -57,13 +56,17 @@ std::string answer_of(const Line& line, const WorkerOptions& options) {
                         "a larger size of elements needs less; --memory allows more");
 }
 
-bool is_blank(const Line& line) {
-    return line.size == line.text.size() && line.text.find_first_not_of(" \t\r") == std::string::npos;
-}
-
 }  // namespace
 
 int work(const WorkerOptions& options) {
+    if (options.jobs) {
+        PoolOptions pool;
+        pool.jobs = *options.jobs;
+        pool.seconds = options.seconds;
+        if (options.megabytes > 0) pool.megabytes = options.megabytes;
+        if (options.folder) pool.folder = *options.folder;
+        return supervise(pool);
+    }
     keep_memory();
     if (options.megabytes > 0) limit_memory(options.megabytes);
     std::set_new_handler(note_lack);

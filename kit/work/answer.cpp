@@ -137,6 +137,12 @@ std::string answer_to(std::string_view request, const std::optional<std::string>
     }
 }
 
+std::string answer_to_long(std::size_t bytes) {
+    return error_line(nullptr, ErrorKind::REQUEST,
+                      {"", "a line of " + std::to_string(bytes) + " bytes",
+                       "at most " + std::to_string(LONGEST_REQUEST) + " are read"});
+}
+
 std::string error_answer(std::string_view request, ErrorKind kind, const std::string& at, const std::string& message,
                          const std::string& remedy) {
     json id;

@@ -22,6 +22,9 @@ std::string answer_to(std::string_view request, const std::optional<std::string>
 std::string error_answer(std::string_view request, ErrorKind kind, const std::string& at, const std::string& message,
                          const std::string& remedy = "");
 
+// The answer to a line of so many bytes, more than LONGEST_REQUEST, of which nothing was kept.
+std::string answer_to_long(std::size_t bytes);
+
 std::string_view request_schema();
 std::string answer_schema();
 

@@ -7,6 +7,10 @@
 
 namespace velquor {
 
+bool is_blank(const Line& line) {
+    return line.size == line.text.size() && line.text.find_first_not_of(" \t\r") == std::string::npos;
+}
+
 void Lines::add(std::string_view block) {
     if (begin > 0) {
         held.erase(0, begin);

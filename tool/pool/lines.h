@@ -12,6 +12,9 @@ struct Line {
     std::size_t size = 0;  // bytes that it has
 };
 
+// Of spaces, tabs and carriage returns at most: no request.
+bool is_blank(const Line& line);
+
 class Lines {
 public:
     explicit Lines(std::size_t most) : longest(most) {}

@@ -17,6 +17,7 @@ struct PoolOptions {
     std::string folder;            // of files that sections name; empty: none may be read
 };
 
+// Of one thread alone, with which its processes end. SIGPIPE is to be ignored.
 class Pool {
 public:
     // Starts the processes. Throws std::system_error where none is to be had.
@@ -25,13 +26,14 @@ public:
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
 
-    std::size_t size() const;
+    std::size_t size() const;     // less than wanted where processes that had ended could not be replaced
     std::size_t waiting() const;  // workers without a request
 
-    // Gives a request to a worker that waits: one line, as docs/protocol.md has it, without its end.
+    // Gives a request to a worker that waits: one line, as docs/protocol.md has it, without its end. Where none waits,
+    // it is kept until one does. Throws std::system_error as wait does.
     void give(std::uint64_t ticket, std::string request);
 
-    // A request that is no longer wanted: no answer comes.
+    // A request that is no longer wanted: no answer comes. Its worker is replaced, and the new one waits at once.
     void forget(std::uint64_t ticket);
 
     struct Done {
@@ -39,7 +41,9 @@ public:
         std::string answer;  // one line, without its end: the worker's, or an error
     };
     // Answers that have come, at the latest after this time; sooner too where a descriptor in `also` can be read, or a
-    // signal came. Of a request that a worker ended over, a second worker is asked before it is given up.
+    // signal came. Of a request that a worker ended over, a second worker is asked before it is given up. Time runs for
+    // requests while this waits, not while the caller is busy. Throws std::system_error where processes have ended and
+    // no other can be started in the place of any of them.
     std::vector<Done> wait(std::chrono::milliseconds most, int also = -1);
 
 private:
