@@ -4,11 +4,12 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -39,14 +40,14 @@ bool is_first(const std::string& file) {
 
 // To an end, so that a missing limit fails a test rather than the machine.
 void grow(bool shared) {
-    std::vector<std::vector<char>> own;
+    std::vector<std::unique_ptr<char[]>> own;
     for (std::size_t size = 0; size < MOST; size += STEP) {
-        if (shared) {
-            void* const more = mmap(nullptr, STEP, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-            if (more != MAP_FAILED) std::fill_n(static_cast<char*>(more), STEP, 1);
-        } else {
-            own.emplace_back(STEP, 1);
-        }
+        void* more = nullptr;
+        if (shared)
+            more = mmap(nullptr, STEP, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        else
+            more = own.emplace_back(new char[STEP]).get();
+        if (more != MAP_FAILED) std::memset(more, 1, STEP);
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     throw std::runtime_error("grew without a limit");
