@@ -25,6 +25,11 @@ def lines(requests):
     return "".join(json.dumps(r) + "\n" for r in requests)
 
 
+def padded(number, size):
+    line = json.dumps({"id": number, "name": "IPE 300", "levels": 1, "values": ["A"]})
+    return line[:-1] + " " * (size - len(line)) + "}\n"
+
+
 def answers_by_id(test, text):
     test.assertTrue(text == "" or text.endswith("\n"))
     answers = [json.loads(line) for line in text.splitlines()]
@@ -200,10 +205,19 @@ class Supervised(unittest.TestCase):
         os.kill(worker, signal.SIGKILL)
         self.assertIn('"id":1', process.stdout.readline())
 
+    def test_worker_that_does_not_even_read(self):
+        process = self.start("--jobs", "1", "--timeout", "3")
+        self.until(lambda: len(workers_of(process)) == 1, "no worker")
+        process.stdin.write(lines([request(1)]))
+        process.stdin.flush()
+        self.assertIn('"id":1', process.stdout.readline())
+        os.kill(workers_of(process)[0], signal.SIGSTOP)
+        text, _ = process.communicate(padded(2, 1 << 20) + lines([request(3)]), timeout=PATIENCE)
+        answers = answers_by_id(self, text)
+        self.assertEqual(answers[2]["error"]["kind"], "timeout")
+        self.assertIn("values", answers[3])
+
     def test_long_lines(self):
-        def padded(number, size):
-            line = json.dumps({"id": number, "name": "IPE 300", "levels": 1, "values": ["A"]})
-            return line[:-1] + " " * (size - len(line)) + "}\n"
         # The last line has no end.
         text = padded(1, 10_000_000) + " \r\n\n" + padded(2, LONGEST) + padded(3, LONGEST + 1) + padded(4, 100)[:-1]
         for options in ([], ["--jobs", "2"]):
