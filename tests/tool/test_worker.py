@@ -206,7 +206,7 @@ class Supervised(unittest.TestCase):
         self.assertIn('"id":1', process.stdout.readline())
 
     def test_worker_that_does_not_even_read(self):
-        process = self.start("--jobs", "1", "--timeout", "3")
+        process = self.start("--jobs", "1", "--timeout", "2")
         self.until(lambda: len(workers_of(process)) == 1, "no worker")
         process.stdin.write(lines([request(1)]))
         process.stdin.flush()
