@@ -35,6 +35,7 @@ struct Task {
 // is not started over and over.
 struct Worker {
     Process process;
+    bool fresh = true;  // has not answered yet
     bool busy = false;
     Task task;                   // if busy
     std::size_t sent = 0;        // bytes of its request
@@ -64,6 +65,7 @@ void give_up(Workers& s, const Task& task, ErrorKind kind, const std::string& me
 int end(Worker& w) {
     const int status = end_worker(w.process);
     w.busy = false;
+    w.fresh = true;
     w.answer = {};
     return status;
 }
@@ -109,7 +111,7 @@ void read_more(Workers& s, Worker& w) {
             w.answer.pop_back();
             s.done.push_back({w.task.ticket, std::move(w.answer)});
             w.answer = {};
-            w.busy = false;
+            w.busy = w.fresh = false;
             return;
         }
         if (w.answer.size() > LONGEST_ANSWER) {
@@ -134,7 +136,12 @@ void check_limits(Workers& s) {
             give_up(s, w.task, ErrorKind::TIMEOUT, std::string("took longer than ") + seconds + " s",
                     "allow it more by --timeout, or ask for less: fewer levels, a larger size of elements");
         } else if (look && memory_of(w.process) > s.options.megabytes << 20) {
+            const bool fresh = w.fresh;
             end(w);
+            if (!fresh) {  // it may have kept what others needed
+                s.queue.push_front(std::move(w.task));
+                continue;
+            }
             give_up(s, w.task, ErrorKind::MEMORY,
                     "its worker grew larger than " + std::to_string(s.options.megabytes) + " MB",
                     "allow it more by --memory, or ask for less: fewer levels, a larger size of elements");
