@@ -14,6 +14,7 @@
 #include "kit/section/shapes.h"
 #include "kit/section/templates.h"
 #include "kit/section/words.h"
+#include "tool/batch/batch.h"
 #include "tool/commands.h"
 #include "tool/inputs.h"
 #include "tool/output.h"
@@ -43,6 +44,7 @@ struct Arguments {
     DrawOptions draw;
     WorkerOptions worker;
     std::optional<double> seconds;
+    BatchOptions batch;
     std::string shape, filter, columns, cases;
     bool results = false, requests = false, answers = false, json = false, csv = false, version = false;
 };
@@ -148,17 +150,21 @@ void add_report(Arguments& a) {
 }
 
 void add_export(Arguments& a) {
-    CLI::App& command = *a.app.add_subcommand("export", "stresses and warping at the nodes, for other programs");
+    CLI::App& command = *a.app.add_subcommand("export", "stresses and warping at the nodes, or results of a batch");
     add_inputs(command, a.fields.inputs, 1);
     add_wishes(command, a.fields.inputs);
     add_loads(command, a.fields.inputs);
     command.add_option("--case", a.cases, "unit loads, as in T,Vz, in place of the section's load sets")
         ->type_name("NAMES");
     command.add_flag("--fine", a.fields.finest, "on the finest mesh, without warping");
-    command.add_option("-o,--output", a.fields.output, "file: .vtu for ParaView, .msh for Gmsh, or .csv")
+    command
+        .add_option("-o,--output", a.fields.output,
+                    "file: .vtu for ParaView, .msh for Gmsh, or .csv; of results of a batch .csv or .jsonl")
         ->required()
         ->type_name("FILE");
-    command.footer("Example: velquor export section.json -o section.vtu && paraview section.vtu");
+    command.footer(
+        "Example: velquor export section.json -o section.vtu && paraview section.vtu\n"
+        "         velquor export results.sqlite -o results.csv");
 }
 
 void add_worker(Arguments& a) {
@@ -281,6 +287,7 @@ std::function<int()> command_of(int count, char** arguments) {
     add_report(*a);
     add_export(*a);
     add_worker(*a);
+    add_batch(a->app, a->batch);
     add_others(*a);
     try {
         a->app.parse(count, arguments);
@@ -317,6 +324,7 @@ std::function<int()> command_of(int count, char** arguments) {
     if (name == "shapes") return [a] { return shapes(a->shape); };
     if (name == "profiles") return [a] { return profiles(a->filter); };
     if (a->results + a->requests + a->answers > 1) throw Misuse("schema: give one of --result, --request and --answer");
+    if (name == "batch") return [a] { return batch(a->batch); };
     if (name == "worker") {
         if (a->worker.folder && !std::filesystem::is_directory(*a->worker.folder))
             throw Misuse("--files: " + in_quotes(*a->worker.folder) + " is no folder");

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "kit/section/words.h"
 #include "tool/commands.h"
@@ -23,6 +24,15 @@ constexpr int UNLIMITED = 120;
 }  // namespace
 
 void write(const std::string& text, const std::string& file) {
+    write_pieces(
+        [&, done = false](std::string& piece) mutable {
+            if (!done) piece = text;
+            return !std::exchange(done, true);
+        },
+        file);
+}
+
+void write_pieces(const std::function<bool(std::string&)>& next, const std::string& file) {
     const std::string name = file.empty() ? "the standard output" : file;
     const auto fail = [&](int fault) { throw CannotWrite(name + ": cannot be written: " + std::strerror(fault)); };
     // Beside a file and then in its place, so that it is whole or as it was; devices and pipes as they are.
@@ -35,7 +45,16 @@ void write(const std::string& text, const std::string& file) {
 
     std::FILE* const stream = file.empty() ? stdout : std::fopen(path.c_str(), "wb");
     if (!stream) fail(errno);
-    bool good = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+    bool good = true;
+    std::string piece;
+    try {
+        for (; good && next(piece); piece.clear())
+            good = std::fwrite(piece.data(), 1, piece.size(), stream) == piece.size();
+    } catch (...) {
+        if (!file.empty()) std::fclose(stream);
+        if (beside) std::remove(path.c_str());
+        throw;
+    }
     good = std::fflush(stream) == 0 && good;
     int fault = errno;
     if (!file.empty() && std::fclose(stream) != 0 && good) {

@@ -1,6 +1,7 @@
 // Where results and messages go.
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@ struct CannotWrite : std::runtime_error {
 // To this file, or to the standard output where the name is empty. Throws CannotWrite unless everything is written: a
 // file is then as it was.
 void write(const std::string& text, const std::string& file = "");
+
+// The same of pieces, the next of which is appended to an empty text until there is none.
+void write_pieces(const std::function<bool(std::string&)>& next, const std::string& file = "");
 
 // The ending of a file's name, one of these, in lower case. Throws Error where it is another.
 std::string ending_of(const std::string& file, const std::vector<std::string>& endings);

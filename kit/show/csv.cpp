@@ -8,16 +8,16 @@ namespace velquor {
 
 namespace {
 
-std::string cell(const std::string& text) {
+std::string cell(const Entry& entry, double value) { return entry.given && std::isfinite(value) ? text_of(value) : ""; }
+
+}  // namespace
+
+std::string csv_cell(const std::string& text) {
     if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
     std::string quoted = "\"";
     for (const char c : text) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
     return quoted + "\"";
 }
-
-std::string cell(const Entry& entry, double value) { return entry.given && std::isfinite(value) ? text_of(value) : ""; }
-
-}  // namespace
 
 std::string show_csv(const std::vector<Outcome>& outcomes) {
     std::string text = "name,length,force";
@@ -26,7 +26,7 @@ std::string show_csv(const std::vector<Outcome>& outcomes) {
     for (const Outcome& outcome : outcomes) {
         if (outcome.failure) continue;
         const Values& v = outcome.values;
-        text += cell(v.name.empty() ? outcome.input : v.name) + "," + v.length + "," + v.force;
+        text += csv_cell(v.name.empty() ? outcome.input : v.name) + "," + v.length + "," + v.force;
         for (const Entry& entry : v.entries)
             text += "," + cell(entry, entry.value.value) + "," + cell(entry, entry.value.bound);
         text += "\r\n";
@@ -38,9 +38,9 @@ std::string show_csv(const Section& section, const Fields& fields) {
     std::string text = "node,y,z,material";
     for (const Fields::Column& column : fields.columns)
         if (column.components == 1)
-            text += "," + cell(column.name);
+            text += "," + csv_cell(column.name);
         else
-            text += "," + cell(column.name + " y") + "," + cell(column.name + " z");
+            text += "," + csv_cell(column.name + " y") + "," + csv_cell(column.name + " z");
     text += "\r\n";
     for (std::size_t i = 0; i < fields.points.size() + fields.bars.size(); ++i) {
         const bool is_node = i < fields.points.size();
@@ -49,8 +49,8 @@ std::string show_csv(const Section& section, const Fields& fields) {
         const Point& at = bar ? bar->at : fields.mesh.nodes[node];
         const std::string& material =
             bar ? bar->material : section.materials[static_cast<std::size_t>(fields.points[i].material)].name;
-        text +=
-            (bar ? "" : std::to_string(node + 1)) + "," + text_of(at.y) + "," + text_of(at.z) + "," + cell(material);
+        text += (bar ? "" : std::to_string(node + 1)) + "," + text_of(at.y) + "," + text_of(at.z) + "," +
+                csv_cell(material);
         for (const Fields::Column& column : fields.columns)
             for (std::size_t k = 0; k < column.components; ++k)
                 text += "," + text_of(column.values[i * column.components + k]);

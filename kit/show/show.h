@@ -39,6 +39,7 @@ std::string show_schema();  // JSON Schema draft 7, with a line for each key
 
 // RFC 4180: a line of names, then one section a line, each value followed by its bound; empty where there is none.
 std::string show_csv(const std::vector<Outcome>& outcomes);
+std::string csv_cell(const std::string& text);  // in quotes where it must be
 
 // Gmsh's MSH 4.1 in ASCII: a surface for each part, and one for all bars of a material; physical groups for the parts,
 // the bars, and the materials.
