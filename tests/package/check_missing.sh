@@ -27,7 +27,7 @@ expect "the sections of the validation were asked for, and need Debian's package
 
 # The kit.
 configure succeeds -DCMAKE_DISABLE_FIND_PACKAGE_valijson=ON -DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON "-DCMAKE_IGNORE_PATH=/usr/include;/usr/include/dxflib"
-expect "the kit is left out, for want of Debian's packages: libvalijson-dev libcli11-dev libgmsh-dev libdxflib-dev"
+expect "the kit is left out, for want of Debian's packages: libvalijson-dev libcli11-dev libgmsh-dev libdxflib-dev libsqlite3-dev libxxhash-dev"
 configure fails -DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON -DVQ_BUILD_KIT=ON
 expect "the kit was asked for, and needs Debian's packages: libcli11-dev"
 configure fails -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=ON -DVQ_BUILD_KIT=ON

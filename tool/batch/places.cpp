@@ -81,11 +81,12 @@ std::vector<std::string> owners_of(const json& section, const std::string& param
 }
 
 std::vector<std::string> known_names(const json& section) {
-    std::vector<std::string> names = {"accuracy", "levels", "size"};
+    std::vector<std::string> names;
     if (section.contains("parts") && section["parts"].is_array())
         for (const json& part : section["parts"])
             for (const std::string& name : parameters_of(part))
                 if (!has(names, name)) names.push_back(name);
+    names.insert(names.end(), {"accuracy", "levels", "size"});
     return names;
 }
 
