@@ -246,9 +246,9 @@ class Faults(Folder):
         self.assertEqual(self.rows("SELECT count(*) FROM errors"), [(0,)])
 
     def test_killed_at_any_moment(self):
-        count, chance = 300, random.Random(1)
+        count, chance = 200, random.Random(1)
         self.many(count)
-        for kept in sorted(chance.sample(range(1, 250), 4)):
+        for kept in sorted(chance.sample(range(1, 150), 4)):
             with self.start("in.jsonl") as running:
                 self.wait_for(kept)
                 running.kill()
@@ -259,7 +259,7 @@ class Faults(Folder):
         self.complete(count)
 
     def test_interrupted(self):
-        self.many(500)
+        self.many(300)
         for number in (signal.SIGINT, signal.SIGTERM):
             before = self.rows("SELECT count(*) FROM results")[0][0] if self.results.exists() else 0
             with self.start("in.jsonl") as running:
@@ -271,15 +271,15 @@ class Faults(Folder):
         asked = self.rows("SELECT count(*) FROM inputs WHERE key NOT IN (SELECT key FROM results)")
         self.assertEqual(asked, [(0,)])  # what was given out was finished
         self.batch("in.jsonl")
-        self.complete(500)
+        self.complete(300)
 
     def test_two_side_by_side(self):
-        self.many(300)
+        self.many(200)
         running = [self.start("in.jsonl", options=["--jobs", "1"]) for _ in range(2)]
         said = [one.communicate(timeout=60)[1] for one in running]
         self.assertEqual([one.returncode for one in running], [0, 0], said)
-        self.assertEqual(sum(int(re.search(r"(\d+) calculated", text)[1]) for text in said), 300)
-        self.complete(300)
+        self.assertEqual(sum(int(re.search(r"(\d+) calculated", text)[1]) for text in said), 200)
+        self.complete(200)
 
     def test_locked(self):
         self.many(30)
@@ -297,15 +297,15 @@ class Faults(Folder):
             self.assertEqual(running.returncode, 0)
 
     def test_disk_full(self):
-        self.many(400)
-        small = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (400000, 400000))
+        self.many(500)
+        small = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (800000, 800000))
         said = self.batch("in.jsonl", status=3, preexec_fn=small)
         self.assertIn("run the same command again", said)
         kept = int(re.search(r"stopped: (\d+) calculated and kept, nothing of it is lost", said)[1])
         self.assertGreater(kept, 20)
         self.assertEqual(self.rows("SELECT count(*) FROM results"), [(kept,)])
-        self.assertIn(f"{400 - kept} calculated, {kept} there before", self.batch("in.jsonl"))
-        self.complete(400)
+        self.assertIn(f"{500 - kept} calculated, {kept} there before", self.batch("in.jsonl"))
+        self.complete(500)
 
     def test_files_that_are_no_results_or_damaged(self):
         self.many(100)
@@ -343,11 +343,11 @@ class Faults(Folder):
         self.assertTrue((self.folder / "link").is_symlink() and (self.folder / "real").exists())
 
     def test_too_long_is_an_error_that_is_tried_again(self):
-        self.lines({"id": 1, **circle(10)}, {"id": 2, **circle(10, levels=6, size=0.1)})
-        self.assertIn("without values: 1 timeout", self.batch("in.jsonl", status=2, options=["--timeout", "0.3"]))
+        self.lines({"id": 1, **circle(10, levels=1)}, {"id": 2, **circle(10, levels=6, size=0.06)})
+        self.assertIn("without values: 1 timeout", self.batch("in.jsonl", status=2, options=["--timeout", "1.5"]))
         self.assertIn("0 calculated, 2 there before", self.batch("in.jsonl", status=2))
         self.assertIn("1 calculated, 1 there before",
-                      self.batch("in.jsonl", status=2, options=["--retry", "--timeout", "0.3"]))
+                      self.batch("in.jsonl", status=2, options=["--retry", "--timeout", "1.5"]))
 
 
 class Progress(Folder):

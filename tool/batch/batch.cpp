@@ -136,6 +136,14 @@ void finish(Run& run) {
     }
 }
 
+// The name of an input from the folder of the file of results, so that both may be moved.
+std::string beside(const std::string& output, const std::string& name) {
+    return fs::absolute(name)
+        .lexically_normal()
+        .lexically_proximate(fs::absolute(output).lexically_normal().parent_path())
+        .string();
+}
+
 void read_inputs(Run& run, std::vector<std::unique_ptr<Source>>& sources) {
     double before = 0, all = 0;
     std::string folder;
@@ -150,11 +158,7 @@ void read_inputs(Run& run, std::vector<std::unique_ptr<Source>>& sources) {
                 std::make_unique<Pool>(PoolOptions{run.options.jobs, run.options.timeout, run.options.memory, folder});
         }
         const std::string& name = run.options.inputs[i];
-        run.source =
-            run.store.source(name == "-" ? name
-                                         : fs::proximate(fs::weakly_canonical(name),
-                                                         fs::weakly_canonical(run.options.output).parent_path())
-                                               .string());
+        run.source = run.store.source(name == "-" ? name : beside(run.options.output, name));
         try {
             while (turn(run, &source)) run.counts.share = (before + source.share() * source.bytes()) / all;
         } catch (const Error& error) {
