@@ -30,10 +30,12 @@ constexpr auto ROUND = std::chrono::milliseconds(200);
 volatile std::sig_atomic_t stops = 0;  // signals that asked for the end
 
 void heed_signals() {
-    struct sigaction action = {};
+    struct sigaction action = {}, before = {};
     action.sa_handler = [](int) { stops = stops + 1; };
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (const int number : {SIGINT, SIGTERM})
+        if (sigaction(number, nullptr, &before) == 0 &&
+            before.sa_handler != SIG_IGN)  // as of a program in the background
+            sigaction(number, &action, nullptr);
     std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is an error of writing
 }
 
