@@ -315,11 +315,12 @@ class Faults(Folder):
         self.results.unlink()
         self.batch("in.jsonl")
         whole = self.results.read_bytes()
+        other = self.lines({"name": "IPE 300"}, name="other.jsonl")
         late = len(whole) // 4096 * 3 // 4 * 4096  # a page that no run would look at
         for damaged in (whole[:len(whole) // 2], whole[:20], whole[:8192] + bytes(8192) + whole[16384:],
                         whole[:late] + b"\x0d" * 4096 + whole[late + 4096:]):
             self.results.write_bytes(damaged)
-            said = self.batch("in.jsonl", status=1)
+            said = self.batch(other, status=1)
             self.assertIn("is damaged", said)
             self.assertIn(".recover", said)
             self.assertEqual(self.results.read_bytes(), damaged)
