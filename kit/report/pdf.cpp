@@ -10,12 +10,12 @@ namespace {
 
 constexpr double LARGEST_PICTURE = 0.92 * (BOTTOM - TOP);  // room for its caption
 
-double height_of(const Run& run, const Heading& heading) {
+double height_of(const Setting& run, const Heading& heading) {
     const double size = heading.level == 1 ? 13 : 10.5;
     return 12 + size_of(words(run, printable(heading.text), {size, true}, ROOM)).height + 6;
 }
 
-void set(Run& run, const Heading& heading) {
+void set(Setting& run, const Heading& heading) {
     const Layout layout = words(run, printable(heading.text), {heading.level == 1 ? 13.0 : 10.5, true}, ROOM);
     if (run.y > TOP) run.y += 12;
     const std::string target =
@@ -30,7 +30,7 @@ void set(Run& run, const Heading& heading) {
     run.y += 4;
 }
 
-void set(Run& run, const Paragraph& paragraph) {
+void set(Setting& run, const Paragraph& paragraph) {
     const Layout layout = words(run, printable(paragraph.text), {}, ROOM);
     pango_layout_set_height(layout.get(), -1);
     pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_NONE);
@@ -50,11 +50,11 @@ void set(Run& run, const Paragraph& paragraph) {
     run.y += 5;
 }
 
-double height_of(const Run& run, const Figure& picture) {
+double height_of(const Setting& run, const Figure& picture) {
     return std::min(height_of(*run.document.section, *run.document.analysis, picture.sheet, ROOM), LARGEST_PICTURE);
 }
 
-void set(Run& run, const Figure& picture) {
+void set(Setting& run, const Figure& picture) {
     const Layout caption = words(run, printable(picture.caption), {SMALL + 0.6, false, 0.3}, ROOM);
     const double height = height_of(run, picture);
     need(run, height + size_of(caption).height + 4);
@@ -67,7 +67,7 @@ void set(Run& run, const Figure& picture) {
 
 // What must follow a heading on the same page: headings and paragraphs up to a table's first row, a picture, or text of
 // some lines.
-double height_below(const Run& run, std::size_t block) {
+double height_below(const Setting& run, std::size_t block) {
     if (block >= run.document.blocks.size()) return 0;
     const Block& next = run.document.blocks[block];
     if (const auto* heading = std::get_if<Heading>(&next))
@@ -78,7 +78,7 @@ double height_below(const Run& run, std::size_t block) {
 }
 
 // Title, and the block of fields below it, two in a line.
-void set_title(Run& run) {
+void set_title(Setting& run) {
     const Layout title = words(run, printable(run.document.title), {18, true}, ROOM, 120);
     put(run, title, LEFT, run.y);
     run.y += size_of(title).height + 2;
@@ -132,7 +132,7 @@ Printed printed(const Document& document, int pages) {
         cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
         cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
         pango_cairo_context_set_font_options(context.get(), options.get());
-        Run run = {document, surface.get(), page.get(), context.get(), pages};
+        Setting run = {document, surface.get(), page.get(), context.get(), pages};
         new_page(run);
         set_title(run);
         for (std::size_t k = 0; k < document.blocks.size(); ++k) {

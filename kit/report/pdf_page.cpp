@@ -2,7 +2,7 @@
 
 namespace velquor::pdf {
 
-Layout words(const Run& run, const std::string& text, const Look& look, double width, double most) {
+Layout words(const Setting& run, const std::string& text, const Look& look, double width, double most) {
     Layout layout(pango_layout_new(run.context));
     const std::unique_ptr<PangoFontDescription, void (*)(PangoFontDescription*)> font(pango_font_description_new(),
                                                                                       pango_font_description_free);
@@ -39,13 +39,13 @@ Size size_of(const Layout& layout) {
     return {width / double(PANGO_SCALE), height / double(PANGO_SCALE)};
 }
 
-void put(const Run& run, const Layout& layout, double x, double y, double grey) {
+void put(const Setting& run, const Layout& layout, double x, double y, double grey) {
     cairo_set_source_rgb(run.page, grey, grey, grey);
     cairo_move_to(run.page, x, y);
     pango_cairo_show_layout(run.page, layout.get());
 }
 
-void rule(const Run& run, double y, double width, double grey, double from, double to) {
+void rule(const Setting& run, double y, double width, double grey, double from, double to) {
     cairo_set_source_rgb(run.page, grey, grey, grey);
     cairo_set_line_width(run.page, width);
     cairo_move_to(run.page, from, y);
@@ -53,7 +53,7 @@ void rule(const Run& run, double y, double width, double grey, double from, doub
     cairo_stroke(run.page);
 }
 
-void new_page(Run& run) {
+void new_page(Setting& run) {
     if (run.number++ > 0) cairo_show_page(run.page);
     const Look small = {SMALL, false, 0.3};
     const Layout producer = words(run, run.document.producer, small);
@@ -66,7 +66,7 @@ void new_page(Run& run) {
     run.y = TOP;
 }
 
-void need(Run& run, double height) {
+void need(Setting& run, double height) {
     if (run.y + height > BOTTOM && run.y > TOP) new_page(run);
 }
 

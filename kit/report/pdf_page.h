@@ -36,8 +36,8 @@ struct Look {
     PangoAlignment align = PANGO_ALIGN_LEFT;
 };
 
-// A run over the pages: the first one counts them, and draws nothing that anybody sees.
-struct Run {
+// One setting of all pages: the first one counts them, and draws nothing that anybody sees.
+struct Setting {
     const Document& document;
     cairo_surface_t* surface;
     cairo_t* page;
@@ -49,7 +49,8 @@ struct Run {
 };
 
 // Words in lines of at most this width; one line where it is 0, cut at what `most` leaves of height.
-Layout words(const Run& run, const std::string& text, const Look& look, double width = 0, double most = BOTTOM - TOP);
+Layout words(const Setting& run, const std::string& text, const Look& look, double width = 0,
+             double most = BOTTOM - TOP);
 
 // Sets a symbol's index lower, which stands behind its letter.
 void lower_index(PangoLayout* layout, const std::string& letter, double size);
@@ -59,15 +60,15 @@ struct Size {
 };
 Size size_of(const Layout& layout);
 
-void put(const Run& run, const Layout& layout, double x, double y, double grey = 0);
-void rule(const Run& run, double y, double width, double grey, double from = LEFT, double to = RIGHT);
+void put(const Setting& run, const Layout& layout, double x, double y, double grey = 0);
+void rule(const Setting& run, double y, double width, double grey, double from = LEFT, double to = RIGHT);
 
 // A new page, with the lines above and below its text; the same where this height is not left.
-void new_page(Run& run);
-void need(Run& run, double height);
+void new_page(Setting& run);
+void need(Setting& run, double height);
 
 // A table, broken between rows, its head on each page; and the height of what must stand together at its beginning.
-void set(Run& run, const Table& table);
-double least_height(const Run& run, const Table& table);
+void set(Setting& run, const Table& table);
+double least_height(const Setting& run, const Table& table);
 
 }  // namespace velquor::pdf

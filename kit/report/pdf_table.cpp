@@ -25,7 +25,7 @@ Look look_of(const Column& column) {
     return {TABLE_SIZE, false, 0, column.kind == Column::Kind::number ? PANGO_ALIGN_RIGHT : PANGO_ALIGN_LEFT};
 }
 
-Layout cell(const Run& run, const std::string& text, const Column& column, double width) {
+Layout cell(const Setting& run, const std::string& text, const Column& column, double width) {
     const double most = (BOTTOM - TOP) / 2;
     if (column.kind != Column::Kind::symbol) return words(run, printable(text), look_of(column), width, most);
     const auto [letter, index] = letter_and_index(text);
@@ -34,7 +34,7 @@ Layout cell(const Run& run, const std::string& text, const Column& column, doubl
     return layout;
 }
 
-Columns columns_of(const Run& run, const Table& table) {
+Columns columns_of(const Setting& run, const Table& table) {
     const std::size_t count = table.columns.size();
     std::vector<double> wanted(count, 0);
     for (std::size_t k = 0; k < count; ++k) {
@@ -93,7 +93,7 @@ double height_of(const Cells& cells) {
     return std::max(LEAST_ROW, height + PAD);
 }
 
-Cells cells_of(const Run& run, const Table& table, const Columns& columns, const Row& row) {
+Cells cells_of(const Setting& run, const Table& table, const Columns& columns, const Row& row) {
     Cells cells;
     if (row.group) {
         cells.push_back(words(run, printable(row.cells.at(0)), {TABLE_SIZE, true}, ROOM - 2 * PAD));
@@ -109,7 +109,7 @@ struct Head {
     double above = 0, height = 0;  // of the names, of both
 };
 
-Head head_of(const Run& run, const Table& table, const Columns& columns) {
+Head head_of(const Setting& run, const Table& table, const Columns& columns) {
     Head head;
     if (is_bare(table)) return head;
     double below = 0;
@@ -127,7 +127,7 @@ Head head_of(const Run& run, const Table& table, const Columns& columns) {
     return head;
 }
 
-void put_head(Run& run, const Head& head, const Columns& columns) {
+void put_head(Setting& run, const Head& head, const Columns& columns) {
     if (head.names.empty()) {
         rule(run, run.y, 0.4, 0.7);
         return;
@@ -141,7 +141,7 @@ void put_head(Run& run, const Head& head, const Columns& columns) {
     rule(run, run.y, 0.9, 0);
 }
 
-void put_row(Run& run, const Columns& columns, const Row& row, const Cells& cells) {
+void put_row(Setting& run, const Columns& columns, const Row& row, const Cells& cells) {
     const double height = height_of(cells);
     if (row.group) {
         cairo_set_source_rgb(run.page, 0.94, 0.95, 0.96);
@@ -153,13 +153,13 @@ void put_row(Run& run, const Columns& columns, const Row& row, const Cells& cell
     rule(run, run.y, 0.3, 0.75);
 }
 
-double height_of_caption(const Run& run, const Table& table) {
+double height_of_caption(const Setting& run, const Table& table) {
     if (table.caption.empty()) return 0;
     return size_of(words(run, table.caption, {TEXT_SIZE, true}, ROOM)).height + 3;
 }
 
 // Of a row and of those that stay with it: behind a group's heading its first row, the last rows of a table together.
-double height_with_followers(const Run& run, const Table& table, const Columns& columns, std::size_t k) {
+double height_with_followers(const Setting& run, const Table& table, const Columns& columns, std::size_t k) {
     const std::size_t count = table.rows.size();
     std::size_t last = table.rows[k].group ? k + 1 : k;
     if (k + FEW_ROWS == count) last = count - 1;
@@ -170,7 +170,7 @@ double height_with_followers(const Run& run, const Table& table, const Columns& 
 
 }  // namespace
 
-double least_height(const Run& run, const Table& table) {
+double least_height(const Setting& run, const Table& table) {
     const Columns columns = columns_of(run, table);
     double height = height_of_caption(run, table) + head_of(run, table, columns).height;
     std::size_t rows = 0;
@@ -181,7 +181,7 @@ double least_height(const Run& run, const Table& table) {
     return height;
 }
 
-void set(Run& run, const Table& table) {
+void set(Setting& run, const Table& table) {
     const Columns columns = columns_of(run, table);
     const Head head = head_of(run, table, columns);
     need(run, least_height(run, table));
