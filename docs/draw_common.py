@@ -13,7 +13,7 @@ from matplotlib.patches import Arc, FancyArrowPatch, PathPatch, Polygon, Rectang
 from matplotlib.path import Path as Outline
 
 sys.path.insert(0, str(Path(__file__).parent.parent / "bindings" / "python"))
-import velquor  # noqa: E402
+from velquor import core  # noqa: E402
 
 LIBRARY, FOLDER = Path(sys.argv[1]).resolve(), Path(sys.argv[2])  # as draw.py is called
 
@@ -29,7 +29,7 @@ plt.rcParams.update({
 def calculate(nodes, elements, **given):
     """One call for a section of steel; a name in capitals sets its column, for all elements or for each."""
     material = {"EMOD": 210e3, "GMOD": 81e3, "FNEG": 235, "FPOS": 235} | given
-    return velquor.calculate(nodes, elements, velquor.property_table(len(elements), **material), library=LIBRARY)
+    return core.calculate(nodes, elements, core.property_table(len(elements), **material), library=LIBRARY)
 
 
 def shear_stress(section, case):

@@ -1,7 +1,7 @@
 """Drawings of the tables and of the slots."""
 from matplotlib.patches import Rectangle
 
-from draw_common import BLUE, GREEN, GREY, INK, RED, SAND, TINT, blank, save, strip, velquor
+from draw_common import BLUE, GREEN, GREY, INK, RED, SAND, TINT, blank, save, strip, core
 
 
 def draw_tables():
@@ -90,14 +90,14 @@ def draw_slots():
              "skew coefficients": (SAND, "RZ RY RV RU WR1 WR2")}
     color = {name: tone for tone, names in kinds.values() for name in names.split()}
     ax = blank(8.6, 4.3, (-0.6, 10.1), (-0.8, 6.4))
-    for k, name in enumerate(velquor.SLOTS):
+    for k, name in enumerate(core.SLOTS):
         x, y = k % 10, 5.4 - k // 10
         tone = color.get(name, RED)
         ax.add_patch(Rectangle((x, y), 1, 0.9, facecolor=TINT[tone], edgecolor=tone, linewidth=0.8))
         ax.text(x + 0.5, y + 0.33, name.replace("_NEG", "\n_NEG"), ha="center", va="center",
                 fontsize=8 if len(name) < 7 else 7, linespacing=0.95)
         ax.text(x + 0.05, y + 0.75, f"{k}", fontsize=7, color=GREY, va="center")
-        if k == velquor.MODE_SLOT:
+        if k == core.MODE_SLOT:
             ax.text(x + 0.95, y + 0.75, "in: mode", fontsize=6, color=INK, va="center", ha="right")
     x = 0
     for text, tone in [(name, tone) for name, (tone, _) in kinds.items()] + [("plastic", RED)]:

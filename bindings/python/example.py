@@ -1,7 +1,7 @@
 """A channel of three plates, flanges 80 x 10 and web 180 x 10 mm, from its nodes to its values. Units N, mm, kg."""
 import numpy as np
 
-import velquor
+from velquor import core
 
 SIDE = 2.5  # of the square elements: four layers through each plate
 y, z = np.meshgrid(np.arange(0, 80, SIDE), np.arange(-100, 100, SIDE))
@@ -11,9 +11,9 @@ y, z = y[steel], z[steel]  # the lower left corners of the elements
 corners = np.stack([y, z, y + SIDE, z, y + SIDE, z + SIDE, y, z + SIDE], axis=1)  # counter-clockwise
 nodes, numbers = np.unique(corners.reshape(-1, 2), axis=0, return_inverse=True)
 elements = 1 + numbers.reshape(-1, 4)
-props = velquor.property_table(len(elements), EMOD=210e3, GMOD=80.77e3, FNEG=235, FPOS=235, UNITWEIGHT=7.85e-6)
+props = core.property_table(len(elements), EMOD=210e3, GMOD=80.77e3, FNEG=235, FPOS=235, UNITWEIGHT=7.85e-6)
 
-section = velquor.calculate(nodes, elements, props)
+section = core.calculate(nodes, elements, props)
 
 print(f"{len(nodes)} nodes, {len(elements)} elements")
 print(f"A     {section.EA / section.EREF:10.1f} mm2")

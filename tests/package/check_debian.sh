@@ -54,7 +54,7 @@ expect "the runtime package holds" "$(dpkg-deb -c "$runtime" | awk '$1 !~ /^d/ {
     "$(printf "./$libdir/%s " libvelquor{-levels,}.so.{1,"$version"})./usr/share/doc/libvelquor1/copyright"
 for file in usr/include/velquor{,_levels}.h "$libdir"/{libvelquor{,-levels}.so,pkgconfig/velquor{,-levels}.pc} \
     "$libdir/cmake/velquor/velquor-config.cmake" \
-    usr/share/velquor/{python/velquor.py,python/example.py,fortran/velquor.f90,fortran/example.f90} \
+    usr/share/velquor/{python/velquor/{__init__,core}.py,python/example.py,fortran/velquor.f90,fortran/example.f90} \
     usr/share/doc/libvelquor-dev/{copyright,examples/ipe300.c}; do
     grep -qxF "./$file" "$scratch/files" || fail "no $file"
 done

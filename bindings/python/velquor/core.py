@@ -1,12 +1,14 @@
-"""Velquor from Python: numpy tables in, a record of named values and arrays out.
+"""The library on meshes: numpy tables in, a record of named values and arrays out.
 
-    props = velquor.property_table(len(elements), EMOD=210e3, GMOD=81e3, FNEG=235, FPOS=235)
-    section = velquor.calculate(nodes, elements, props)
+    from velquor import core
+
+    props = core.property_table(len(elements), EMOD=210e3, GMOD=81e3, FNEG=235, FPOS=235)
+    section = core.calculate(nodes, elements, props)
     print(section.EA, section.GJ, section.TAUY[e, p, 0])
 
-    section = velquor.calculate(nodes, elements, props, levels=3)  # the mesh, and twice every element in four
+    section = core.calculate(nodes, elements, props, levels=3)  # the mesh, and twice every element in four
     print(section.GJ, section.bounds.GJ)
-    for finding in velquor.check(nodes, elements, props):
+    for finding in core.check(nodes, elements, props):
         print(finding)  # ELEMENTS, row 5: is clockwise
 
 Names are those of the C headers, velquor.h and velquor_levels.h, which tell everything about each value. Nodes, elements
@@ -259,6 +261,37 @@ def check(nodes, elements, props, *, bars=None, groups=None, mode=None, library=
     return _find(library, *_tables(nodes, elements, props, bars, groups, mode, any_node=True))
 
 
+def find_refusal(nodes, elements, props, *, bars=None, groups=None, mode=None, library=None):
+    """The first `Finding` for which calculate() would refuse these tables, or None. Arguments are those of check()."""
+    found = check(nodes, elements, props, bars=bars, groups=groups, mode=mode, library=library)
+    return next((finding for finding in found if finding.is_error), None)
+
+
+def find_pieces(nodes, elements):
+    """For each element the number of the connected piece that it belongs to, (NELEMS), from 1 in the order of the rows.
+
+    Elements with a node in common are connected. Shear, torsion and warping of a section of several pieces are those of
+    pieces which do not hold one another. ValueError as calculate() has it. Needs no library.
+    """
+    nodes = _reals("nodes", nodes, 2)
+    corners = np.ascontiguousarray(_element_table(elements, 1, len(nodes)))
+    if len(corners) == 0:
+        return np.zeros(0, np.int64)
+    by_node = np.argsort(corners, axis=None, kind="stable")
+    starts = np.flatnonzero(np.diff(corners.ravel()[by_node], prepend=0))  # of each node that is used
+    used = np.searchsorted(corners.ravel()[by_node[starts]], corners)
+    piece = np.arange(len(corners))  # the lowest element of a piece, as far as it is known
+    while True:
+        nearest = np.minimum.reduceat(piece[by_node // 4], starts)[used].min(axis=1)
+        joined = np.flatnonzero(nearest < piece)
+        if len(joined) == 0:
+            return 1 + np.unique(piece, return_inverse=True)[1]
+        joined = joined[np.argsort(-nearest[joined], kind="stable")]  # of several the lowest is set last, and holds
+        piece[piece[joined]] = nearest[joined]
+        while (piece != piece[piece]).any():
+            piece = piece[piece]
+
+
 def _find(library, nodes, elements, props, bars, groups, mode):
     routines, count, found = load_levels(library), 100, ()
     while count > len(found):
@@ -293,7 +326,7 @@ def _tables(nodes, elements, props, bars, groups, mode, any_node=False):
         raise ValueError(f"props: {len(props)} rows for {len(elements)} elements")
     bars = np.zeros(0, BAR) if bars is None else _unmasked("bars", bars)
     if bars.dtype != BAR or bars.ndim != 1 or len(bars) > _LARGEST:
-        raise ValueError(f"bars: a one-dimensional array of velquor.BAR expected, not {bars.shape} of {bars.dtype}")
+        raise ValueError(f"bars: a one-dimensional array of velquor.core.BAR expected, not {bars.shape} of {bars.dtype}")
     if mode is None:  # without strengths no line is the plastic one
         strengths = props[:, COLUMNS.index("FNEG"):COLUMNS.index("FPOS") + 1]
         mode = PLASTIC if strengths.any() else ELASTIC
