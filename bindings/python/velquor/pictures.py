@@ -1,0 +1,147 @@
+"""Pictures of a section: its mesh and fields by matplotlib, and a table with a drawing for notebooks."""
+import base64
+import html
+import math
+import os
+import subprocess
+from typing import Any, Dict, List, Optional, Tuple
+
+import numpy as np
+
+from .requests import find_command, text_of
+from .results import Field, Fields, Section, SectionError, _unknown
+
+MAIN = ("A", "A_tr", "mass", "Iy", "Iz", "alpha", "Wel_y", "Wel_z", "It", "Wt", "Iw", "y_M", "z_M", "As_y", "As_z", "Wpl_y",
+        "Wpl_z", "Mpl_y", "Mpl_z")
+FILLS = ("#dbe7f3", "#e9edf0", "#f3e8d3", "#dcebe1", "#f6dfda")  # of materials
+INK, GREY = "#22303c", "#8a97a3"
+QUANTITIES = {"mises": "von Mises' stress", "shear": "shear stress", "axial": "axial stress"}
+
+
+def plot(section: Section, field: Optional[str], ax: Any, quantity: Optional[str]) -> Any:
+    try:
+        import matplotlib.pyplot as plt
+        from matplotlib.collections import LineCollection, PolyCollection
+        from matplotlib.tri import Triangulation
+    except ImportError as error:
+        raise ImportError("plot: matplotlib is needed; on Debian it is the package python3-matplotlib") from error
+
+    mesh, fields = section.mesh, section.fields
+    values, label = (None, "") if field is None else _values(section, field, quantity)
+    if ax is None:
+        ax = plt.subplots()[1]
+    if values is None:
+        material = fields.material[fields.elements - 1].min(axis=1)  # all corners are points of the element's own
+        ax.add_collection(PolyCollection(mesh.nodes[mesh.elements - 1], edgecolors=GREY, linewidths=0.4,
+                                         facecolors=[FILLS[m % len(FILLS)] for m in material]))
+    else:
+        places, colours, triangles = _triangles(fields, values)
+        if len(triangles):
+            top = np.abs(colours[triangles]).max()
+            low = -top if (colours[triangles] < 0).any() else 0
+            filled = ax.tripcolor(Triangulation(*places.T, triangles), np.nan_to_num(colours), shading="gouraud",
+                                  cmap="RdBu_r" if low < 0 else "viridis", vmin=low, vmax=top)
+            ax.figure.colorbar(filled, ax=ax, label=label)
+    ax.add_collection(LineCollection(mesh.nodes[_edges(fields) - 1], colors=INK, linewidths=0.9))
+    ax.set_aspect("equal")
+    ax.autoscale_view()
+    ax.margins(0.05)
+    ax.set_xlabel(f"y [{mesh.length}]")
+    ax.set_ylabel(f"z [{mesh.length}]")
+    ax.set_title(section.name if field is None else f"{section.name}: {field}")
+    return ax
+
+
+def _values(section: Section, name: str, quantity: Optional[str]) -> Tuple[np.ndarray, str]:
+    """At each point, and what they are."""
+    if name == "warping":
+        if section.fields.warping is None:
+            raise ValueError("warping: not of pieces that do not touch, and on the coarse mesh alone")
+        return section.fields.warping[:, 0], f"warping of a unit twist [{section.mesh.length}²]"
+    field: Field = section.field(name)
+    made: Dict[str, Optional[np.ndarray]] = {
+        "mises": field.mises, "shear": None if field.shear is None else np.hypot(*field.shear.T), "axial": field.axial}
+    known = [key for key, values in made.items() if values is not None]
+    wanted = quantity or known[0]
+    if wanted not in known:
+        raise ValueError(f"{_unknown('quantity', wanted, known)}: {name} makes {' and '.join(known)}")
+    return made[wanted], f"{QUANTITIES[wanted]} [{field.unit.replace('2', '²')}]"  # type: ignore[return-value]
+
+
+def _triangles(fields: Fields, values: np.ndarray) -> Tuple[np.ndarray, np.ndarray, np.ndarray]:
+    """Places, values and triangles, four about the centre of each element: either diagonal alone would show.
+
+    Triangles with a corner that has no value, beside re-entrant sharp corners, are left out.
+    """
+    corners = fields.elements - 1
+    last = np.where(corners[:, 3] == corners[:, 2], 2, 3)  # of triangles the repeated corner counts once
+    weights = np.ones(corners.shape)
+    weights[last == 2, 3] = 0
+    weights /= weights.sum(axis=1, keepdims=True)
+    places = np.vstack([fields.places, np.einsum("ec,ecx->ex", weights, fields.places[corners])])
+    colours = np.append(values, np.einsum("ec,ec->e", weights, np.nan_to_num(values)[corners]))
+    centre = len(values) + np.arange(len(corners))
+    triangles = np.stack([np.stack([corners[:, i], corners[:, (i + 1) % 4], centre], axis=1) for i in range(4)], axis=1)
+    is_there = np.stack([corners[:, i] != corners[:, (i + 1) % 4] for i in range(4)], axis=1)
+    triangles = triangles[is_there]
+    owners = np.nonzero(is_there)[0]
+    whole = np.isfinite(values[corners]).all(axis=1)  # or the centre has no value either
+    ends = np.isfinite(values[triangles[:, :2]]).all(axis=1)
+    return places, colours, triangles[ends & whole[owners]]
+
+
+def _edges(fields: Fields) -> np.ndarray:
+    """(k, 2) nodes from 1 of the edges of one element alone, and between materials: outlines."""
+    corners = fields.elements - 1
+    sides = np.stack([corners, np.roll(corners, -1, axis=1)], axis=2).reshape(-1, 2)  # by points: unlike between materials
+    sides = sides[sides[:, 0] != sides[:, 1]]
+    sides = np.sort(sides, axis=1)
+    alone, count = np.unique(sides, axis=0, return_counts=True)
+    return fields.node[alone[count == 1]]
+
+
+def html_of(section: Section) -> str:
+    """A table of the main values, or of all where few were wanted, beside the drawing; every text is escaped."""
+    entries = section.to_dict()["values"]
+    keys = list(entries) if len(entries) <= len(MAIN) else [key for key in MAIN if key in entries]
+    rows = []
+    for key in keys:
+        value, bound, unit = entries[key]["value"], section.bounds[key], html.escape(entries[key]["unit"])
+        texts = [key, "–" if value is None else f"{value:.6g}", "" if value is None else _bound_text(bound)]
+        cells = "".join(f'<td style="text-align:{side}">{html.escape(text)}</td>' for side, text in
+                        zip(("left", "right", "left"), texts))
+        why = f' title="{html.escape(entries[key]["reason"])}"' if "reason" in entries[key] else ""
+        unit = unit[:-1] + f"<sup>{unit[-1]}</sup>" if unit[-1:].isdigit() else unit
+        rows.append(f'<tr{why}>{cells}<td style="text-align:left">{unit}</td></tr>')
+    picture = _drawing(section)
+    shown = "" if not picture else (f'<img style="max-width:360px;height:auto" alt="{html.escape(section.name)}" '
+                                    f'src="data:image/svg+xml;base64,{base64.b64encode(picture).decode()}">')
+    heads = "".join(f'<th style="text-align:{side}">{text}</th>' for side, text in
+                    (("left", "value"), ("right", ""), ("left", "bound"), ("left", "unit")))
+    return (f'<div><strong>{html.escape(section.name)}</strong><div style="display:flex;flex-wrap:wrap;gap:2em;'
+            f'align-items:flex-start"><table><thead><tr>{heads}</tr></thead><tbody>{"".join(rows)}</tbody></table>{shown}'
+            "</div></div>")
+
+
+def _bound_text(bound: float) -> str:
+    return "exact" if bound == 0 else "± ?" if math.isinf(bound) else f"± {bound:.1g}"
+
+
+def _drawing(section: Section) -> bytes:
+    """By velquor draw; nothing where there is no command, or it cannot."""
+    request, settings = section._request, section._settings
+    if "drawing" in section._kept:
+        return section._kept["drawing"]
+    shape: List[str] = []
+    for name, value in request.get("parameters", {}).items():
+        shape += [f"--{name}", repr(float(value))]
+    what = [request["name"]] if "name" in request else ["--shape", request["shape"], *shape] if "shape" in request else ["-"]
+    try:
+        done = subprocess.run([find_command(settings.command), "draw", *what, "--field", "outline"], capture_output=True,
+                              input=text_of(request["section"]).encode() if "section" in request else b"",
+                              timeout=settings.timeout, cwd=settings.files or os.sep, check=True)
+        picture = done.stdout
+    except (OSError, SectionError, subprocess.SubprocessError):
+        picture = b""
+    section._kept["drawing"] = picture
+    return picture

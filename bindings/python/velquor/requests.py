@@ -1,0 +1,101 @@
+"""What a caller means by a section, as a request of docs/protocol.md; and where the command is."""
+import json
+import os
+import shutil
+from pathlib import Path
+from typing import Any, Dict, Iterable, Mapping, Optional, Sequence, Union
+
+from .results import SectionError
+
+Source = Union[str, "os.PathLike[str]", Mapping[str, Any]]  # a profile's name, a file, a section or a request
+Units = Union[None, str, Sequence[str], Mapping[str, str]]
+
+MESHES = (".msh", ".bdf", ".nas", ".unv", ".vtk", ".mesh", ".stl")
+FILES = (".json", ".dxf", *MESHES)
+OF_SECTIONS = ("materials", "parts", "mesh", "drawing", "bars")  # keys by which a section is told from a request
+
+
+def find_command(command: Optional[str] = None) -> str:
+    """The program's path. Throws OSError where there is none."""
+    wanted = os.fspath(command or os.environ.get("VELQUOR_COMMAND") or "")
+    installed = Path(__file__).resolve().parent / "../../../../bin/velquor"  # of share/velquor/python/velquor
+    found = shutil.which(wanted) if wanted else shutil.which(installed) or shutil.which("velquor")
+    if not found:
+        raise FileNotFoundError(f"velquor: no command {wanted or 'velquor'}; install the package velquor, or set "
+                                "VELQUOR_COMMAND to the program, or give it as `command`")
+    return os.path.abspath(found)
+
+
+def is_file(source: Source) -> bool:
+    return isinstance(source, os.PathLike) or isinstance(source, str) and source.lower().endswith(FILES)
+
+
+def read(path: "os.PathLike[str] | str") -> Any:
+    try:
+        return json.loads(Path(path).read_text(encoding="utf-8"))
+    except OSError as error:
+        raise SectionError("refused", "", f"{path}: cannot be read: {error.strerror}") from error
+    except (ValueError, RecursionError) as error:
+        raise SectionError("refused", "", f"{path}: {error}", "a section file is JSON") from error
+
+
+def request_of(source: Source, wishes: Mapping[str, Any], materials: Any = None, relative: bool = False) -> Dict[str, Any]:
+    """The request, which has the wishes where the source has none of its own.
+
+    A file's path stands in the request as it was given, or, if `relative`, without its folder.
+    """
+    if isinstance(source, Mapping):
+        is_request = "section" in source or "shape" in source or not any(key in source for key in OF_SECTIONS)
+        return {**wishes, **source} if is_request else {**wishes, "section": source}
+    if not isinstance(source, (str, os.PathLike)):
+        raise SectionError("request", "", f"{type(source).__name__} is no section",
+                           "give a profile's name, a file's path or a dictionary")
+    if not is_file(source):
+        return {**wishes, "name": source}
+    path = Path(os.fspath(source))
+    if path.suffix.lower() == ".json":
+        section = read(path)
+    else:
+        given = read(materials) if isinstance(materials, (str, os.PathLike)) else materials
+        if given is None:
+            raise SectionError("refused", "materials", "a mesh or a drawing has none",
+                               "give materials=, a list as in section files, or such a file's path")
+        given = dict(given) if isinstance(given, Mapping) else {"materials": given}
+        kind = "drawing" if path.suffix.lower() == ".dxf" else "mesh"
+        section = {**given, kind: {**given.get(kind, {}), "file": path.name if relative else str(path)}}
+    if isinstance(section, dict) and "name" not in section:
+        section = {"name": path.stem, **section}
+    return {**wishes, "section": section}
+
+
+def wishes_of(units: Units = None, accuracy: Optional[float] = None, levels: Optional[int] = None,
+              size: Optional[float] = None, values: Union[None, str, Iterable[str]] = None,
+              loads: Optional[str] = None) -> Dict[str, Any]:
+    """The keys of a request that say how, of those that are given."""
+    if isinstance(units, str):
+        units = {"length": units}
+    elif units is not None and not isinstance(units, Mapping):
+        units = dict(zip(("length", "force"), units))
+    if values is not None:
+        values = [values] if isinstance(values, str) else list(values)
+    given = {"units": units, "accuracy": accuracy, "levels": levels, "size": size, "values": values, "loads": loads}
+    return {key: value for key, value in given.items() if value is not None}
+
+
+def text_of(value: Mapping[str, Any]) -> str:
+    """One line of JSON. Throws SectionError where it cannot be."""
+    try:
+        text = json.dumps(value, ensure_ascii=False, allow_nan=False, default=_plain)
+        text.encode("utf-8")
+        return text
+    except (TypeError, ValueError, RecursionError) as error:
+        raise SectionError("request", "", f"cannot be written as JSON: {error}",
+                           "numbers are finite, keys and texts are Unicode") from error
+
+
+def _plain(value: Any) -> Any:
+    if isinstance(value, Mapping):
+        return dict(value)
+    if hasattr(value, "tolist"):  # of numpy
+        return value.tolist()
+    raise TypeError(f"{type(value).__name__} is none of JSON's types")
