@@ -13,7 +13,7 @@ from .results import Field, Fields, Section, SectionError, _unknown
 
 MAIN = ("A", "A_tr", "mass", "Iy", "Iz", "alpha", "Wel_y", "Wel_z", "It", "Wt", "Iw", "y_M", "z_M", "As_y", "As_z", "Wpl_y",
         "Wpl_z", "Mpl_y", "Mpl_z")
-FILLS = ("#dbe7f3", "#e9edf0", "#f3e8d3", "#dcebe1", "#f6dfda")  # of materials
+FILLS = ("#dbe7f3", "#f3e8d3", "#dcebe1", "#f6dfda", "#e9edf0")  # of materials
 INK, GREY = "#22303c", "#8a97a3"
 QUANTITIES = {"mises": "von Mises' stress", "shear": "shear stress", "axial": "axial stress"}
 
@@ -107,14 +107,14 @@ def html_of(section: Section) -> str:
     rows = []
     for key in keys:
         value, bound, unit = entries[key]["value"], section.bounds[key], html.escape(entries[key]["unit"])
-        texts = [key, "–" if value is None else f"{value:.6g}", "" if value is None else _bound_text(bound)]
+        texts = [key, *(("–", "") if value is None else _texts(value, bound))]
         cells = "".join(f'<td style="text-align:{side}">{html.escape(text)}</td>' for side, text in
                         zip(("left", "right", "left"), texts))
         why = f' title="{html.escape(entries[key]["reason"])}"' if "reason" in entries[key] else ""
-        unit = unit[:-1] + f"<sup>{unit[-1]}</sup>" if unit[-1:].isdigit() else unit
+        unit = unit[:-1] + f'<sup style="line-height:0">{unit[-1]}</sup>' if unit[-1:].isdigit() else unit
         rows.append(f'<tr{why}>{cells}<td style="text-align:left">{unit}</td></tr>')
     picture = _drawing(section)
-    shown = "" if not picture else (f'<img style="max-width:360px;height:auto" alt="{html.escape(section.name)}" '
+    shown = "" if not picture else (f'<img style="max-width:480px;height:auto;background:#fff" alt="{html.escape(section.name)}" '
                                     f'src="data:image/svg+xml;base64,{base64.b64encode(picture).decode()}">')
     heads = "".join(f'<th style="text-align:{side}">{text}</th>' for side, text in
                     (("left", "value"), ("right", ""), ("left", "bound"), ("left", "unit")))
@@ -123,8 +123,11 @@ def html_of(section: Section) -> str:
             "</div></div>")
 
 
-def _bound_text(bound: float) -> str:
-    return "exact" if bound == 0 else "± ?" if math.isinf(bound) else f"± {bound:.1g}"
+def _texts(value: float, bound: float) -> Tuple[str, str]:
+    """Six digits at most, and none behind the first of the bound."""
+    if bound == 0 or math.isinf(bound):
+        return f"{value:.6g}", "± ?" if bound else "exact"
+    return f"{round(value, -math.floor(math.log10(bound))) + 0.0:.6g}", f"± {bound:.1g}"
 
 
 def _drawing(section: Section) -> bytes:

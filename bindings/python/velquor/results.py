@@ -75,7 +75,8 @@ class Mesh:
 class Field:
     """Stresses at the points of a mesh under a load set, or under one of the unit loads, 1 in the section's own units.
 
-    None is what the load does not make. Shear is no number at sharp re-entrant corners, where it has no limit.
+    None is what the load does not make. Shear and von Mises' stress are no numbers at sharp re-entrant corners, where they
+    have no limit.
     """
     name: str
     unit: str                       # of stresses, as "N/mm2"
@@ -113,9 +114,9 @@ class Fields(Mapping[str, Field]):
         column = next((column for column in (f"unit {name}", name) if column in self._names()), None)
         if column is None:
             raise KeyError(_unknown("load", name, self))
-        y, z = (self.columns.get(f"{column} shear {axis}") for axis in "yz")
-        return Field(name, self.unit, self.columns.get(f"{column} axial"), None if y is None else np.stack([y, z], axis=1),
-                     self.columns.get(f"{column} von Mises"))
+        axial, y, z, mises = (self.columns.get(f"{column} {end}") for end in ("axial", "shear y", "shear z", "von Mises"))
+        shear = None if y is None else np.where(self.sharp[:, None], np.nan, np.stack([y, z], axis=1))
+        return Field(name, self.unit, axial, shear, None if mises is None else np.where(self.sharp, np.nan, mises))
 
 
 class Section:
