@@ -55,7 +55,7 @@ library refines the mesh, and gives each value a bound for its error.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME ${development_package})
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "python3-numpy, gfortran")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "velquor, python3-numpy, python3-matplotlib, python3-distributed, gfortran")
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)  # on the runtime package of the very same version
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "characteristics of beam cross-sections, development files

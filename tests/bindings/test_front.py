@@ -181,9 +181,12 @@ class Errors(unittest.TestCase):
 
     def test_findings_are_those_of_the_command(self):
         self.assertEqual(velquor.check(plate()), [])
-        error, = velquor.check({**plate(), "parts": [{"shape": "circel", "parameters": {"d": 1}}]})
+        wrong = {**plate(), "parts": [{"shape": "circel", "parameters": {"d": 1}}]}
+        error, = velquor.check(wrong)
         self.assertEqual((error["severity"], error["place"], error["remedy"]),
                          ("error", "parts[0].shape", 'did you mean "circle"?'))
+        done = subprocess.run([COMMAND, "check", "-"], input=json.dumps(wrong), capture_output=True, encoding="utf-8")
+        self.assertEqual(done.stdout, f"-: {error['place']}: {error['message']}; {error['remedy']}\n")
         self.assertEqual(velquor.check(SECTIONS / "encased.json"), velquor.check(str(SECTIONS / "encased.json")))
 
 

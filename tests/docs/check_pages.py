@@ -4,12 +4,13 @@
 
 Blocks of the kind `console` show commands, each behind "$ ", and what these print: they are run, a page's one after the
 other in a folder of the page, in which stand the examples and the files that the page shows under their names
-(<!-- file beam.json -->). A line "..." stands for any lines. Words are compared; numbers, which depend on the mesh, to
+(<!-- file beam.json -->). Programs in Python find the package; without Dask its page is left out. A line "..." stands for any lines. Words are compared; numbers, which depend on the mesh, to
 PRECISION; bounds and counts of nodes not at all.
 """
 import json
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -75,16 +76,19 @@ def shows(quoted, printed):
 
 
 def run(command, folder):
-    path = os.pathsep.join((tool, os.environ["PATH"]))
-    return subprocess.run(["bash", "-c", command], cwd=folder, env={**os.environ, "PATH": path}, encoding="utf-8",
+    path = os.pathsep.join((tool, "/usr/bin", os.environ["PATH"]))  # the interpreter that has Debian's packages
+    environment = {**os.environ, "PATH": path, "PYTHONPATH": str(root / "bindings/python"), "PYTHONDONTWRITEBYTECODE": "1"}
+    return subprocess.run(["bash", "-c", command], cwd=folder, env=environment, encoding="utf-8",
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60).stdout.splitlines()
 
 
 commands = 0
 for page in pages if tool else ():
+    if page.name == "cluster.md" and not shutil.which("dask-worker"):
+        continue
     with tempfile.TemporaryDirectory() as folder:
         (Path(folder) / "examples").symlink_to(root / "examples")
-        block = r"(?:<!-- file (\S+) -->\n)?```(json|console)\n(.*?)\n```"
+        block = r"(?:<!-- file (\S+) -->\n)?```(json|python|console)\n(.*?)\n```"
         for name, kind, text in re.findall(block, page.read_text(), re.DOTALL):
             if name:
                 (Path(folder) / name).write_text(text + "\n")

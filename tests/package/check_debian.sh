@@ -54,7 +54,8 @@ expect "the runtime package holds" "$(dpkg-deb -c "$runtime" | awk '$1 !~ /^d/ {
     "$(printf "./$libdir/%s " libvelquor{-levels,}.so.{1,"$version"})./usr/share/doc/libvelquor1/copyright"
 for file in usr/include/velquor{,_levels}.h "$libdir"/{libvelquor{,-levels}.so,pkgconfig/velquor{,-levels}.pc} \
     "$libdir/cmake/velquor/velquor-config.cmake" \
-    usr/share/velquor/{python/velquor/{__init__,core}.py,python/example.py,fortran/velquor.f90,fortran/example.f90} \
+    usr/share/velquor/python/velquor/{{__init__,cluster,core,front,pictures,requests,results,workers}.py,py.typed} \
+    usr/share/velquor/{python/example.py,fortran/velquor.f90,fortran/example.f90} \
     usr/share/doc/libvelquor-dev/{copyright,examples/ipe300.c}; do
     grep -qxF "./$file" "$scratch/files" || fail "no $file"
 done
@@ -84,5 +85,9 @@ grep -qF "set(PACKAGE_VERSION \"$version\")" "$scratch/tree/$libdir/cmake/velquo
 "$tests/bindings/check_fortran.sh" "$scratch/tree/$libdir/libvelquor.so" \
     "$(pkg-config --variable=fortrandir velquor)/.."
 LD_LIBRARY_PATH=$scratch/tree/$libdir "$python" -B "$(pkg-config --variable=pythondir velquor)/example.py"
+[ "$kit" = 0 ] || [ "$(env -u VELQUOR_COMMAND LD_LIBRARY_PATH="$scratch/tree/$libdir" \
+    PYTHONPATH="$(pkg-config --variable=pythondir velquor)" "$python" -B -c 'import velquor
+print(velquor.section("IPE 300", values=["A"], levels=1))')" = "<velquor.Section 'IPE 300': A 5381.2 mm2>" ] ||
+    fail "the package for Python, or the command beside it"
 [ "$kit" = 0 ] || LD_LIBRARY_PATH=$scratch/tree/$libdir "$tests/package/build_kit_host.sh" "$cmake" "$scratch/tree/usr" \
     "$scratch/kit"

@@ -7,16 +7,12 @@ import pathlib
 import resource
 import signal
 import subprocess
-import sys
 import tempfile
 import time
 import unittest
 import xml.etree.ElementTree
 
 ROOT = pathlib.Path(__file__).parents[2]
-sys.path.insert(0, str(ROOT / "bindings" / "python"))
-import velquor_section  # noqa: E402
-
 COMMAND = os.environ["VELQUOR_COMMAND"]
 T_BEAM = str(ROOT / "examples" / "sections" / "t_beam.json")
 SQUARE = {"name": "square", "materials": [{"name": "steel", "E": 210000}],
@@ -303,28 +299,6 @@ class Meshes(unittest.TestCase):
                 done = run(*arguments, cwd=self.folder.name)
                 self.assertEqual(done.returncode, 1)
                 self.assertIn(message, done.stderr)
-
-
-class Python(unittest.TestCase):
-    def test_values_and_faults(self):
-        self.assertAlmostEqual(velquor_section.calc(SQUARE, units="cm")["values"]["A"]["value"], 1)
-        self.assertEqual(velquor_section.calc("IPE 300")["name"], "IPE 300")
-        with self.assertRaises(velquor_section.SectionError) as raised:
-            velquor_section.calc(WRONG)
-        fault = raised.exception
-        self.assertEqual((fault.place, fault.fault, fault.remedy, fault.status),
-                         ("parts[0].shape", 'unknown shape "circel"', 'did you mean "circle"?', 1))
-        with self.assertRaisesRegex(velquor_section.SectionError, "^--units: unknown unit"):
-            velquor_section.calc(SQUARE, units="mn")
-
-    def test_findings_are_the_words_of_the_command(self):
-        self.assertEqual(velquor_section.check(SQUARE), [])
-        error, = velquor_section.check(WRONG)
-        self.assertEqual(error["severity"], "error")
-        done = run("check", "-", text=json.dumps(WRONG))
-        self.assertEqual(done.returncode, 1)
-        self.assertEqual(done.stdout, f"-: {error['place']}: {error['message']}; {error['remedy']}\n")
-        self.assertEqual(run("check", "-", text=json.dumps(SQUARE)).stdout, "-: nothing found\n")
 
 
 def fits(value, schema, root):
