@@ -178,6 +178,8 @@ class Errors(unittest.TestCase):
             velquor.batch([], command="/missing")
         with program("sys.exit('velquor: unknown option')") as command, self.assertRaisesRegex(OSError, "unknown option$"):
             velquor.section("IPE 300", command=command)
+        with program("print('hello', flush=True)\nsys.stdin.read()") as command, self.assertRaisesRegex(OSError, "no answers"):
+            velquor.section("IPE 300", command=command)
 
     def test_findings_are_those_of_the_command(self):
         self.assertEqual(velquor.check(plate()), [])

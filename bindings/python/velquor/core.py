@@ -25,6 +25,7 @@ import functools
 import operator
 import os
 from dataclasses import dataclass, field, fields
+from typing import Optional, Sequence
 
 import numpy as np
 
@@ -58,8 +59,8 @@ _LARGEST = 2**31 - 1  # 32-bit integer
 
 class Error(Exception):
     """No results. `status` is the library's answer."""
-    status = None
-    findings = ()
+    status: Optional[int] = None
+    findings: Sequence["Finding"] = ()
     meaning = "unknown status"
 
 
@@ -161,9 +162,9 @@ class Section:
     TAUZ: np.ndarray = field(repr=False)  # (NELEMS, 4, 4)  along Z; cases torque, shear along u, v, warping shear
     SIGMA: np.ndarray = field(repr=False)  # (NELEMS, 4, 4)  axial stress; cases normal force, two moments, bimoment
     bars: np.ndarray = field(repr=False)  # (NPOINTS)  the bars with their results, of dtype BAR
-    bounds: "Bounds" = field(default=None, repr=False)  # of each slot by its name: the limit lies within value -+ bound
-    levels: int = None  # that went well
-    sharp: np.ndarray = field(default=None, repr=False)  # (NNODES)  True where shear stresses have no limit
+    bounds: Optional["Bounds"] = field(default=None, repr=False)  # of each slot by its name: the limit lies within value -+ bound
+    levels: Optional[int] = None  # that went well
+    sharp: Optional[np.ndarray] = field(default=None, repr=False)  # (NNODES)  True where shear stresses have no limit
 
 
 SLOTS = tuple(slot.name for slot in fields(Section) if slot.type is float)

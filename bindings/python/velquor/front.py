@@ -105,6 +105,7 @@ def answer_to(request: Mapping[str, Any], settings: workers.Settings) -> Dict[st
     (_, answer), = workers.stream(settings, iter([(0, request)]), any_jobs=True)
     if isinstance(answer, SectionError):
         raise answer
+    assert isinstance(answer, dict)
     if "error" in answer:
         raise SectionError(**answer["error"])
     return {key: value for key, value in answer.items() if key != "id"}

@@ -19,14 +19,14 @@ def find_command(command: Optional[str] = None) -> str:
     """The program's path. Throws OSError where there is none."""
     wanted = os.fspath(command or os.environ.get("VELQUOR_COMMAND") or "")
     installed = Path(__file__).resolve().parent / "../../../../bin/velquor"  # of share/velquor/python/velquor
-    found = shutil.which(wanted) if wanted else shutil.which(installed) or shutil.which("velquor")
+    found = shutil.which(wanted) if wanted else shutil.which(str(installed)) or shutil.which("velquor")
     if not found:
         raise FileNotFoundError(f"velquor: no command {wanted or 'velquor'}; install the package velquor, or set "
                                 "VELQUOR_COMMAND to the program, or give it as `command`")
     return os.path.abspath(found)
 
 
-def is_file(source: Source) -> bool:
+def is_file(source: Optional[Source]) -> bool:
     return isinstance(source, os.PathLike) or isinstance(source, str) and source.lower().endswith(FILES)
 
 

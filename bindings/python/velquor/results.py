@@ -115,7 +115,7 @@ class Fields(Mapping[str, Field]):
         if column is None:
             raise KeyError(_unknown("load", name, self))
         axial, y, z, mises = (self.columns.get(f"{column} {end}") for end in ("axial", "shear y", "shear z", "von Mises"))
-        shear = None if y is None else np.where(self.sharp[:, None], np.nan, np.stack([y, z], axis=1))
+        shear = None if y is None or z is None else np.where(self.sharp[:, None], np.nan, np.stack([y, z], axis=1))
         return Field(name, self.unit, axial, shear, None if mises is None else np.where(self.sharp, np.nan, mises))
 
 
@@ -196,7 +196,7 @@ class Section:
         """Of a unit load, one of N, My, Mz, B, T, Vy, Vz, Tw, or of a load set by its name."""
         if name in self.fields:
             return self.fields[name]
-        sets = self._fetched("sets")[1] if self._load_sets() else {}
+        sets: Mapping[str, Field] = self._fetched("sets")[1] if self._load_sets() else {}
         if name not in sets:
             raise KeyError(_unknown("load", name, [*self.fields, *sets]))
         return sets[name]

@@ -52,7 +52,7 @@ class _Pool:
         self._jobs: Dict[int, _Job] = {}  # not answered yet
         self._queue: "collections.deque[int]" = collections.deque()  # not handed over yet
         self._sent: List[int] = []  # handed over, dropped ones among them
-        self._process: Optional["subprocess.Popen[bytes]"] = None
+        self._process: Any = None  # subprocess.Popen
         self._wake = os.pipe()
         for end in self._wake:
             os.set_blocking(end, False)
@@ -113,7 +113,11 @@ class _Pool:
                 except OSError as error:
                     self._fail(error)
                     continue
-                has_answered = self._serve(self._process)
+                try:
+                    has_answered = self._serve(self._process)
+                except (ValueError, AttributeError) as error:
+                    has_answered = True
+                    self._fail(OSError(f"velquor: {self.settings.command} worker gives no answers: {error}"))
                 status = self._end(self._process)
                 self._process = None
                 self._messages.seek(max(0, self._messages.seek(0, os.SEEK_END) - 2000))
@@ -124,10 +128,10 @@ class _Pool:
         for end in self._wake:
             os.close(end)
 
-    def _start(self) -> "subprocess.Popen[bytes]":
+    def _start(self) -> Any:
         s = self.settings
         files = [] if s.files is None else ["--files", s.files]
-        process = subprocess.Popen(
+        process: Any = subprocess.Popen(
             [s.command, "worker", "--jobs", str(s.jobs), "--timeout", f"{s.timeout:.15g}", "--memory", f"{s.memory:.15g}",
              *files], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self._messages, bufsize=0,
             start_new_session=True)  # Ctrl-C is for this process alone
@@ -135,9 +139,11 @@ class _Pool:
             os.set_blocking(stream.fileno(), False)
         return process
 
-    def _serve(self, process: "subprocess.Popen[bytes]") -> bool:
+    def _serve(self, process: Any) -> bool:
         """Writes and reads until the supervisor ends or the pool is closed. Returns whether it has answered at all."""
-        out, begun, nameless, answered = bytearray(), [], [], False
+        out, answered = bytearray(), False
+        begun: List[bytes] = []  # of a line
+        nameless: List[Dict[str, Any]] = []
         with selectors.PollSelector() as selector:
             selector.register(self._wake[0], selectors.EVENT_READ)
             selector.register(process.stdout, selectors.EVENT_READ)
@@ -220,7 +226,7 @@ class _Pool:
             self._queue.clear()
             self._sent = []
 
-    def _end(self, process: "subprocess.Popen[bytes]") -> int:
+    def _end(self, process: Any) -> int:
         """Ends the supervisor, which has a process group of its own, and all that is left of the group."""
         process.stdin.close()
         process.stdout.close()
@@ -267,7 +273,8 @@ def stream(settings: Settings, requests: Iterator[Tuple[Any, Union[Mapping[str, 
     pool = _acquire(settings, any_jobs)
     try:
         inbox: "queue.SimpleQueue[Tuple[Any, Answer]]" = queue.SimpleQueue()
-        most, given, is_more = 4 * pool.settings.jobs + 4, {}, True
+        most, is_more = 4 * pool.settings.jobs + 4, True
+        given: Dict[Any, int] = {}
         while is_more or given:
             while is_more and len(given) < most:
                 tag, request = next(requests, (None, None))
