@@ -130,7 +130,8 @@ class OnACluster(unittest.TestCase):
 
     def test_what_is_no_request_and_what_no_worker_survives(self):
         results = list(velquor.batch([7, {"name": float("inf")}, "IPE 80"], client=self.client, levels=1, chunk=2))
-        self.assertEqual({result.index: getattr(result, "kind", "") for result in results}, {0: "request", 1: "request", 2: ""})
+        kinds = {result.index: getattr(result, "kind", "") for result in results}
+        self.assertEqual(kinds, {0: "request", 1: "request", 2: ""})
         with self.assertRaisesRegex(OSError, "no command /missing"):
             list(velquor.batch(["IPE 80"], client=self.client, command="/missing", retries=0))
         with tempfile.TemporaryDirectory() as folder:  # ends the Dask worker in the place of velquor

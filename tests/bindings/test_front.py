@@ -54,10 +54,11 @@ def children():
     return found
 
 
-def python(script, *arguments, **more):
+def python(script, **more):
     """Runs a script that has `velquor`, with every warning an error."""
-    begin = f"import os, signal, sys, threading, time\nsys.path.insert(0, {str(ROOT / 'bindings' / 'python')!r})\nimport velquor\n"
-    return subprocess.run([sys.executable, "-B", "-X", "dev", "-W", "error", "-c", begin + script, *arguments], timeout=60,
+    begin = "import os, signal, sys, threading, time\n"
+    begin += f"sys.path.insert(0, {str(ROOT / 'bindings' / 'python')!r})\nimport velquor\n"
+    return subprocess.run([sys.executable, "-B", "-X", "dev", "-W", "error", "-c", begin + script], timeout=60,
                           capture_output=True, encoding="utf-8", **more)
 
 
@@ -76,7 +77,8 @@ class Values(unittest.TestCase):
         shape = {"h": 300, "b": 150, "tw": 7.1, "tf": 10.7, "r": 15}
         cases = (
             (velquor.section("IPE 300"), ["IPE 300"]),
-            (velquor.section("IPE 300", units=("cm", "kN"), levels=2), ["IPE 300", "--units", "cm", "--force", "kN", "--levels", 2]),
+            (velquor.section("IPE 300", units=("cm", "kN"), levels=2),
+             ["IPE 300", "--units", "cm", "--force", "kN", "--levels", 2]),
             (velquor.section(SECTIONS / "t_beam.json", accuracy=0.05, units="cm"),
              [SECTIONS / "t_beam.json", "--accuracy", 0.05, "--units", "cm"]),
             (velquor.section(str(SECTIONS / "encased.json"), size=40), [SECTIONS / "encased.json", "--size", 40]),
@@ -197,7 +199,8 @@ class OverTheMesh(unittest.TestCase):
         """Of what the points have, by the mean of corners and the area of each element, cut in two triangles."""
         y, z = np.moveaxis(section.fields.places[section.fields.elements - 1], 2, 0)
         cut = [(0, 1, 2), (0, 2, 3)]
-        areas = [0.5 * ((y[:, b] - y[:, a]) * (z[:, c] - z[:, a]) - (y[:, c] - y[:, a]) * (z[:, b] - z[:, a])) for a, b, c in cut]
+        areas = [0.5 * ((y[:, b] - y[:, a]) * (z[:, c] - z[:, a]) - (y[:, c] - y[:, a]) * (z[:, b] - z[:, a]))
+                 for a, b, c in cut]
         corners = values[section.fields.elements - 1]
         return sum((corners[:, list(t)].mean(axis=1) * area).sum() for t, area in zip(cut, areas))
 
@@ -209,7 +212,8 @@ class OverTheMesh(unittest.TestCase):
             self.assertEqual((mesh.length, fields.unit), ("mm", "N/mm2"))
             self.assertEqual((mesh.nodes.shape[1], mesh.elements.shape, len(mesh.parts)),
                              (2, (len(fields.elements), 4), len(fields.elements)))
-            self.assertAlmostEqual(self.integral(section, np.ones(len(fields.node))) / area, 1, delta=0.003)  # straight sides in arcs
+            ones = np.ones(len(fields.node))
+            self.assertAlmostEqual(self.integral(section, ones) / area, 1, delta=0.003)  # straight sides in arcs
             np.testing.assert_allclose(fields["N"].axial, 1 / area, rtol=1e-4)
             np.testing.assert_allclose(np.abs(fields["My"].axial), np.abs(fields.places[:, 1]) / iy, rtol=1e-4, atol=1e-11)
             self.assertAlmostEqual(self.integral(section, fields["Vz"].shear[:, 1]), 1, 2)
@@ -336,14 +340,14 @@ class Batches(unittest.TestCase):
         first = [next(iterator) for _ in range(30)]
         self.assertEqual(len({result.index for result in first}), 30)
         iterator.close()
+        pool, = workers._pools.values()
+        self.assertEqual((pool.users, pool._jobs), (0, {}))
         self.assertLess(next(read), 50)
         supervisor = children()
         start = time.monotonic()
         self.assertEqual([result.name for result in velquor.batch(["IPE 300"], jobs=2, **QUICK)], ["IPE 300"])
         self.assertLess(time.monotonic() - start, 20)
         self.assertEqual(children(), supervisor)
-        pool, = workers._pools.values()
-        self.assertEqual((pool.users, pool._jobs), (0, {}))
 
     def test_what_the_source_raises_ends_it(self):
         iterator = velquor.batch(("IPE 80" if k < 3 else 1 / 0 for k in itertools.count()), **QUICK)
@@ -370,14 +374,15 @@ class Batches(unittest.TestCase):
         self.assertEqual(len(children()), 1)
 
     def test_survive_the_end_of_the_supervisor(self):
-        iterator = velquor.batch((plate(10 + k) for k in range(200)), jobs=2, **QUICK)
-        results = [next(iterator) for _ in range(20)]
+        iterator = velquor.batch((plate(10 + k) for k in range(80)), jobs=2, levels=4, values=["A"])
+        results = [next(iterator)]
         killed, = children()
         inner = [int(p) for p in pathlib.Path(f"/proc/{killed}/task/{killed}/children").read_text().split()]
         self.assertEqual(len(inner), 2)
+        results += [next(iterator) for _ in range(20)]  # at each of which more is handed over
         os.kill(killed, signal.SIGKILL)
         results += iterator
-        self.assertEqual(sorted(result.index for result in results), list(range(200)))
+        self.assertEqual(sorted(result.index for result in results), list(range(80)))
         for result in results:
             self.assertAlmostEqual(result.A, 20 * (10 + result.index))
         self.assertEqual(len(children()), 1)  # the new one; the other has been waited for
@@ -452,7 +457,8 @@ class Ends(unittest.TestCase):
         self.fail("workers are left")
 
     def test_at_exit_in_the_middle_nothing_is_left_and_nothing_said(self):
-        for last in "", "threading.Thread(target=lambda: next(velquor.batch(['IPE 80'])), daemon=True).start()\n", "del many\n":
+        thread = "threading.Thread(target=lambda: next(velquor.batch(['IPE 80'])), daemon=True).start()\n"
+        for last in "", thread, "del many\n":
             start = time.monotonic()
             done = python(self.LONG + self.SHOW + last)
             self.assertEqual((done.returncode, done.stderr), (0, ""))

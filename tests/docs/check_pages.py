@@ -4,8 +4,8 @@
 
 Blocks of the kind `console` show commands, each behind "$ ", and what these print: they are run, a page's one after the
 other in a folder of the page, in which stand the examples and the files that the page shows under their names
-(<!-- file beam.json -->). Programs in Python find the package; without Dask its page is left out. A line "..." stands for any lines. Words are compared; numbers, which depend on the mesh, to
-PRECISION; bounds and counts of nodes not at all.
+(<!-- file beam.json -->). Programs in Python find the package; without Dask its page is left out. A line "..." stands for
+any lines. Words are compared; numbers, which depend on the mesh, to PRECISION; bounds and counts of nodes not at all.
 """
 import json
 import os

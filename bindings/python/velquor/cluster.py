@@ -51,7 +51,8 @@ def stream(client: Any, size: int, retries: int, settings: workers.Settings,
             client.cancel(list(under_way))
 
 
-def answers_of(settings: workers.Settings, requests: List[Tuple[int, Mapping[str, Any]]]) -> List[Tuple[int, workers.Answer]]:
+def answers_of(settings: workers.Settings,
+               requests: List[Tuple[int, Mapping[str, Any]]]) -> List[Tuple[int, workers.Answer]]:
     """A task: the answers of this process's pool, which has a worker for each thread of the Dask worker."""
     from distributed import get_worker
 

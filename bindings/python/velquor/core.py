@@ -162,7 +162,7 @@ class Section:
     TAUZ: np.ndarray = field(repr=False)  # (NELEMS, 4, 4)  along Z; cases torque, shear along u, v, warping shear
     SIGMA: np.ndarray = field(repr=False)  # (NELEMS, 4, 4)  axial stress; cases normal force, two moments, bimoment
     bars: np.ndarray = field(repr=False)  # (NPOINTS)  the bars with their results, of dtype BAR
-    bounds: Optional["Bounds"] = field(default=None, repr=False)  # of each slot by its name: the limit lies within value -+ bound
+    bounds: Optional["Bounds"] = field(default=None, repr=False)  # of each slot: the limit lies within value -+ bound
     levels: Optional[int] = None  # that went well
     sharp: Optional[np.ndarray] = field(default=None, repr=False)  # (NNODES)  True where shear stresses have no limit
 

@@ -138,7 +138,9 @@ def _drawing(section: Section) -> bytes:
     shape: List[str] = []
     for name, value in request.get("parameters", {}).items():
         shape += [f"--{name}", repr(float(value))]
-    what = [request["name"]] if "name" in request else ["--shape", request["shape"], *shape] if "shape" in request else ["-"]
+    what = ["-"]
+    if "section" not in request:
+        what = [request["name"]] if "name" in request else ["--shape", request["shape"], *shape]
     try:
         done = subprocess.run([find_command(settings.command), "draw", *what, "--field", "outline"], capture_output=True,
                               input=text_of(request["section"]).encode() if "section" in request else b"",
