@@ -280,8 +280,11 @@ class Pictures(unittest.TestCase):
             y, z = np.moveaxis(places[triangles], 2, 0)
             areas = (y[:, 1] - y[:, 0]) * (z[:, 2] - z[:, 0]) - (y[:, 2] - y[:, 0]) * (z[:, 1] - z[:, 0])
             self.assertTrue((areas > 0).all() and np.isfinite(colours[triangles]).all())
-            self.assertEqual((places[triangles] == 10).all(axis=2).any(), values is not shear)
+            drawn = np.unique(triangles[:, 2]) - len(values)  # a centre for each element
+            self.assertEqual([e for e in range(len(fields.elements)) if e not in drawn],
+                             np.flatnonzero(~np.isfinite(values[fields.elements - 1]).all(axis=1)).tolist())
         self.assertAlmostEqual(areas.sum() / 2, section.A, 6)  # nothing is left out, nor drawn twice
+        self.assertGreater(np.isnan(shear).sum(), 0)
 
     def test_without_matplotlib_its_package_is_named(self):
         done = python("sys.modules['matplotlib'] = None\n"
@@ -443,12 +446,12 @@ class Batches(unittest.TestCase):
 
 
 class Ends(unittest.TestCase):
-    LONG = "many = velquor.batch(({'name': 'HEB 300', 'accuracy': 1e-4} for _ in range(10**6)), jobs=2)\nnext(many)\n"
+    LONG = "many = velquor.batch(({'name': 'HEB 300', 'levels': 5} for _ in range(10**6)), jobs=2)\nnext(many)\n"
     SHOW = ("pool, = velquor.workers._pools.values()\nprint(pool._process.pid, flush=True)\n")
 
-    def check_gone(self, pid):
+    def check_gone(self, pid, tries=200):
         """The supervisor, and whatever it had: all of its group."""
-        for _ in range(100):
+        for _ in range(tries):
             try:
                 os.killpg(int(pid), 0)
             except ProcessLookupError:
@@ -462,8 +465,8 @@ class Ends(unittest.TestCase):
             start = time.monotonic()
             done = python(self.LONG + self.SHOW + last)
             self.assertEqual((done.returncode, done.stderr), (0, ""))
-            self.assertLess(time.monotonic() - start, 15)
-            self.check_gone(done.stdout)
+            self.assertLess(time.monotonic() - start, 30)
+            self.check_gone(done.stdout, 10)  # at once, whatever they are at
 
     def test_killed_itself_its_workers_end(self):
         done = python(self.LONG + self.SHOW + "os.kill(os.getpid(), signal.SIGKILL)")
@@ -471,7 +474,7 @@ class Ends(unittest.TestCase):
         self.check_gone(done.stdout)
 
     def test_an_interrupt_ends_the_batch_and_leaves_the_pool(self):
-        done = python(self.LONG + self.SHOW + "threading.Timer(0.5, lambda: os.killpg(0, signal.SIGINT)).start()\n"
+        done = python(self.LONG.replace("5}", "3}") + self.SHOW + "threading.Timer(0.5, lambda: os.killpg(0, signal.SIGINT)).start()\n"
                       "try:\n    for result in many: pass\nexcept KeyboardInterrupt: print('interrupted')\n"
                       "del many\nprint(velquor.section('IPE 300', levels=1).A > 5000)\n"
                       "print(list(velquor.workers._pools.values()) == [pool] and pool._process.pid)", start_new_session=True)

@@ -287,8 +287,7 @@ def find_pieces(nodes, elements):
         joined = np.flatnonzero(nearest < piece)
         if len(joined) == 0:
             return 1 + np.unique(piece, return_inverse=True)[1]
-        joined = joined[np.argsort(-nearest[joined], kind="stable")]  # of several the lowest is set last, and holds
-        piece[piece[joined]] = nearest[joined]
+        piece[piece[joined]] = nearest[joined]  # any lower one will do
         while (piece != piece[piece]).any():
             piece = piece[piece]
 

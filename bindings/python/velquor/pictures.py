@@ -71,23 +71,15 @@ def _values(section: Section, name: str, quantity: Optional[str]) -> Tuple[np.nd
 def _triangles(fields: Fields, values: np.ndarray) -> Tuple[np.ndarray, np.ndarray, np.ndarray]:
     """Places, values and triangles, four about the centre of each element: either diagonal alone would show.
 
-    Triangles with a corner that has no value, beside re-entrant sharp corners, are left out.
+    Elements with a corner that has no value, a re-entrant sharp one, are left out.
     """
     corners = fields.elements - 1
-    last = np.where(corners[:, 3] == corners[:, 2], 2, 3)  # of triangles the repeated corner counts once
-    weights = np.ones(corners.shape)
-    weights[last == 2, 3] = 0
-    weights /= weights.sum(axis=1, keepdims=True)
-    places = np.vstack([fields.places, np.einsum("ec,ecx->ex", weights, fields.places[corners])])
-    colours = np.append(values, np.einsum("ec,ec->e", weights, np.nan_to_num(values)[corners]))
+    places = np.vstack([fields.places, fields.places[corners].mean(axis=1)])
+    colours = np.append(values, values[corners].mean(axis=1))
     centre = len(values) + np.arange(len(corners))
-    triangles = np.stack([np.stack([corners[:, i], corners[:, (i + 1) % 4], centre], axis=1) for i in range(4)], axis=1)
-    is_there = np.stack([corners[:, i] != corners[:, (i + 1) % 4] for i in range(4)], axis=1)
-    triangles = triangles[is_there]
-    owners = np.nonzero(is_there)[0]
-    whole = np.isfinite(values[corners]).all(axis=1)  # or the centre has no value either
-    ends = np.isfinite(values[triangles[:, :2]]).all(axis=1)
-    return places, colours, triangles[ends & whole[owners]]
+    triangles = np.stack([corners, np.roll(corners, -1, axis=1), np.repeat(centre[:, None], 4, axis=1)], axis=2).reshape(-1, 3)
+    triangles = triangles[triangles[:, 0] != triangles[:, 1]]  # the repeated corner of an element that is one itself
+    return places, colours, triangles[np.isfinite(colours[triangles[:, 2]])]
 
 
 def _edges(fields: Fields) -> np.ndarray:

@@ -46,7 +46,7 @@ class _Pool:
         self.settings = settings
         self.users = 0  # streams that hold it; guarded by _guard
         self.closed = False
-        self._most = 4 * settings.jobs + 4  # lines that the supervisor has at a time
+        self._most = 2 * settings.jobs  # lines that the supervisor has at a time: those that wait here can be dropped
         self._lock = threading.Lock()  # guards what follows
         self._tickets = itertools.count(1)
         self._jobs: Dict[int, _Job] = {}  # not answered yet
