@@ -87,7 +87,7 @@ grep -qF "set(PACKAGE_VERSION \"$version\")" "$scratch/tree/$libdir/cmake/velquo
 LD_LIBRARY_PATH=$scratch/tree/$libdir "$python" -B "$(pkg-config --variable=pythondir velquor)/example.py"
 [ "$kit" = 0 ] || [ "$(env -u VELQUOR_COMMAND LD_LIBRARY_PATH="$scratch/tree/$libdir" \
     PYTHONPATH="$(pkg-config --variable=pythondir velquor)" "$python" -B -c 'import velquor
-print(velquor.section("IPE 300", values=["A"], levels=1))')" = "<velquor.Section 'IPE 300': A 5381.2 mm2>" ] ||
+print(velquor.section("IPE 300", values=["A"]))')" = "<velquor.Section 'IPE 300': A 5381.2 mm2>" ] ||
     fail "the package for Python, or the command beside it"
 [ "$kit" = 0 ] || LD_LIBRARY_PATH=$scratch/tree/$libdir "$tests/package/build_kit_host.sh" "$cmake" "$scratch/tree/usr" \
     "$scratch/kit"
