@@ -1,6 +1,7 @@
 #include "kit/work/request.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "kit/analysis/values.h"
 #include "kit/mesh/named_files.h"
@@ -29,6 +30,15 @@ void check_keys(const std::vector<std::string>& keys) {
         if (std::find(known.begin(), known.end(), keys[i]) == known.end())
             throw Error("values[" + std::to_string(i) + "]", "unknown value " + in_quotes(keys[i]),
                         did_you_mean(keys[i], known));
+}
+
+// Pipes and devices may never end, and the standard input is that of the requests.
+void check_file(const char* key, const std::string& file, const std::optional<std::string>& folder) {
+    if (!folder) throw Error(key, "no files are read here", "velquor worker --files FOLDER reads them from there");
+    std::error_code none;
+    const auto status = std::filesystem::status(std::filesystem::path(*folder) / file, none);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw Error(key, in_quotes(file) + " is no regular file", "name a file, and no folder, pipe or device");
 }
 
 }  // namespace
@@ -88,8 +98,7 @@ Section section_wanted_by(const json& line, const std::optional<std::string>& fo
         section = section_from(line["section"]);
     }
     for (const auto& [key, file] : {std::pair{"mesh.file", section.mesh.file}, {"drawing.file", section.drawing.file}})
-        if (!file.empty() && !folder)
-            throw Error(key, "no files are read here", "velquor worker --files FOLDER reads them from there");
+        if (!file.empty()) check_file(key, file, folder);
     if (folder) read_named_files(section, *folder);
     section.wishes.accuracy = line.value("accuracy", section.wishes.accuracy);
     section.wishes.levels = line.value("levels", section.wishes.levels);

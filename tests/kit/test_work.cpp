@@ -137,6 +137,9 @@ TEST(Work, FilesAreReadFromTheFolderThatIsGiven) {
     const std::string line = R"({"section":{"materials":[{"name":"s","E":1}],"mesh":{"file":"square.mesh"}}})";
     EXPECT_NEAR(answered(line, folder.string())["values"]["A"]["value"].get<double>(), 4, 1e-9);
     EXPECT_EQ(answered(line, (folder / "none").string())["error"]["kind"], "refused");
+    const json zero =
+        answered(R"({"section":{"materials":[{"name":"s","E":1}],"mesh":{"file":"/dev/zero"}}})", folder.string());
+    EXPECT_EQ(zero["error"]["message"], "\"/dev/zero\" is no regular file");
 }
 
 // Bytes put in, taken away and changed at random: any line has an answer.
