@@ -19,7 +19,8 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::size_t MOST_FILES = 10000;  // whose contents are remembered
+constexpr std::size_t MOST_FILES = 10000;    // whose contents are remembered
+constexpr std::size_t LONGEST_LABEL = 1000;  // bytes, of no more letters than schemas allow
 
 ContentKey bytes_of(const XXH128_hash_t& hash) {
     XXH128_canonical_t canonical;
@@ -53,22 +54,29 @@ bool is_whole(const std::string& key) {
     return keys.count(key) > 0;
 }
 
-// Keys in their order, every number as one of 64 bits.
-void write_canonical(const json& value, const char* without, std::string& text) {
+// Text that may be anything. What is refused for it does not count as the same as what is not.
+bool is_label(const json& value) {
+    return value.is_string() && value.get_ref<const std::string&>().size() <= LONGEST_LABEL;
+}
+
+bool is_id(const json& value) { return value.is_null() || value.is_number() || is_label(value); }
+
+// Keys in their order, every number as one of 64 bits; the name of what is named left out where it is wanted so.
+void write_canonical(const json& value, bool nameless, std::string& text) {
     switch (value.type()) {
         case json::value_t::object:
             text += '{';
             for (const auto& [key, item] : value.items()) {
-                if (key == without) continue;
+                if (nameless && key == "name" && is_label(item)) continue;
                 write_text(key, text);
                 if (item.is_number_float() && is_whole(key)) text += '.';
-                write_canonical(item, "", text);
+                write_canonical(item, false, text);
             }
             text += '}';
             break;
         case json::value_t::array:
             text += '[';
-            for (const json& item : value) write_canonical(item, "", text);
+            for (const json& item : value) write_canonical(item, false, text);
             text += ']';
             break;
         case json::value_t::string: write_text(value.get_ref<const std::string&>(), text); break;
@@ -106,10 +114,10 @@ void write_file(const json& section, const char* kind, Folder& folder, std::stri
 ContentKey key_of(const json& request, Folder& folder) {
     std::string text = "request of " + version_text() + "\n";
     for (const auto& [key, value] : request.items()) {
-        if (key == "id") continue;
+        if (key == "id" && is_id(value)) continue;
         write_text(key, text);
         if (value.is_number_float() && is_whole(key)) text += '.';
-        write_canonical(value, key == "section" ? "name" : "", text);
+        write_canonical(value, key == "section", text);
     }
     if (request.contains("section") && request["section"].is_object())
         for (const char* kind : {"mesh", "drawing"}) write_file(request["section"], kind, folder, text);
