@@ -135,6 +135,8 @@ Pointer walk(json& section, const std::string& name, const std::string& at) {
         } else if (known && known->contains("shape") && has(parameters_of(*value), step)) {
             place /= "parameters";
             value = &(*value)["parameters"];
+            if (!value->is_null() && !value->is_object())
+                throw Error(at, here + ".parameters is no object", R"(as {"h": 300})");
             form = &schema()["definitions"]["positive"];
         } else if (known) {
             std::vector<std::string> names = keys_of(*known);
@@ -156,13 +158,19 @@ Pointer walk(json& section, const std::string& name, const std::string& at) {
     }
     if (value->is_structured())
         throw Error(at, here + " is no single value",
-                    "name one of those in it, as " + here + (value->is_array() ? "[0]" : "." + value->begin().key()));
+                    value->empty() ? ""
+                                   : "name one of those in it, as " + here +
+                                         (value->is_array() ? "[0]" : "." + value->begin().key()));
     return place;
 }
 
 }  // namespace
 
 Pointer place_of(json& request, const std::string& name, const std::string& at) {
+    if (request.contains("section") && !request["section"].is_object())
+        throw Error("section", "is no object", "velquor schema tells its form");
+    if (request.contains("parameters") && !request["parameters"].is_object())
+        throw Error("parameters", "is no object", R"(as {"h": 300})");
     const std::vector<std::string> own = parameters_of(request);
     if (has(own, name)) return Pointer("/parameters") / name;
     const bool is_named = !request.contains("section") && !request.contains("shape");
@@ -175,7 +183,6 @@ Pointer place_of(json& request, const std::string& name, const std::string& at) 
         throw unknown(at, name, names);
     }
     json& section = request["section"];
-    if (!section.is_object()) throw Error("section", "is no object", "velquor schema tells its form");
     if (name.find_first_of(".[") != std::string::npos) return walk(section, name, at);
     const std::vector<std::string> owners = owners_of(section, name);
     if (owners.size() == 1) return walk(section, owners.front(), at);
