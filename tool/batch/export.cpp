@@ -1,4 +1,5 @@
 #include <cmath>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <set>
@@ -186,6 +187,9 @@ bool is_results(const std::string& file) { return is_database(file); }
 
 int export_results(const std::string& file, const std::string& output) {
     const bool as_csv = ending_of(output, {".csv", ".jsonl"}) == ".csv";
+    std::error_code none;
+    if (std::filesystem::equivalent(file, output, none))
+        throw Error("-o", "is the file of results itself", "name another");
     Store store(file);
     store.run("BEGIN");  // all that follows sees the same, also while a batch goes on
     const std::vector<std::string> parameters = as_csv ? parameters_in(store) : std::vector<std::string>();

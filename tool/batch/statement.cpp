@@ -34,7 +34,11 @@ void Statement::bind(int at, const ContentKey& value) {
 }
 
 void Statement::bind(int at, const nlohmann::json& value) {
-    if (value.is_number_integer() && !(value.is_number_unsigned() && value.get<std::uint64_t>() > INT64_MAX))
+    const bool is_large = value.is_number_unsigned() && value.get<std::uint64_t>() > INT64_MAX;
+    if (is_large) {
+        const std::string digits = value.dump();
+        sqlite3_bind_blob(statement, at, digits.data(), static_cast<int>(digits.size()), SQLITE_TRANSIENT);
+    } else if (value.is_number_integer())
         bind(at, value.get<std::int64_t>());
     else if (value.is_number())
         bind(at, value.get<double>());
@@ -68,6 +72,7 @@ nlohmann::ordered_json Statement::json(int column) const {
         case SQLITE_INTEGER: return whole(column);
         case SQLITE_FLOAT: return number(column);
         case SQLITE_NULL: return nullptr;
+        case SQLITE_BLOB: return nlohmann::ordered_json::parse(text(column));
         default: return text(column);
     }
 }

@@ -1,6 +1,7 @@
 #include "tool/batch/store.h"
 
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cmath>
@@ -53,6 +54,9 @@ Store::Store(const std::string& name, double seconds, std::function<bool(bool)> 
     : file(name), patience(seconds), waits(std::move(told)) {
     std::error_code none;
     const bool was_there = std::filesystem::exists(file, none) && std::filesystem::file_size(file, none) > 0;
+    if (was_there && access(file.c_str(), R_OK | W_OK) != 0)
+        throw Error(file, std::string("cannot be used: ") + std::strerror(errno),
+                    "it must be readable and writable, or name another with -o");
     if (std::filesystem::exists(file, none) &&
         (!std::filesystem::is_regular_file(file, none) || (was_there && !none && !is_database(file))))
         throw Error(file, "is there and is no file of results", "name another with -o: it is left as it is");
@@ -68,8 +72,8 @@ Store::Store(const std::string& name, double seconds, std::function<bool(bool)> 
 
 Store::Store(const std::string& name) : file(name), patience(READERS_PATIENCE) {
     open(SQLITE_OPEN_READONLY, file);
-    Statement probe;
-    if (sqlite3_exec(database, "SELECT 1 FROM sqlite_schema", nullptr, nullptr, nullptr) == SQLITE_CANTOPEN &&
+    const int code = sqlite3_exec(database, "SELECT 1 FROM sqlite_schema", nullptr, nullptr, nullptr) & 0xff;
+    if ((code == SQLITE_CANTOPEN || code == SQLITE_READONLY) &&
         !std::filesystem::exists(file + "-wal")) {  // where nothing may be written beside it
         sqlite3_close(database);
         std::string address = "file:";
@@ -84,6 +88,7 @@ Store::Store(const std::string& name) : file(name), patience(READERS_PATIENCE) {
         open(SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, address + "?immutable=1");
     }
     check_form();
+    if (!has_tables()) throw Error(file, "has no results yet", "velquor batch writes them");
 }
 
 Store::~Store() {
@@ -106,8 +111,7 @@ void Store::check_form() {
         return statement.whole(0);
     };
     const std::int64_t mark = number("PRAGMA application_id"), format = number("PRAGMA user_version");
-    const std::int64_t tables = number("SELECT count(*) FROM sqlite_schema");
-    if (tables == 0 && mark == 0) return;  // begun, and ended before there was anything
+    if (mark == 0 && !has_tables()) return;  // begun, and ended before there was anything
     if (mark != STORE_MARK)
         throw Error(file, "is a database, but none of results", "name another with -o: it is left as it is");
     if (format > STORE_FORMAT)
@@ -120,6 +124,11 @@ void Store::check_form() {
     Statement check = prepare("PRAGMA quick_check(1)");
     step(check);
     if (check.text(0) != "ok") throw Error(file, "is damaged", DAMAGED);
+}
+
+bool Store::has_tables() {
+    Statement statement = prepare("SELECT 1 FROM sqlite_schema");
+    return step(statement);
 }
 
 void Store::make_tables() {

@@ -31,7 +31,7 @@ public:
     void bind(int at, double value);  // NULL where it is not a number
     void bind(int at, const std::string& value);
     void bind(int at, const ContentKey& value);      // which must live until the statement is done
-    void bind(int at, const nlohmann::json& value);  // a number, a text, or NULL
+    void bind(int at, const nlohmann::json& value);  // a number, its digits above 2^63 - 1, a text, or NULL
     void clear();                                    // what is bound, and where it stands
 
     bool is_null(int column) const;
@@ -82,6 +82,7 @@ public:
 private:
     void open(int flags, const std::string& name);
     void check_form();
+    bool has_tables();
     void make_tables();
     void prepare_all();
     bool wait();
