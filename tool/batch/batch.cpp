@@ -5,6 +5,7 @@
 #include <csignal>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <system_error>
 
 #include "kit/section/section.h"
@@ -25,6 +26,7 @@ using nlohmann::json;
 
 constexpr int STOPPED = 130;
 constexpr std::size_t MOST_PENDING = 1000;  // rows of inputs that are kept together
+constexpr std::size_t MOST_OPEN = 100;      // inputs that are held open
 constexpr auto ROUND = std::chrono::milliseconds(200);
 
 volatile std::sig_atomic_t stops = 0;  // signals that asked for the end
@@ -52,6 +54,11 @@ int status_of(const std::string& kind) {
 struct Flight {
     ContentKey key;
     std::uint64_t inputs;
+};
+
+struct Input {
+    std::unique_ptr<Source> source;  // null where it is to be opened
+    double bytes = 0;                // 0: not known
 };
 
 struct Run {
@@ -102,7 +109,7 @@ void keep(Run& run) {
         const auto& [ticket, answer] = run.answers[i];
         const Flight& flight = run.flights[ticket];
         ++(is_new[i] ? run.counts.calculated : run.counts.found);
-        if (answer.contains("error")) run.counts.errors[answer["error"].at("kind")] += flight.inputs;
+        if (is_new[i] && answer.contains("error")) run.counts.errors[answer["error"].at("kind")] += flight.inputs;
         run.tickets_of.erase(flight.key);
         run.flights.erase(ticket);
     }
@@ -139,20 +146,42 @@ void finish(Run& run) {
 }
 
 // The name of an input from the folder of the file of results, so that both may be moved.
-std::string beside(const std::string& output, const std::string& name) {
+std::string source_name(const std::string& output, const std::string& name) {
+    if (name == "-") return name;
     return fs::absolute(name)
         .lexically_normal()
         .lexically_proximate(fs::absolute(output).lexically_normal().parent_path())
         .string();
 }
 
-void read_inputs(Run& run, std::vector<std::unique_ptr<Source>>& sources) {
+std::unique_ptr<Source> source_of(const std::string& name) {
+    try {
+        return std::make_unique<Source>(name);
+    } catch (const Error& error) {
+        throw Error(name + (error.place.empty() ? "" : ": ") + error.place, error.fault, error.remedy);
+    }
+}
+
+// All are looked at before anything is calculated; of many files, those that can be opened again are not held open.
+std::vector<Input> inputs_of(const std::vector<std::string>& names) {
+    std::vector<Input> inputs;
+    for (const std::string& name : names) {
+        Input input = {source_of(name)};
+        input.bytes = input.source->bytes();
+        if (inputs.size() >= MOST_OPEN && input.bytes > 0) input.source.reset();
+        inputs.push_back(std::move(input));
+    }
+    return inputs;
+}
+
+void read_inputs(Run& run, std::vector<Input>& inputs) {
     double before = 0, all = 0;
     std::string folder;
-    for (const auto& source : sources) all += source->bytes();
-    if (sources.size() == 1) run.counts.of = sources.front()->count();
-    for (std::size_t i = 0; i < sources.size() && stops == 0; ++i) {
-        Source& source = *sources[i];
+    for (const Input& input : inputs) all += input.bytes;
+    if (inputs.size() == 1) run.counts.of = inputs.front().source->count();
+    for (std::size_t i = 0; i < inputs.size() && stops == 0; ++i) {
+        if (!inputs[i].source) inputs[i].source = source_of(run.options.inputs[i]);
+        Source& source = *inputs[i].source;
         if (!run.pool || source.folder.path != folder) {  // workers read from one folder
             finish(run);
             folder = source.folder.path;
@@ -160,16 +189,16 @@ void read_inputs(Run& run, std::vector<std::unique_ptr<Source>>& sources) {
                 std::make_unique<Pool>(PoolOptions{run.options.jobs, run.options.timeout, run.options.memory, folder});
         }
         const std::string& name = run.options.inputs[i];
-        run.source = run.store.source(name == "-" ? name : beside(run.options.output, name));
+        run.source = run.store.source(source_name(run.options.output, name));
         try {
-            while (turn(run, &source)) run.counts.share = (before + source.share() * source.bytes()) / all;
+            while (turn(run, &source)) run.counts.share = (before + source.share() * inputs[i].bytes) / all;
         } catch (const Error& error) {
             if (!error.place.empty()) throw;
             throw Error(name, error.fault, error.remedy);
         }
         if (stops == 0) run.store.end_of(run.source);
-        before += source.bytes();
-        sources[i].reset();
+        before += inputs[i].bytes;
+        inputs[i].source.reset();
     }
     finish(run);
 }
@@ -200,23 +229,19 @@ void check(const BatchOptions& o) {
         throw Error("--memory", std::to_string(o.memory), "must be from 64 to 16777216 megabytes");
     if (!(o.wait >= 0 && o.wait <= 1e6)) throw Error("--wait", text_of(o.wait), "must be from 0 to 1e6 seconds");
     if (o.output.empty()) throw Error("-o", "has no name", "as in -o results.sqlite");
-    for (const std::string& name : o.inputs)
-        if (std::count(o.inputs.begin(), o.inputs.end(), name) > 1)
-            throw Error(name, "is given twice", "once is enough");
+    std::set<std::string> names;
+    for (const std::string& name : o.inputs) {
+        if (!names.insert(source_name(o.output, name)).second) throw Error(name, "is given twice", "once is enough");
+        if (name != "-" && is_database(name))
+            throw Error(name, "is a database, and no input", "velquor export makes tables of results");
+    }
 }
 
 }  // namespace
 
 int batch(const BatchOptions& options) {
     check(options);
-    std::vector<std::unique_ptr<Source>> sources;
-    for (const std::string& name : options.inputs) {
-        try {
-            sources.push_back(std::make_unique<Source>(name));
-        } catch (const Error& error) {
-            throw Error(name + (error.place.empty() ? "" : ": ") + error.place, error.fault, error.remedy);
-        }
-    }
+    std::vector<Input> inputs = inputs_of(options.inputs);
     heed_signals();
     Progress progress(options.quiet);
     const auto waits = [&](bool begins) {
@@ -229,7 +254,7 @@ int batch(const BatchOptions& options) {
     Run run = {options, store, progress};
     const auto kept = [&] { return count_text(run.counts.calculated) + " calculated and kept, nothing of it is lost"; };
     try {
-        read_inputs(run, sources);
+        read_inputs(run, inputs);
     } catch (const CannotWrite& error) {
         progress.say(error.what());
         progress.say("stopped: " + kept());

@@ -38,6 +38,12 @@ bool begins_an_object(const std::string& line) {
     return at != std::string::npos && line[at] == '{';
 }
 
+// Whether the line ends inside of a list or an object.
+bool goes_on(const std::string& line) {
+    const std::size_t at = line.find_last_not_of(" \t\r");
+    return at != std::string::npos && std::strchr(",[{", line[at]);
+}
+
 // A section file is a request of its section.
 json request_of(json value) {
     if (!value.contains("materials") || value.contains("section")) return value;
@@ -79,7 +85,7 @@ Source::Source(const std::string& file) {
     if (lines->next(first, true) == Next::END) return;
     if (!is_begun(first.text) || lines->next(second, true) == Next::END) {
         begun = {first};
-    } else if (begins_an_object(second.text)) {
+    } else if (begins_an_object(second.text) && !goes_on(second.text)) {
         begun = {second, first};
     } else {
         InputLine all = first;
@@ -215,7 +221,7 @@ Next Source::next(Item& one) {
 std::uint64_t Source::count() const { return is_whole && sweep ? sweep->count : 0; }
 
 double Source::share() const {
-    if (size == 0) return std::nan("");
+    if (size == 0 || lines->read() > size) return std::nan("");  // of a file that grows, nobody knows how far
     const auto all = static_cast<double>(size), start = static_cast<double>(is_whole ? 0 : before);
     const auto end = static_cast<double>(lines->read());
     const double part = !has_item ? 1
