@@ -112,6 +112,18 @@ class Results(Folder):
         self.assertIn("1 calculated, 1 there before", self.batch(self.folder / "in.jsonl"))
         self.assertEqual(self.rows("SELECT line FROM inputs"), [(1,), (2,)])  # what was edited away is gone
 
+    def test_what_is_wrong_beside_the_content_does_not_pass_on(self):
+        section = circle(10)["section"]
+        part = section["parts"][0]
+        wrong = [circle(10, id=[1]), circle(10, id="x" * 1001), {"section": {**section, "name": 5}},
+                 {"section": {**section, "parts": [{**part, "": 1}]}}]
+        said = self.batch(self.lines(*wrong, circle(10, id=2**64 - 1)), status=1)
+        self.assertIn("5 calculated\n", said)
+        self.assertEqual(self.rows("SELECT line FROM sections WHERE error_kind IS NULL"), [(5,)])
+        for form in ("jsonl", "csv"):  # an id that SQLite has no number for
+            self.run_it("export", self.results, "-o", f"out.{form}")
+            self.assertIn(str(2**64 - 1), (self.folder / f"out.{form}").read_text().splitlines()[5 - (form == "jsonl")])
+
     def test_files_that_sections_name_are_of_their_content(self):
         drawing = pathlib.Path(__file__).parents[2] / "examples/sections"
         section = json.loads((drawing / "encased.json").read_text())
@@ -197,6 +209,10 @@ class Sweeps(Folder):
                 (PLATE, {"h": {"from": 1, "to": 1, "steps": 3}}, "sweep.h: from and to are the same"),
                 (PLATE, {"h": {"from": 1, "to": 2, "step": 3}}, 'unknown key "step"; did you mean "steps"?'),
                 (PLATE, {"h": [1], "parts[0].h": [1]}, "sweep.parts[0].h: is the same as sweep.h"),
+                ({"section": []}, {"levels": [1]}, "section: is no object"),
+                ({"shape": "circle", "parameters": 5}, {"d": [1]}, "parameters: is no object"),
+                ({**PLATE, "parts": [{"shape": "circle", "parameters": 5}]}, {"d": [1]}, "parts[0].parameters is no object"),
+                ({**PLATE, "parts": [{"holes": [{}]}]}, {"parts[0].holes[0]": [1]}, "holes[0] is no single value"),
                 (PLATE, {k: {"from": 1, "to": 2, "steps": 10**12} for k in "hb"}, "sweep: more than 9223372036854775807"),
                 ({}, {"levels": [1]}, "section: is missing")):
             with self.subTest(names):
@@ -225,8 +241,10 @@ class Export(Folder):
         self.assertEqual((rows[4]["Iy"], rows[4]["id"], rows[4]["length"]), ("", "c", "mm"))
 
     def test_what_it_does_not_do(self):
+        self.results = self.folder / "results.csv"
         self.batch(self.lines({"name": "IPE 300"}))
         for arguments, message in ((["-o", "a.vtu"], "it must be .csv or .jsonl"),
+                                   (["-o", "./results.csv"], "is the file of results itself"),
                                    (["-o", "a.csv", "--fine"], "results of a batch have values alone")):
             done = self.run_it("export", self.results, *arguments)
             self.assertEqual(done.returncode, 1)
@@ -234,6 +252,9 @@ class Export(Folder):
         with sqlite3.connect(self.folder / "other.sqlite") as other:
             other.execute("CREATE TABLE t (x)")
         self.assertIn("is a database, but none of results", self.run_it("export", "other.sqlite", "-o", "a.csv").stderr)
+        with sqlite3.connect(self.folder / "void.sqlite") as void:
+            void.executescript("CREATE TABLE t (x); DROP TABLE t")
+        self.assertIn("has no results yet", self.run_it("export", "void.sqlite", "-o", "a.csv").stderr)
 
 
 class Faults(Folder):
@@ -331,9 +352,11 @@ class Faults(Folder):
 
     def test_wrong_uses(self):
         self.many(3)
+        self.batch("in.jsonl")
         for arguments, message in ((["in.jsonl"], "--output is required"),
                                    (["no.jsonl", "-o", "r"], "no.jsonl: cannot be read: No such file"),
-                                   (["in.jsonl", "in.jsonl", "-o", "r"], "in.jsonl: is given twice"),
+                                   (["in.jsonl", "./in.jsonl", "-o", "r"], "./in.jsonl: is given twice"),
+                                   (["results.sqlite", "-o", "r"], "results.sqlite: is a database, and no input"),
                                    (["in.jsonl", "-o", "no/r"], "no/r: cannot be opened"),
                                    (["in.jsonl", "-o", "r", "--timeout", "0"], "--timeout: 0; must be above 0"),
                                    (["in.jsonl", "-o", "r", "--memory", "1"], "--memory: 1; must be from 64")):
@@ -378,6 +401,25 @@ class Progress(Folder):
             self.assertTrue(all(len(line) < columns for line in lines), lines)
             self.assertTrue(all(re.search(r"\d+\.\d %  \d+  .*left", line) for line in lines), lines)
             self.assertEqual(any("#" in line for line in lines), columns == 80)
+
+    def test_of_a_file_that_grows(self):
+        self.lines(circle(10, levels=5, size=0.2), *(circle(10 + k) for k in range(1, 50)))
+        master, slave = pty.openpty()
+        with open(self.folder / "in.jsonl", "a", encoding="utf-8") as file, subprocess.Popen(
+                self.arguments("batch", "in.jsonl", "-o", self.results, "--jobs", 1), stderr=slave, cwd=self.folder):
+            os.close(slave)
+            text = os.read(master, 65536)  # it has begun, and is at the first
+            file.writelines(json.dumps(circle(10 + k)) + "\n" for k in range(50, 200))
+            file.flush()
+            try:
+                while block := os.read(master, 65536):
+                    text += block
+            except OSError:  # the end of a terminal
+                pass
+        os.close(master)
+        self.assertIn(b"200 sections in", text)
+        self.assertTrue(all(float(share) <= 100 for share in re.findall(rb"([\d.]+) %", text)), text)
+        self.assertNotIn(b":-", text)
 
     def test_without_one_and_quiet(self):
         self.lines({"name": "IPE 300"})
