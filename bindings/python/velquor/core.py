@@ -168,7 +168,7 @@ class Section:
 
 
 SLOTS = tuple(slot.name for slot in fields(Section) if slot.type is float)
-Bounds = collections.namedtuple("Bounds", SLOTS)
+Bounds = collections.namedtuple("Bounds", SLOTS)  # type: ignore[misc]
 
 
 def property_table(nelems, *, EMOD, GMOD, CARRIED=0.0, COUPLING=1.0, GROUP=1.0, MATFLAG=1.0, FNEG=0.0, FPOS=0.0,
@@ -360,14 +360,14 @@ def _file(library):
 
 
 def _table(dtype):
-    return np.ctypeslib.ndpointer(dtype, flags="F_CONTIGUOUS,ALIGNED")
+    return np.ctypeslib.ndpointer(dtype, flags=("F_CONTIGUOUS", "ALIGNED"))
 
 
 _INTEGER = ctypes.c_int32
 _STATUS = ctypes.POINTER(_INTEGER)
 _INPUTS = [_table(np.float64), _INTEGER, _table(np.int32), _INTEGER, _table(np.float64), _INTEGER, _table(BAR)]
 _OUTPUTS = [_table(np.float64), _table(np.float64),
-            np.ctypeslib.ndpointer(np.float64, ndim=3, flags="C_CONTIGUOUS,ALIGNED")]
+            np.ctypeslib.ndpointer(np.float64, ndim=3, flags=("C_CONTIGUOUS", "ALIGNED"))]
 _PLACE = ctypes.CFUNCTYPE(None, ctypes.c_void_p, _INTEGER, _INTEGER, ctypes.c_double, ctypes.POINTER(ctypes.c_double))
 
 
