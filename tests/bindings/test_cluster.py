@@ -1,6 +1,7 @@
 """Batches on a real cluster: a scheduler and worker processes of Dask over TCP. VELQUOR_COMMAND names the command;
 VELQUOR_CLUSTER_SECTIONS how many sections (2000)."""
 import contextlib
+import itertools
 import os
 import pathlib
 import signal
@@ -84,7 +85,7 @@ class OnACluster(unittest.TestCase):
         cls.addClassCleanup(cls.cluster.close)
         for _ in range(2):
             cls.cluster.add_worker()
-        cls.client = Client(cls.cluster.address, timeout=60)
+        cls.client = Client(cls.cluster.address, timeout=60, set_as_default=False)
         cls.addClassCleanup(cls.client.close)
         cls.client.wait_for_workers(2, timeout=60)
 
@@ -142,6 +143,19 @@ class OnACluster(unittest.TestCase):
         self.assertEqual({(result.index, result.kind) for result in results}, {(0, "crashed"), (1, "crashed")})
         self.assertIn("allowed-failures", results[0].remedy)
         self.assertAlmostEqual(next(velquor.batch(["IPE 80"], client=self.client)).A, 764, delta=1)
+
+    def test_without_the_cluster(self):
+        with self.assertRaisesRegex(TypeError, "client: a dask.distributed.Client .* not 'tcp:"):
+            next(velquor.batch(["IPE 80"], client=self.cluster.address))
+        client = Client(self.cluster.address, timeout=60, set_as_default=False)
+        for count in 10**6, 6:  # more are to come, the last are under way
+            iterator = velquor.batch(itertools.repeat("IPE 80", count), client=client, chunk=2, levels=1, values=["A"])
+            next(iterator)
+            client.close()
+            with self.assertRaisesRegex(ConnectionError, "client: it was closed"):
+                list(iterator)
+            client = Client(self.cluster.address, timeout=60, set_as_default=False)
+        client.close()
 
 
 if __name__ == "__main__":

@@ -1,4 +1,5 @@
 """Sections by the workers of a Dask cluster: chunks of requests become tasks, which Dask schedules, repeats and moves."""
+import contextlib
 import itertools
 from typing import Any, Dict, Iterator, List, Mapping, Tuple, Union
 
@@ -10,14 +11,17 @@ from .results import SectionError
 def stream(client: Any, size: int, retries: int, settings: workers.Settings,
            requests: Iterator[Tuple[int, Union[Mapping[str, Any], SectionError]]]) -> Iterator[Tuple[int, workers.Answer]]:
     """As workers.stream, `size` requests in a task. Every task has a key of its own: none is taken for another's."""
-    from distributed import KilledWorker, as_completed  # whoever has a client has it
+    from distributed import CancelledError, Client, KilledWorker, as_completed  # whoever has a client has it
+    from distributed.comm import CommClosedError
 
-    if client.asynchronous:
-        raise TypeError("client: one that is not asynchronous expected")
+    if not isinstance(client, Client) or client.asynchronous:
+        raise TypeError(f"client: a dask.distributed.Client that is not asynchronous expected, not {client!r}")
     under_way: Dict[Any, List[Tuple[int, Any]]] = {}
-    completed, is_more = as_completed(), True
+    completed, is_more = as_completed(loop=client.loop), True
     try:
         while is_more or under_way:
+            if client.status != "running":
+                raise CancelledError(f"it is {client.status}")
             # Two tasks for each thread: none waits while results travel, and little is lost with the client.
             most = 2 * max(2, sum(client.nthreads().values())) if is_more else 0
             while is_more and len(under_way) < most:
@@ -46,9 +50,13 @@ def stream(client: Any, size: int, retries: int, settings: workers.Settings,
                                f"section and {len(block) - 1} others: {error}",
                                "remedy": "Dask's distributed.scheduler.allowed-failures allows more"}
                     yield from ((index, {"error": failure}) for index, _ in block)
+    except (CancelledError, CommClosedError) as error:
+        raise ConnectionError(f"client: it was closed, or has lost its scheduler or tasks ({error}); results that came are "
+                              "whole, the other sections are for another batch") from error
     finally:
         if under_way and client.status == "running":
-            client.cancel(list(under_way))
+            with contextlib.suppress(OSError):  # the scheduler is gone
+                client.cancel(list(under_way))
 
 
 def answers_of(settings: workers.Settings,
