@@ -1,13 +1,15 @@
 """Sections by worker processes: one, many at once, and what is wrong with one."""
 import functools
 import json
+import math
+import numbers
+import operator
 import os
 import subprocess
-from pathlib import Path
 from typing import Any, Dict, Iterable, Iterator, List, Mapping, Optional, Tuple, Union
 
 from . import workers
-from .requests import Source, Units, find_command, is_file, request_of, text_of, wishes_of
+from .requests import Source, Units, find_command, folder_of, request_of, text_of, wishes_of
 from .results import Section, SectionError
 
 Result = Union[Section, SectionError]
@@ -42,10 +44,10 @@ def section(source: Optional[Source] = None, *, shape: Optional[str] = None, mat
         raise TypeError(f"section: unexpected argument {next(iter(parameters))!r}; parameters are those of a shape")
     if mesh not in ("coarse", "finest"):
         raise ValueError(f'mesh: "coarse" or "finest" expected, not {mesh!r}')
-    if files is None and is_file(source):
-        files = Path(os.fspath(source)).parent
     wishes = wishes_of(units, accuracy, levels, size, values)
-    request = request_of(source if shape is None else {"shape": shape, "parameters": parameters}, wishes, materials, True)
+    request = request_of({"shape": shape, "parameters": parameters} if source is None else source, wishes, materials, True)
+    if files is None and any(key in request.get("section", ()) for key in ("mesh", "drawing")):
+        files = folder_of(source)  # only where it is read: workers with and without a folder are not the same
     settings = _settings(None, timeout, memory, files, command)
     return Section(answer_to(request, settings), request, settings, mesh)
 
@@ -71,6 +73,7 @@ def batch(sections: Iterable[Source], jobs: Optional[int] = None, timeout: float
     The iterator may be left at any time: what it has under way is dropped. OSError: there are no workers. What `sections`
     raises ends it.
     """
+    jobs, chunk = None if jobs is None else int(operator.index(jobs)), operator.index(chunk)
     if jobs is not None and jobs < 1 or chunk < 1:
         raise ValueError("jobs, chunk: 1 or more expected")
     if isinstance(sections, (str, Mapping)):
@@ -91,13 +94,16 @@ def check(source: Source, materials: Any = None, command: Optional[str] = None) 
     source, materials, command: as `section` has them.
     """
     given = request_of(source, {}, materials, True)
-    folder = Path(os.fspath(source)).parent if is_file(source) else None
+    if "section" not in given and "name" not in given:
+        raise SectionError("request", "", "only sections, files and profiles are checked",
+                           "`section` tells what is wrong with a shape")
     name, text = given.get("name", "-"), text_of(given["section"]) if "section" in given else ""
-    done = subprocess.run([find_command(command), "check", name, "--json"], input=text, capture_output=True,
-                          encoding="utf-8", cwd=folder)
-    if not done.stdout:
-        raise SectionError("internal", "", done.stderr.strip() or f"the command ended with {done.returncode}")
-    return json.loads(done.stdout)["sections"][0]["findings"]
+    done = subprocess.run([find_command(command), "check", "--json", "--", name], input=text, capture_output=True,
+                          encoding="utf-8", cwd=folder_of(source))
+    try:
+        return list(json.loads(done.stdout)["sections"][0]["findings"])
+    except (ValueError, LookupError, TypeError):
+        raise SectionError("internal", "", done.stderr.strip() or f"the command ended with {done.returncode}") from None
 
 
 def answer_to(request: Mapping[str, Any], settings: workers.Settings) -> Dict[str, Any]:
@@ -112,6 +118,9 @@ def answer_to(request: Mapping[str, Any], settings: workers.Settings) -> Dict[st
 
 
 def _settings(jobs: Optional[int], timeout: float, memory: float, files: Any, command: Optional[str]) -> workers.Settings:
+    for name, value in ("timeout", timeout), ("memory", memory):
+        if not (isinstance(value, numbers.Real) and 0 < value < math.inf):
+            raise ValueError(f"{name}: a number above 0 expected, not {value!r}")
     return workers.Settings(os.fspath(command or ""), jobs or 0, timeout, memory,
                             None if files is None else os.path.abspath(files))
 
@@ -132,7 +141,7 @@ def _results(stream: Any, settings: workers.Settings, requests: Any, mesh: str) 
     def passing() -> Iterator[Any]:
         for index, request in requests:
             kept[index] = request
-            yield index, request
+            yield index, request if isinstance(request, SectionError) else {**request, "id": index}
 
     for index, answer in stream(settings, passing()):
         request = kept.pop(index)

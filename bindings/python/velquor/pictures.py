@@ -48,7 +48,7 @@ def plot(section: Section, field: Optional[str], ax: Any, quantity: Optional[str
     ax.margins(0.05)
     ax.set_xlabel(f"y [{mesh.length}]")
     ax.set_ylabel(f"z [{mesh.length}]")
-    ax.set_title(section.name if field is None else f"{section.name}: {field}")
+    ax.set_title(": ".join(filter(None, (section.name, field))))
     return ax
 
 
@@ -94,7 +94,7 @@ def _edges(fields: Fields) -> np.ndarray:
 
 def html_of(section: Section) -> str:
     """A table of the main values, or of all where few were wanted, beside the drawing; every text is escaped."""
-    entries = section.to_dict()["values"]
+    entries = section._answer["values"]
     keys = list(entries) if len(entries) <= len(MAIN) else [key for key in MAIN if key in entries]
     rows = []
     for key in keys:

@@ -3,7 +3,7 @@ import json
 import os
 import shutil
 from pathlib import Path
-from typing import Any, Dict, Iterable, Mapping, Optional, Sequence, Union
+from typing import Any, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
 from .results import SectionError
 
@@ -30,13 +30,26 @@ def is_file(source: Optional[Source]) -> bool:
     return isinstance(source, os.PathLike) or isinstance(source, str) and source.lower().endswith(FILES)
 
 
-def read(path: "os.PathLike[str] | str") -> Any:
+def folder_of(source: Optional[Source]) -> Optional[Path]:
+    """Of a path of a file."""
+    return Path(os.fspath(source)).parent if isinstance(source, (str, os.PathLike)) and is_file(source) else None
+
+
+def read(path: Union[str, "os.PathLike[str]"]) -> Any:
     try:
-        return json.loads(Path(path).read_text(encoding="utf-8"))
+        return json.loads(Path(path).read_text(encoding="utf-8-sig"), object_pairs_hook=_each_once)
     except OSError as error:
         raise SectionError("refused", "", f"{path}: cannot be read: {error.strerror}") from error
     except (ValueError, RecursionError) as error:
         raise SectionError("refused", "", f"{path}: {error}", "a section file is JSON") from error
+
+
+def _each_once(entries: List[Tuple[str, Any]]) -> Dict[str, Any]:
+    found = dict(entries)
+    if len(found) < len(entries):
+        keys = [key for key, _ in entries]
+        raise ValueError(f'key "{next(key for key in keys if keys.count(key) > 1)}" stands twice')
+    return found
 
 
 def request_of(source: Source, wishes: Mapping[str, Any], materials: Any = None, relative: bool = False) -> Dict[str, Any]:
@@ -75,6 +88,8 @@ def wishes_of(units: Units = None, accuracy: Optional[float] = None, levels: Opt
     if isinstance(units, str):
         units = {"length": units}
     elif units is not None and not isinstance(units, Mapping):
+        if not 1 <= len(units) <= 2:
+            raise ValueError(f'units: of length, or of length and force, ("cm", "kN"), expected, not {units!r}')
         units = dict(zip(("length", "force"), units))
     if values is not None:
         values = [values] if isinstance(values, str) else list(values)
@@ -89,8 +104,23 @@ def text_of(value: Mapping[str, Any]) -> str:
         text.encode("utf-8")
         return text
     except (TypeError, ValueError, RecursionError) as error:
-        raise SectionError("request", "", f"cannot be written as JSON: {error}",
+        raise SectionError("request", _fault_in(value), f"cannot be written as JSON: {error}",
                            "numbers are finite, keys and texts are Unicode") from error
+
+
+def _fault_in(value: Any, depth: int = 20) -> str:
+    """Where, in a section or request, the innermost entry stands that cannot be written; "" where it has no place."""
+    value = value.tolist() if hasattr(value, "tolist") else value
+    is_record = isinstance(value, Mapping)
+    for key, entry in value.items() if is_record else enumerate(value if isinstance(value, (list, tuple)) else ()):
+        try:
+            json.dumps(entry, ensure_ascii=False, allow_nan=False, default=_plain).encode("utf-8")
+        except (TypeError, ValueError, RecursionError):
+            inner = _fault_in(entry, depth - 1) if depth > 0 else ""
+            if is_record and key == "section":
+                return inner
+            return (f"{key}" if is_record else f"[{key}]") + ("." if inner[:1] not in ("", "[") else "") + inner
+    return ""
 
 
 def _plain(value: Any) -> Any:
@@ -98,4 +128,6 @@ def _plain(value: Any) -> Any:
         return dict(value)
     if hasattr(value, "tolist"):  # of numpy
         return value.tolist()
+    if isinstance(value, os.PathLike):
+        return os.fspath(value)
     raise TypeError(f"{type(value).__name__} is none of JSON's types")

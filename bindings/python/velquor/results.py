@@ -2,7 +2,7 @@
 import difflib
 import json
 import math
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 from typing import Any, Dict, Iterator, List, Mapping, Optional, Tuple
 
 import numpy as np
@@ -28,9 +28,10 @@ class SectionError(Exception):
         return "".join((f"{self.at}: " if self.at else "", self.message, f"; {self.remedy}" if self.remedy else ""))
 
 
-def _unknown(kind: str, name: str, known: Any) -> str:
-    near = difflib.get_close_matches(name, list(known), 1, 0.5) or [k for k in known if k.lower() == name.lower()]
-    return f"no {kind} {name!r}" + (f"; did you mean {near[0]!r}?" if near else "")
+def _unknown(kind: str, name: Any, known: Any) -> str:
+    near = difflib.get_close_matches(str(name), known, 1, 0.5) or [k for k in known if k.lower() == str(name).lower()]
+    all_of_them = f"; there are {', '.join(map(repr, known))}" if 0 < len(known) < 10 else ""
+    return f"no {kind} {name!r}" + (f"; did you mean {near[0]!r}?" if near else all_of_them)
 
 
 class Record(Mapping[str, Any]):
@@ -62,13 +63,16 @@ class Record(Mapping[str, Any]):
         return f"<{self._kind}: {', '.join(f'{key} {value!r}' for key, value in self._entries.items())}>"
 
 
-@dataclass(frozen=True, eq=False)
+@dataclass(frozen=True, eq=False, repr=False)
 class Mesh:
     """Elements of the section, which `core` takes as they are. Numbers of nodes count from 1."""
     nodes: np.ndarray     # (n, 2)  y, z in `length`
     elements: np.ndarray  # (m, 4)  counter-clockwise; a triangle repeats its third node
     parts: np.ndarray     # (m)     of the section's list, from 0; behind the parts each bar
     length: str           # unit, the section's own
+
+    def __repr__(self) -> str:
+        return f"<velquor.Mesh: {len(self.nodes)} nodes, {len(self.elements)} elements, in {self.length}>"
 
 
 @dataclass(frozen=True, eq=False)
@@ -85,7 +89,7 @@ class Field:
     mises: Optional[np.ndarray]     # (p)     of load sets
 
 
-@dataclass(frozen=True, eq=False)
+@dataclass(frozen=True, eq=False, repr=False)
 class Fields(Mapping[str, Field]):
     """What is known at the points of a mesh; a field for each load by its name.
 
@@ -97,8 +101,13 @@ class Fields(Mapping[str, Field]):
     elements: np.ndarray           # (m, 4)  those of the mesh, by points from 1
     sharp: np.ndarray              # (p)     True where shear stresses have no limit
     warping: Optional[np.ndarray]  # (p, 3)  of a unit twist, of unit shear along u, along v; on the coarse mesh alone
-    columns: Dict[str, np.ndarray] = field(repr=False)  # all, as the answer names them
-    unit: str = ""
+    columns: Dict[str, np.ndarray]  # all, as the answer names them
+    unit: str
+
+    __eq__, __hash__ = object.__eq__, object.__hash__  # arrays are not compared
+
+    def __repr__(self) -> str:
+        return f"<velquor.Fields: {len(self.node)} points, {', '.join(self)}>"
 
     def _names(self) -> List[str]:
         ends = (" axial", " shear y", " von Mises")
@@ -180,7 +189,8 @@ class Section:
 
     def to_dict(self) -> Dict[str, Any]:
         """The answer, of which all this is made, of plain types."""
-        return json.loads(json.dumps(self._answer))
+        from .requests import text_of
+        return json.loads(text_of(self._answer))
 
     @property
     def mesh(self) -> Mesh:
@@ -193,13 +203,13 @@ class Section:
         return self._fetched("unit")[1]
 
     def field(self, name: str) -> Field:
-        """Of a unit load, one of N, My, Mz, B, T, Vy, Vz, Tw, or of a load set by its name."""
-        if name in self.fields:
-            return self.fields[name]
-        sets: Mapping[str, Field] = self._fetched("sets")[1] if self._load_sets() else {}
-        if name not in sets:
+        """Of a load set by its name, else of a unit load, one of N, My, Mz, B, T, Vy, Vz, Tw."""
+        sets: Mapping[str, Field] = {}
+        if self._load_sets():
+            sets = self._fetched("sets")[1]
+        if name not in sets and name not in self.fields:
             raise KeyError(_unknown("load", name, [*self.fields, *sets]))
-        return sets[name]
+        return sets[name] if name in sets else self.fields[name]
 
     def plot(self, field: Optional[str] = None, ax: Any = None, quantity: Optional[str] = None) -> Any:
         """Draws the elements, or a field of them, with matplotlib; returns the axes.
