@@ -143,9 +143,10 @@ class Errors(unittest.TestCase):
                 ("IPE 301", ("refused", "name", 'unknown profile "IPE 301"', 'did you mean "IPE 300"?')),
                 (circle, ("refused", "parts[0].shape", 'unknown shape "circel"', 'did you mean "circle"?')),
                 ({"name": "IPE 300", "value": []}, ("request", "", 'unknown key "value"', 'did you mean "values"?')),
-                (plate(math.nan), ("request", "", "cannot be written as JSON: Out of range float", "")),
-                (plate(name="\ud800"), ("request", "", "cannot be written as JSON: ", "")),
-                (plate(name=object()), ("request", "", "cannot be written as JSON: object", "")),
+                (plate(math.nan), ("request", "parts[0].outline[1][0]", "cannot be written as JSON: Out of range float", "")),
+                (plate(name="\ud800"), ("request", "name", "cannot be written as JSON: ", "")),
+                (plate(name=object()), ("request", "name", "cannot be written as JSON: object", "")),
+                ({"section": plate(bars=np.array([1, math.nan]))}, ("request", "bars[1]", "cannot be written as JSON: Out", "")),
                 (7, ("request", "", "int is no section", "give a profile")),
                 ("missing.json", ("refused", "", "missing.json: cannot be read: No such file", ""))):
             with self.subTest(expected), self.assertRaises(velquor.SectionError) as raised:
@@ -154,6 +155,15 @@ class Errors(unittest.TestCase):
             self.assertEqual((error.kind, error.at), expected[:2])
             self.assertTrue(error.message.startswith(expected[2]) and error.remedy.startswith(expected[3]), repr(error))
         self.assertEqual(str(velquor.SectionError("refused", "parts[0]", "a", "b")), "parts[0]: a; b")
+
+    def test_of_files_are_those_of_the_command(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = pathlib.Path(folder) / "plate.json"
+            file.write_text("\ufeff" + json.dumps(plate()), encoding="utf-8")
+            self.assertAlmostEqual(velquor.section(file, **QUICK).A, 200)
+            file.write_text(json.dumps(plate())[:-1] + ', "name": "a", "name": "b"}')
+            with self.assertRaisesRegex(velquor.SectionError, 'plate.json: key "name" stands twice'):
+                velquor.section(file)
 
     def test_of_lines_without_a_readable_id_are_those_of_their_sections(self):
         deep = [0.0]
@@ -172,14 +182,21 @@ class Errors(unittest.TestCase):
     def test_of_the_call_itself(self):
         for call, failure in ((lambda: velquor.section(), TypeError), (lambda: velquor.section("IPE 300", h=3), TypeError),
                               (lambda: velquor.section("IPE 300", mesh="fine"), ValueError),
-                              (lambda: velquor.batch("IPE 300"), TypeError), (lambda: velquor.batch([], jobs=0), ValueError)):
+                              (lambda: velquor.batch("IPE 300"), TypeError), (lambda: velquor.batch([], jobs=0), ValueError),
+                              (lambda: velquor.section("IPE 300", units=("cm", "kN", "s")), ValueError),
+                              (lambda: velquor.section("IPE 300", timeout=None), ValueError),
+                              (lambda: velquor.section("IPE 300", memory=math.nan), ValueError)):
             self.assertRaises(failure, call)
 
     def test_without_workers(self):
         with self.assertRaisesRegex(OSError, "no command /missing; install .*VELQUOR_COMMAND"):
             velquor.batch([], command="/missing")
-        with program("sys.exit('velquor: unknown option')") as command, self.assertRaisesRegex(OSError, "unknown option$"):
+        with program("sys.exit('velquor: unknown')") as command, self.assertRaisesRegex(OSError, "unknown; is it velquor,"):
             velquor.section("IPE 300", command=command)
+        with self.assertRaisesRegex(OSError, "ended with status 0; is it velquor, of this package's version"):
+            velquor.section("IPE 300", command="/bin/true")
+        with self.assertRaisesRegex(OSError, "embedded null byte"):  # what nobody thought of is told, and not waited for
+            next(velquor.batch(["IPE 300"], files="\0"))
         with program("print('hello', flush=True)\nsys.stdin.read()") as command, self.assertRaisesRegex(OSError, "no answers"):
             velquor.section("IPE 300", command=command)
 
@@ -191,6 +208,9 @@ class Errors(unittest.TestCase):
                          ("error", "parts[0].shape", 'did you mean "circle"?'))
         done = subprocess.run([COMMAND, "check", "-"], input=json.dumps(wrong), capture_output=True, encoding="utf-8")
         self.assertEqual(done.stdout, f"-: {error['place']}: {error['message']}; {error['remedy']}\n")
+        with self.assertRaisesRegex(velquor.SectionError, "`section` tells what is wrong with a shape"):
+            velquor.check({"shape": "circle", "parameters": {"d": 10}})
+        self.assertIn("unknown profile", velquor.check("--help")[0]["message"])
         self.assertEqual(velquor.check(SECTIONS / "encased.json"), velquor.check(str(SECTIONS / "encased.json")))
 
 
@@ -238,7 +258,7 @@ class OverTheMesh(unittest.TestCase):
 
     def test_sharp_corners_and_load_sets(self):
         section = velquor.section({"materials": [STEEL], "parts": [{"outline": L_SHAPE}],
-                                   "loads": [{"name": "snow T", "N": 1000, "Vz": 2000, "T": 3000}]})
+                                   "loads": [{"name": "snow T", "N": 1000, "Vz": 2000, "T": 3000}, {"name": "Tw", "N": 3}]})
         fields, snow = section.fields, section.field("snow T")
         self.assertEqual(np.unique(fields.places[fields.sharp], axis=0).tolist(), [[10, 10]])
         self.assertTrue(np.isnan(fields["Vz"].shear[fields.sharp]).all())
@@ -249,7 +269,10 @@ class OverTheMesh(unittest.TestCase):
         np.testing.assert_allclose(snow.shear, shear, rtol=1e-9, atol=1e-9)
         np.testing.assert_allclose(snow.mises, np.sqrt(expected**2 + 3 * (shear**2).sum(axis=1)), rtol=1e-9)
         self.assertEqual(section.loads[0]["name"], "snow T")
+        np.testing.assert_allclose(section.field("Tw").axial, 3 * fields["N"].axial, rtol=1e-9)  # the set of this name
         self.assertRaises(KeyError, section.field, "snow")
+        self.assertEqual((fields, {fields}), (section.fields, {section.fields}))
+        self.assertRegex(repr(fields), "^<velquor.Fields: [0-9]+ points, N, My, ")
 
 
 class Pictures(unittest.TestCase):
@@ -319,13 +342,15 @@ class Pictures(unittest.TestCase):
 class Batches(unittest.TestCase):
     def test_give_every_section_once_with_its_index_and_id_and_errors_among_them(self):
         sections = [f"IPE {300 + k % 2}" if k % 3 else {"section": plate(1 + k), "id": f"B{k}", **QUICK} for k in range(60)]
-        sections[5], sections[6] = plate(math.inf), {"name": "IPE 200", "id": 6.5, "levels": 1}
+        sections[5], sections[6] = plate(math.inf), {"name": "IPE 200", "id": np.int64(65), "levels": 1}
         results = list(velquor.batch(sections, values=["A", "It"], levels=1, units="cm", jobs=3))
         self.assertEqual(sorted(result.index for result in results), list(range(60)))
         for result in results:
             k = result.index
             if k in (5, 6):
-                self.assertEqual(result.id, {5: 5, 6: 6.5}[k])
+                self.assertEqual(result.id, {5: 5, 6: 65}[k])
+                if k == 6:
+                    self.assertEqual(json.dumps(result.to_dict()["id"]), "65")
             elif k % 3 == 0:
                 self.assertEqual((result.id, list(result.values)), (f"B{k}", ["A", "Iy"]))  # its own wishes hold
                 self.assertAlmostEqual(result.A, 0.2 * (1 + k))
@@ -443,6 +468,17 @@ class Batches(unittest.TestCase):
         self.assertIn("in the process that began it", told_of["iterator"])
         self.assertEqual(len(list(iterator)), 49)
         self.assertEqual((len(pipes), told_of["pipes"]), (3, 0))
+
+
+    def test_may_be_dropped_by_the_collector_while_the_thread_has_the_locks(self):
+        done = python("import faulthandler, itertools\n"
+                      "faulthandler.dump_traceback_later(20, exit=True)\n"
+                      "dropped, other = (velquor.batch(itertools.repeat('IPE 301'), jobs=2) for _ in range(2))\n"
+                      "next(dropped), next(other)\n"
+                      "pool, = velquor.workers._pools.values()\n"
+                      "with velquor.workers._guard, pool._lock: dropped = None\n"
+                      "print(pool.users, next(other).kind)")
+        self.assertEqual((done.stdout, done.stderr), ("1 refused\n", ""))
 
 
 class Ends(unittest.TestCase):

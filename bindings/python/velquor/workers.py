@@ -47,13 +47,13 @@ class _Pool:
         self.users = 0  # streams that hold it; guarded by _guard
         self.closed = False
         self._most = 2 * settings.jobs  # lines that the supervisor has at a time: those that wait here can be dropped
-        self._lock = threading.Lock()  # guards what follows
+        self._lock = threading.RLock()  # guards what follows; again where the collector ends a stream meanwhile
         self._tickets = itertools.count(1)
         self._jobs: Dict[int, _Job] = {}  # not answered yet
         self._queue: "collections.deque[int]" = collections.deque()  # not handed over yet
         self._sent: List[int] = []  # handed over, dropped ones among them
         self._process: Any = None  # subprocess.Popen
-        self._wake = os.pipe()
+        self._wake: Tuple[int, ...] = os.pipe()  # () at the end
         for end in self._wake:
             os.set_blocking(end, False)
         self._thread = threading.Thread(target=self._run, name="velquor workers", daemon=True)
@@ -66,7 +66,7 @@ class _Pool:
         with self._lock:
             self._jobs[ticket] = job
             self._queue.append(ticket)
-        self._rouse()
+            self._rouse()
         return ticket
 
     def drop(self, tickets: "set[int]") -> None:
@@ -84,7 +84,7 @@ class _Pool:
     def forget(self) -> None:
         """In a child process, to which workers and thread do not belong: its copies of the descriptors are closed."""
         self.closed = True
-        self._lock = threading.Lock()  # which another thread of the parent may have held
+        self._lock = threading.RLock()  # which another thread of the parent may have held
         process, self._process = self._process, None
         for end in self._wake:
             os.close(end)
@@ -95,8 +95,9 @@ class _Pool:
             process.returncode = 0  # of no child of ours: nothing to wait for
 
     def _rouse(self) -> None:
-        with contextlib.suppress(BlockingIOError, OSError):  # full: it is awake
-            os.write(self._wake[1], b"\0")
+        with self._lock, contextlib.suppress(BlockingIOError):  # full: it is awake
+            if self._wake:
+                os.write(self._wake[1], b"\0")
 
     def _run(self) -> None:
         while not self.closed:
@@ -107,26 +108,31 @@ class _Pool:
                     selector.register(self._wake[0], selectors.EVENT_READ)
                     selector.select()
                 continue
-            with tempfile.TemporaryFile(buffering=0) as self._messages:
-                try:
-                    self._process = self._start()
-                except OSError as error:
-                    self._fail(error)
-                    continue
-                try:
-                    has_answered = self._serve(self._process)
-                except (ValueError, AttributeError) as error:
-                    has_answered = True
-                    self._fail(OSError(f"velquor: {self.settings.command} worker gives no answers: {error}"))
+            try:
+                self._supervise()
+            except Exception as error:  # whatever it is: nobody is left waiting
+                self._fail(OSError(f"velquor: {self.settings.command} worker gives no answers: {error}"))
+        with self._lock:
+            for end in self._wake:
+                os.close(end)
+            self._wake = ()
+
+    def _supervise(self) -> None:
+        """From the start of a supervisor to its end."""
+        with tempfile.TemporaryFile(buffering=0) as self._messages:
+            self._process = self._start()
+            try:
+                has_answered = self._serve(self._process)
+            finally:
                 status = self._end(self._process)
                 self._process = None
-                self._messages.seek(max(0, self._messages.seek(0, os.SEEK_END) - 2000))
-                told = self._messages.read().decode("utf-8", "replace").strip()
-            if status > 0 and not has_answered and not self.closed:
-                self._fail(OSError(f"velquor: {self.settings.command} worker ended with status {status}: {told}"))
-            self._give_again()
-        for end in self._wake:
-            os.close(end)
+            self._messages.seek(max(0, self._messages.seek(0, os.SEEK_END) - 2000))
+            told = self._messages.read().decode("utf-8", "replace").strip()
+        if status >= 0 and not has_answered and not self.closed:
+            known = told.startswith("velquor: --")  # what is wrong with an option
+            raise OSError(f"it ended with status {status}" + (f": {told}" if told else "")
+                          + ("" if known else "; is it velquor, of this package's version?"))
+        self._give_again()
 
     def _start(self) -> Any:
         s = self.settings
@@ -183,8 +189,9 @@ class _Pool:
         with self._lock:
             while self._queue and len(self._sent) < self._most:
                 ticket = self._queue.popleft()
-                if ticket in self._jobs:
-                    lines.append(self._jobs[ticket].line)
+                job = self._jobs.get(ticket)
+                if job:
+                    lines.append(job.line)
                     self._sent.append(ticket)
         return b"".join(lines)
 
@@ -210,8 +217,10 @@ class _Pool:
     def _give_again(self) -> None:
         with self._lock:
             sent, self._sent = self._sent, []
-            for ticket in reversed([ticket for ticket in sent if ticket in self._jobs]):
-                job = self._jobs[ticket]
+            for ticket in reversed(sent):
+                job = self._jobs.get(ticket)
+                if not job:
+                    continue
                 job.goes += 1
                 if job.goes < 2:
                     self._queue.appendleft(ticket)
@@ -238,7 +247,7 @@ class _Pool:
         return process.wait()
 
 
-_guard = threading.Lock()  # guards what follows, and the users of pools
+_guard = threading.RLock()  # guards what follows, and the users of pools; again as a pool's own
 _pools: Dict[Settings, _Pool] = {}
 _ending: List[_Pool] = []
 
@@ -319,7 +328,7 @@ def _close_all() -> None:
 def _forget_all() -> None:
     global _guard
     pools = [*_pools.values(), *_ending]
-    _guard = threading.Lock()
+    _guard = threading.RLock()
     _pools.clear()
     _ending.clear()
     for pool in pools:
