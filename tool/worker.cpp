@@ -57,7 +57,7 @@ void note_lack() {
     throw std::bad_alloc();
 }
 
-std::string answer_of(const InputLine& line, const WorkerOptions& options) {
+std::string answer_of(const RawLine& line, const WorkerOptions& options) {
     if (line.size > LONGEST_REQUEST) return answer_to_long(line.size);
     ran_out = false;
     std::string answer = answer_to(line.text, options.folder);
@@ -83,7 +83,7 @@ int work(const WorkerOptions& options) {
     const int output = take_output();
     Lines lines(LONGEST_REQUEST);
     std::vector<char> block(std::size_t{1} << 16);
-    const auto answer = [&](const InputLine& line) {
+    const auto answer = [&](const RawLine& line) {
         if (is_blank(line)) return;
         if (!write_all(output, answer_of(line, options) + "\n"))
             throw CannotWrite(std::string("the standard output: cannot be written: ") + std::strerror(errno));

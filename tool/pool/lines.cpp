@@ -7,7 +7,7 @@
 
 namespace velquor {
 
-bool is_blank(const InputLine& line) {
+bool is_blank(const RawLine& line) {
     return line.size == line.text.size() && line.text.find_first_not_of(" \t\r") == std::string::npos;
 }
 
@@ -25,11 +25,11 @@ void Lines::add(std::string_view block) {
     }
 }
 
-std::optional<InputLine> Lines::next() {
+std::optional<RawLine> Lines::next() {
     const std::size_t end = held.find('\n', looked);
     looked = end == std::string::npos ? held.size() : end + 1;
     if (end == std::string::npos) return {};
-    InputLine line;
+    RawLine line;
     line.size = dropped + end - begin;
     if (line.size <= longest) line.text = held.substr(begin, end - begin);
     begin = end + 1;
@@ -37,7 +37,7 @@ std::optional<InputLine> Lines::next() {
     return line;
 }
 
-std::optional<InputLine> Lines::last() {
+std::optional<RawLine> Lines::last() {
     if (begin == held.size() && dropped == 0) return {};
     held += '\n';
     looked = begin;

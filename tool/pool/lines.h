@@ -7,21 +7,21 @@
 
 namespace velquor {
 
-struct InputLine {
+struct RawLine {
     std::string text;      // without its line feed; empty where it is longer than is kept
     std::size_t size = 0;  // bytes that it has
 };
 
 // Of spaces, tabs and carriage returns at most: no request.
-bool is_blank(const InputLine& line);
+bool is_blank(const RawLine& line);
 
 class Lines {
 public:
     explicit Lines(std::size_t most) : longest(most) {}
 
     void add(std::string_view block);
-    std::optional<InputLine> next();  // the next whole line
-    std::optional<InputLine> last();  // at the end: what stands behind the last line feed, if anything
+    std::optional<RawLine> next();  // the next whole line
+    std::optional<RawLine> last();  // at the end: what stands behind the last line feed, if anything
 
 private:
     std::size_t longest;

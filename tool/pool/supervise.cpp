@@ -89,7 +89,7 @@ int supervise(const PoolOptions& options) {
         while (!signalled) {
             bool dry = false;
             while (!dry && pool.waiting() > 0) {
-                const std::optional<InputLine> line = more ? lines.next() : lines.last();
+                const std::optional<RawLine> line = more ? lines.next() : lines.last();
                 dry = !line;
                 if (!line || is_blank(*line)) continue;
                 if (line->size > LONGEST_REQUEST)
