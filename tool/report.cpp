@@ -14,12 +14,11 @@ int report(const ReportOptions& options) {
         Effort effort;
         effort.stresses = !section.loads.empty();
         const Analysis analysis = analyse(section, effort);
-        Report told = {section,    analysis,      values_of(section, analysis), check(section, analysis.mesh),
-                       {},         section.notes, name_of(options.inputs, 0),   options.project,
-                       options.by, options.date};
-        told.values = in_units(told.values, options.length.empty() ? section.length : options.length,
-                               options.force.empty() ? section.force : options.force);
-        for (const Load& load : section.loads) told.loads.push_back(result_of(section, analysis, load));
+        Report told = report_on(section, analysis, options.length, options.force);
+        told.input = name_of(options.inputs, 0);
+        told.project = options.project;
+        told.by = options.by;
+        told.date = options.date;
         const Document document = document_of(told);
         write(paged ? pdf_of(document) : html_of(document), options.output);
     });

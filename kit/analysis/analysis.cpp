@@ -120,7 +120,7 @@ Analysis analyse(const Section& section, const Effort& effort) {
     const Mesh mesh = mesh_of(section, 1, effort.stresses);
     int levels = section.wishes.levels;
     // Stresses converge behind the values: a further level, unless another number than the usual is wished.
-    if (effort.stresses && levels == Wishes().levels && fits(mesh, levels + 1, effort)) ++levels;
+    if (effort.stresses && !effort.quick && levels == Wishes().levels && fits(mesh, levels + 1, effort)) ++levels;
     // A mesh that is given may be fine already. Two levels are the fewest that tell a bound.
     while (is_mesh(section) && levels > 2 && !fits(mesh, levels, effort)) --levels;
     Analysis a = analyse(section, mesh, levels, effort.stresses);

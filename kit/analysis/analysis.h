@@ -40,7 +40,8 @@ struct Unsolved : Error {
 // but two. Throws Error where the section cannot be meshed or is
 // refused, Unsolved where there is no solution.
 struct Effort {
-    bool stresses = false;  // fills Analysis::field, and takes a level more than the usual three
+    bool stresses = false;  // fills Analysis::field
+    bool quick = false;     // else, with stresses, a level more than the usual three is taken
     std::int64_t most_nodes = 300000;
 };
 Analysis analyse(const Section& section, const Effort& effort = {});

@@ -90,6 +90,17 @@ void tell_method(const Report& report, std::vector<Block>& blocks) {
 
 }  // namespace
 
+Report report_on(const Section& section, const Analysis& analysis, const std::string& length,
+                 const std::string& force) {
+    Report report = {
+        section, analysis, values_of(section, analysis), check(section, analysis.mesh), {}, section.notes, "", "",
+        "",      ""};
+    report.values =
+        in_units(report.values, length.empty() ? section.length : length, force.empty() ? section.force : force);
+    for (const Load& load : section.loads) report.loads.push_back(result_of(section, analysis, load));
+    return report;
+}
+
 Document document_of(const Report& report) {
     Document d;
     d.title = report.section.name.empty() ? "Section" : printable(report.section.name);

@@ -24,6 +24,10 @@ struct Report {
     std::string project, by, date;   // empty: a line for a pen
 };
 
+// Of everything that an analysis gives, its values in these units; empty: the section's own. Throws Error as result_of
+// and in_units do.
+Report report_on(const Section& section, const Analysis& analysis, const std::string& length, const std::string& force);
+
 // Lives no longer than the section and the analysis.
 Document document_of(const Report& report);
 

@@ -302,6 +302,7 @@ Section section_from(const json& value, bool with_parts) {
 }  // namespace
 
 Section section_from(const json& value) { return section_from(value, true); }
+Section materials_from(const json& value) { return section_from(value, false); }
 Section read_section(std::string_view text) { return section_from(parse_text(text), true); }
 Section read_materials(std::string_view text) { return section_from(parse_text(text), false); }
 

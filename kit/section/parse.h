@@ -29,5 +29,6 @@ void check_structure(const nlohmann::json& value, const Pattern& pattern);
 
 // A checked section from what parse_text gave. Throws Error, and nothing else.
 Section section_from(const nlohmann::json& value);
+Section materials_from(const nlohmann::json& value);  // as read_materials does
 
 }  // namespace velquor

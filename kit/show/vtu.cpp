@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <cstring>
 
 #include "kit/section/words.h"
+#include "kit/show/binary.h"
 #include "kit/show/fields.h"
 
 namespace velquor {
@@ -9,25 +9,6 @@ namespace velquor {
 namespace {
 
 constexpr int VERTEX = 1, TRIANGLE = 5, QUADRILATERAL = 9;  // VTK's types of cells
-
-template <typename Number>
-void append(std::string& bytes, Number number) {
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &number, sizeof number);
-    for (std::size_t k = 0; k < sizeof number; ++k) bytes += static_cast<char>(bits >> (8 * k) & 0xff);
-}
-
-std::string base64(const std::string& bytes) {
-    const char* const letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        std::uint32_t bits = 0;
-        for (std::size_t k = 0; k < 3; ++k)
-            bits = bits << 8 | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0u);
-        for (std::size_t k = 0; k < 4; ++k) text += i + k > bytes.size() ? '=' : letters[bits >> (18 - 6 * k) & 0x3f];
-    }
-    return text;
-}
 
 // Numbers with their length before them, little end first.
 template <typename Number>

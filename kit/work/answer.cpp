@@ -4,7 +4,9 @@
 #include <nlohmann/json.hpp>
 
 #include "kit/show/json.h"
+#include "kit/work/document.h"
 #include "kit/work/request.h"
+#include "kit/work/view.h"
 
 namespace velquor {
 
@@ -81,10 +83,12 @@ ordered_json json_of(const Fields& fields) {
 }
 
 ordered_json answer_of(const json& id, const Request& wanted) {
+    if (!wanted.document.form.empty()) return {{"id", id}, {"document", document_of(wanted)}};
     const Section& section = wanted.section;
     const bool loads = wanted.loads != Request::Loads::none && !section.loads.empty();
     Effort effort;
-    effort.stresses = loads || wanted.fields || wanted.finest;
+    effort.stresses = loads || wanted.fields || wanted.finest || wanted.view != Request::View::none;
+    effort.quick = wanted.view == Request::View::draft;
     const Analysis analysis = analyse(section, effort);
     Values values = values_of(section, analysis);
     const std::string length = wanted.length.empty() ? values.length : wanted.length,
@@ -96,6 +100,7 @@ ordered_json answer_of(const json& id, const Request& wanted) {
         for (const Load& load : section.loads)
             answer["loads"].push_back(velquor::json_of(in_units(result_of(section, analysis, load), length, force),
                                                        wanted.loads == Request::Loads::nodes));
+    if (wanted.view != Request::View::none) answer["view"] = view_of(section, analysis);
     if (!wanted.fields && !wanted.mesh) return answer;
     if (!effort.stresses) {
         answer["mesh"] = json_of(analysis.mesh);

@@ -5,6 +5,7 @@
 
 #include "kit/analysis/values.h"
 #include "kit/mesh/named_files.h"
+#include "kit/section/drawing.h"
 #include "kit/section/file.h"
 #include "kit/section/parse.h"
 #include "kit/section/templates.h"
@@ -41,6 +42,23 @@ void check_file(const char* key, const std::string& file, const std::optional<st
         throw Error(key, in_quotes(file) + " is no regular file", "name a file, and no folder, pipe or device");
 }
 
+Section drawn_by(const json& line) {
+    Section section = materials_from(line["section"]);
+    read_drawing(section, line["dxf"].get<std::string>());
+    return section;
+}
+
+Request::Document document_of(const json& wanted) {
+    Request::Document document;
+    document.form = wanted["form"];
+    if (wanted.contains("fields")) document.fields = wanted["fields"].get<std::vector<std::string>>();
+    document.dark = wanted.value("dark", false);
+    document.project = wanted.value("project", "");
+    document.by = wanted.value("by", "");
+    document.date = wanted.value("date", "");
+    return document;
+}
+
 }  // namespace
 
 json parse_request(std::string_view line) {
@@ -60,6 +78,8 @@ Request wanted_by(const json& line) {
     const auto ways = line.count("name") + line.count("shape") + line.count("section");
     if (ways != 1)
         throw Error("", ways == 0 ? "no section" : "several sections", R"(give one of "name", "shape" and "section")");
+    if (line.contains("dxf") && !line.contains("section"))
+        throw Error("dxf", "a drawing without materials", R"(give them as "section": {"materials": [...]})");
     if (line.contains("parameters") && !line.contains("shape"))
         throw Error("parameters", "without \"shape\"", "parameters of a section stand in its parts");
     Request request;
@@ -83,6 +103,9 @@ Request wanted_by(const json& line) {
         for (std::size_t i = 0; fields.is_array() && i < fields.size(); ++i)
             request.cases.push_back(unit_case(fields[i], "fields[" + std::to_string(i) + "]"));
     }
+    const std::string view = line.value("view", "");
+    request.view = view.empty() ? Request::View::none : view == "draft" ? Request::View::draft : Request::View::full;
+    if (line.contains("document")) request.document = document_of(line["document"]);
     return request;
 }
 
@@ -94,6 +117,8 @@ Section section_wanted_by(const json& line, const std::optional<std::string>& fo
         std::map<std::string, double> parameters;
         if (line.contains("parameters")) parameters = line["parameters"].get<std::map<std::string, double>>();
         section = section_of_shape(line["shape"], parameters, "shape");
+    } else if (line.contains("dxf")) {
+        section = drawn_by(line);
     } else {
         section = section_from(line["section"]);
     }

@@ -19,6 +19,13 @@ struct Request {
     enum class Loads { none, peaks, nodes } loads = Loads::peaks;
     bool fields = false, mesh = false, finest = false;
     std::vector<Case> cases;  // of the fields; empty: cases_of the section
+    enum class View { none, draft, full } view = View::none;
+    struct Document {
+        std::string form;  // svg, png, pdf, html, csv, json, section; empty: none
+        std::vector<std::string> fields;
+        bool dark = false;
+        std::string project, by, date;
+    } document;
 };
 
 // Throw Error: of the line as JSON and by its schema; of what it wants besides a section; and of its section, with the

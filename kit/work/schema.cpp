@@ -19,9 +19,9 @@ std::string answer_schema() {
     ordered_json answer = own["section"];
     own.erase("section");
     answer["properties"].erase("input");
-    for (const char* key : {"id", "mesh", "fields"})
+    for (const char* key : {"id", "mesh", "fields", "view", "document"})
         answer["properties"][key] = {{"$ref", std::string("#/definitions/") + key}};
-    answer["required"] = {"id", "name", "units", "reference", "accuracy", "values", "materials"};
+    answer["required"] = {"id"};
     own["answer"] = answer;
     own["values"].erase("required");  // those that were wanted
     own["load"]["required"] = {"name", "load", "materials", "resultants"};
