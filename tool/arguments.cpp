@@ -210,6 +210,8 @@ void add_others(Arguments& a) {
     command->add_option("FILTER", a.filter, "a part of the name")->type_name("");
     command->footer("Example: velquor profiles \"HEB 2\"");
 
+    command = a.app.add_subcommand("catalogue", "profiles, shapes, values, loads and units for programs, as JSON");
+
     command = a.app.add_subcommand("schema", "the JSON Schema of section files, and of other JSON");
     command->add_flag("--result", a.results, "of what velquor calc --json gives");
     command->add_flag("--request", a.requests, "of what velquor worker reads");
@@ -324,6 +326,7 @@ std::function<int()> command_of(int count, char** arguments) {
     if (name == "shapes") return [a] { return shapes(a->shape); };
     if (name == "profiles") return [a] { return profiles(a->filter); };
     if (a->results + a->requests + a->answers > 1) throw Misuse("schema: give one of --result, --request and --answer");
+    if (name == "catalogue") return catalogue;
     if (name == "batch") return [a] { return batch(a->batch); };
     if (name == "worker") {
         if (a->worker.folder && !std::filesystem::is_directory(*a->worker.folder))

@@ -82,6 +82,7 @@ int shapes(const std::string& name);      // empty: the list of all
 int profiles(const std::string& filter);  // empty: all
 enum class Schema { section, result, request, answer };
 int schema(Schema which);
+int catalogue();
 int version();
 
 }  // namespace velquor

@@ -1,5 +1,6 @@
 #include "kit/section/file.h"
 #include "kit/work/answer.h"
+#include "kit/work/catalogue.h"
 #include "tool/commands.h"
 #include "tool/output.h"
 
@@ -12,6 +13,11 @@ int schema(Schema which) {
         case Schema::request: write(std::string(request_schema())); break;
         case Schema::answer: write(answer_schema()); break;
     }
+    return DONE;
+}
+
+int catalogue() {
+    write(catalogue_text());
     return DONE;
 }
 
