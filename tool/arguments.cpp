@@ -43,6 +43,7 @@ struct Arguments {
     CheckOptions check;
     DrawOptions draw;
     WorkerOptions worker;
+    ServeOptions serve;
     std::optional<double> seconds;
     BatchOptions batch;
     std::string shape, filter, columns, cases;
@@ -186,6 +187,27 @@ void add_worker(Arguments& a) {
         "          velquor worker --jobs 0 < requests.jsonl > answers.jsonl");
 }
 
+void add_serve(Arguments& a) {
+    CLI::App& command = *a.app.add_subcommand("serve", "sections in the browser: a page, and what calculates for it");
+    command.add_flag("--open", a.serve.open, "show the page in the browser");
+    command.add_option("--port", a.serve.port, "of the page's address; a free one where it is not given")
+        ->check(CLI::Range(0, 65535).description(""))
+        ->type_name("NUMBER");
+    command
+        .add_option("--listen", a.serve.listen, "for others too: an address of this machine, or 0.0.0.0 (127.0.0.1)")
+        ->type_name("ADDRESS");
+    command.add_option("--jobs", a.serve.jobs, "worker processes; 0, and where it is not given: as processors")
+        ->check(CLI::Range(0, 1024).description(""))
+        ->type_name("N");
+    command.add_option("--timeout", a.serve.seconds, "that a section may take (10)")
+        ->check(CLI::Range(1e-3, 1e6).description(""))
+        ->type_name("SECONDS");
+    command.add_option("--memory", a.serve.megabytes, "that a worker may take (512)")
+        ->check(CLI::Range(1, 1 << 30).description(""))
+        ->type_name("MB");
+    command.footer("It prints the page's address, and ends by Ctrl+C.\n\nExample: velquor serve --open");
+}
+
 void add_others(Arguments& a) {
     CLI::App* command = a.app.add_subcommand("mesh", "the mesh of a section, for Gmsh");
     add_inputs(*command, a.mesh.inputs, 1);
@@ -290,6 +312,7 @@ std::function<int()> command_of(int count, char** arguments) {
     add_export(*a);
     add_worker(*a);
     add_batch(a->app, a->batch);
+    add_serve(*a);
     add_others(*a);
     try {
         a->app.parse(count, arguments);
@@ -328,6 +351,7 @@ std::function<int()> command_of(int count, char** arguments) {
     if (a->results + a->requests + a->answers > 1) throw Misuse("schema: give one of --result, --request and --answer");
     if (name == "catalogue") return catalogue;
     if (name == "batch") return [a] { return batch(a->batch); };
+    if (name == "serve") return [a] { return serve(a->serve); };
     if (name == "worker") {
         if (a->worker.folder && !std::filesystem::is_directory(*a->worker.folder))
             throw Misuse("--files: " + in_quotes(*a->worker.folder) + " is no folder");

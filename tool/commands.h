@@ -78,6 +78,16 @@ struct WorkerOptions {
 };
 int work(const WorkerOptions& options);  // docs/protocol.md
 
+struct ServeOptions {
+    std::string listen = "127.0.0.1";
+    int port = 0;  // 0: a free one
+    bool open = false;
+    std::size_t jobs = 0;         // worker processes; 0: as many as processors
+    double seconds = 10;          // that a request may take
+    std::size_t megabytes = 512;  // that a worker may have
+};
+int serve(const ServeOptions& options);  // until SIGINT or SIGTERM
+
 int shapes(const std::string& name);      // empty: the list of all
 int profiles(const std::string& filter);  // empty: all
 enum class Schema { section, result, request, answer };
