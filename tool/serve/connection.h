@@ -3,7 +3,6 @@
 
 #include <httplib.h>
 
-#include <array>
 #include <chrono>
 #include <functional>
 #include <string>
@@ -17,7 +16,9 @@ public:
     Connection(int socket, std::function<bool()> others_wait);
     ~Connection() override;
 
-    void head_was_read();   // from here on a body may follow
+    // The head as it came, whole or broken off, is what is read first. None of its headers is Range.
+    void take_head();
+    void allow_body();      // behind the head, which was read
     void let_go();          // nothing more is written: waits for a moment until the client has read and closes
     bool is_there() const;  // the client, as far as can be known
 
@@ -41,9 +42,10 @@ private:
     Clock::time_point begun;
     Time allowed;
     bool writes = false;
+    bool receive();    // appends to what came; false once no more will come
     std::size_t left;  // bytes that may still come
-    std::array<char, 4096> block;
-    std::size_t at = 0, filled = 0;  // in `block`
+    std::string came;
+    std::size_t at = 0;  // what is to be read next of it
 };
 
 }  // namespace velquor

@@ -48,6 +48,7 @@ void tell(Order& order, Reply reply) {
 
 const Reply NO_WORKER = {503, "no worker process can be started; try again, or start velquor serve again"};
 const Reply ENDING = {503, "the server is ending"};
+const Reply GONE = {409, "its client has left"};
 const Reply NEWER = {409, "a newer request of the same page came"};
 
 }  // namespace
@@ -194,7 +195,7 @@ Reply Desk::ask(const std::string& page, std::string request, const std::functio
     s.ring();
     while (!order->told.wait_for(held, TURN, [&] { return order->reply.has_value(); }))
         if (!wanted()) {
-            tell(*order, {});
+            tell(*order, GONE);
             s.waiting.erase(std::remove(s.waiting.begin(), s.waiting.end(), order), s.waiting.end());
             s.ring();
         }

@@ -88,11 +88,11 @@ int PageServer::bind(int port) {
 
 bool PageServer::process_and_close_socket(socket_t socket) try {
     Connection connection(socket, [this] { return threads.load()->is_crowded(); });
+    connection.take_head();
     bool closed = false;
     const auto prepare = [&](Request& request) {
-        connection.head_was_read();
+        connection.allow_body();
         request.progress = [&](std::uint64_t, std::uint64_t) { return connection.is_there(); };
-        request.ranges.clear();                    // always the whole
         request.headers.erase("Accept-Encoding");  // compressing takes longer than a local connection
     };
     if (!process_request(connection, true, closed, prepare)) return false;
