@@ -1,5 +1,6 @@
 """velquor serve, and who could harm it: VELQUOR_COMMAND names the command, VELQUOR_FAULTY one with a mesher that crashes,
-hangs and grows where a section's name says so (faulty_mesher.cpp). VELQUOR_SECONDS: of mutated requests, for longer."""
+hangs and grows where a section's name says so (faulty_mesher.cpp). For longer: VELQUOR_SECONDS of mutated requests, and
+VELQUOR_REQUESTS of which the memory is looked at."""
 import json
 import os
 import pathlib
@@ -17,6 +18,7 @@ import unittest
 COMMAND = os.environ["VELQUOR_COMMAND"]
 FAULTY = os.environ["VELQUOR_FAULTY"]
 SECONDS = float(os.environ.get("VELQUOR_SECONDS", "0"))
+REQUESTS = int(os.environ.get("VELQUOR_REQUESTS", "0"))
 PATIENCE = 60  # seconds, where something must happen at once: machines may be busy
 LARGEST_BODY = 2 << 20
 POLICY = ("default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' blob: data:; connect-src 'self'; "
@@ -327,6 +329,38 @@ class Crowds(Serve):
         whole = len(read_all(self.connect(asked)))
         self.assertLess(size, whole)
         self.works()
+
+
+    @unittest.skipUnless(REQUESTS, "takes minutes")
+    def test_memory_stays_flat(self):
+        process = self.start()
+        def resident(number):
+            return int(pathlib.Path(f"/proc/{number}/statm").read_text().split()[1]) * resource.getpagesize() / 1e6
+        sizes = []
+        def some(thread, count):
+            for n in range(count):
+                kind = n % 10
+                answer = (self.exchange(self.head(target="/catalogue.json")) if kind == 0 else
+                          self.exchange(self.head(Host="evil.example")) if kind == 1 else
+                          self.ask(b"{", f"t{thread}") if kind == 2 else
+                          self.ask(square("", size=[0, 3][n % 2], view="draft"), f"t{thread}") if kind == 3 else
+                          self.ask(square(), f"t{thread}"))
+                self.assertEqual(answer.status, {1: 403, 2: 400}.get(kind, 200))
+                self._cleanups.clear()
+        for tenth in range(10):
+            threads = [threading.Thread(target=some, args=(n, REQUESTS // 80)) for n in range(8)]
+            for thread in threads:
+                thread.start()
+            for thread in threads:
+                thread.join()
+            sizes.append([resident(process.pid), max(map(resident, workers_of(process))),
+                          len(os.listdir(f"/proc/{process.pid}/fd"))])
+            print(f"{(tenth + 1) * REQUESTS // 10} requests: server {sizes[-1][0]:.1f} MB, largest worker {sizes[-1][1]:.1f} MB, "
+                  f"{sizes[-1][2]} descriptors", flush=True)
+        process.kill()
+        process.communicate()
+        for k in range(3):
+            self.assertLess(sizes[-1][k], 1.2 * sizes[1][k] + 2)
 
 
 class Workers(Serve):

@@ -30,7 +30,7 @@ private:
 
     std::string listen;
     Desk& desk;
-    std::map<std::string, Document> documents;
+    std::map<std::string, SiteFile> documents;
     std::atomic<Threads*> threads = nullptr;
     std::atomic<int> large = 0;  // bodies that are under way
     std::mutex parsing;

@@ -36,8 +36,8 @@ std::string tag_of(std::string_view text) {
 
 }  // namespace
 
-std::map<std::string, Document> site() {
-    std::map<std::string, Document> all;
+std::map<std::string, SiteFile> site() {
+    std::map<std::string, SiteFile> all;
     const auto add = [&](const std::string& path, std::string text) {
         std::string tag = tag_of(text);
         all[path] = {type_of(path), std::move(text), std::move(tag)};

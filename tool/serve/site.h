@@ -14,12 +14,12 @@ struct Embedded {
 };
 const std::vector<Embedded>& embedded();  // the folder page/, as it was when this was built
 
-struct Document {
+struct SiteFile {
     std::string type, text;
     std::string tag;  // of this very content, as ETag has it
 };
 
 // By path. "/" is the page itself.
-std::map<std::string, Document> site();
+std::map<std::string, SiteFile> site();
 
 }  // namespace velquor
