@@ -31,7 +31,7 @@ expect "the kit is left out, for want of Debian's packages: libvalijson-dev libc
 configure fails -DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON -DVQ_BUILD_KIT=ON
 expect "the kit was asked for, and needs Debian's packages: libcli11-dev"
 configure fails -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=ON -DVQ_BUILD_KIT=ON
-expect "the kit was asked for, and needs Debian's packages: pkg-config libcairo2-dev libpango1.0-dev"
+expect "the kit was asked for, and needs Debian's packages: pkg-config libcairo2-dev libpango1.0-dev libcpp-httplib-dev"
 configure succeeds -DVQ_BUILD_KIT=OFF
 [[ $told != *"the kit"* ]] && ! grep -qi gmsh "$scratch/build/CMakeCache.txt" || fail "nothing is looked for that the kit needs"
 

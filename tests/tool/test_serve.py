@@ -234,6 +234,7 @@ class Answers(Serve):
                 else:
                     other = chance.choice(whole)
                     raw[at:] = other[chance.randrange(len(other)):]
+                raw = raw or bytearray(b"\n")
             return bytes(raw)
         end, count, told = time.monotonic() + SECONDS, 0, {}
         while count < 300 or time.monotonic() < end:
@@ -441,6 +442,20 @@ class Workers(Serve):
         self.assertAlmostEqual(Answer(read_all(connection)).json()["values"]["A"]["value"], 200, places=6)
         for worker in workers_of(process):
             os.kill(worker, signal.SIGKILL)
+        self.works()
+
+    def test_no_worker_to_be_had_for_a_while(self):
+        process = self.start("--jobs", "1")
+        worker, = workers_of(process)
+        limits = resource.prlimit(process.pid, resource.RLIMIT_NOFILE)
+        few = len(os.listdir(f"/proc/{process.pid}/fd")) + 3  # a connection, but no pipes of a worker
+        resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (few, limits[1]))
+        self.works()
+        os.kill(worker, signal.SIGKILL)
+        for _ in range(2):
+            answer = self.ask(IPE)
+            self.assertEqual((answer.status, answer.json()["error"]["kind"]), (503, "busy"))
+        resource.prlimit(process.pid, resource.RLIMIT_NOFILE, limits)
         self.works()
 
     def test_signals_end_it_in_order(self):
