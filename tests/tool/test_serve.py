@@ -294,15 +294,16 @@ class Crowds(Serve):
         self.assertEqual(self.ask(b" " * LARGEST_BODY).status, 400)
 
     def test_slow_clients_keep_nobody_waiting_and_are_cut_off(self):
-        self.start("--jobs", "1")
+        self.start("--jobs", "1", "--timeout", "60", "--memory", "4096")
         asked = self.question({**IPE, "mesh": "finest", "fields": True, "levels": 4})
-        beginnings = [b"", b"GET", self.head()[:-2], asked[:-5]] * 250
-        slow = [self.connect(raw) for raw in beginnings]
         reader = socket.socket()
         self.addCleanup(reader.close)
         reader.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
         reader.connect(("127.0.0.1", self.port))
         reader.sendall(asked)
+        self.assertTrue(select.select([reader], [], [], PATIENCE)[0])  # it could read, and does not
+        beginnings = [b"", b"GET", self.head()[:-2], asked[:-5]] * 250
+        slow = [self.connect(raw) for raw in beginnings]
         begin = time.monotonic()
         for _ in range(10):
             self.assertEqual(self.exchange(self.head()).status, 200)
@@ -444,11 +445,12 @@ class Workers(Serve):
             os.kill(worker, signal.SIGKILL)
         self.works()
 
+    @unittest.skipIf(b"__asan_init" in pathlib.Path(FAULTY).read_bytes(), "sanitizers need descriptors of their own")
     def test_no_worker_to_be_had_for_a_while(self):
         process = self.start("--jobs", "1")
         worker, = workers_of(process)
         limits = resource.prlimit(process.pid, resource.RLIMIT_NOFILE)
-        few = len(os.listdir(f"/proc/{process.pid}/fd")) + 3  # a connection, but no pipes of a worker
+        few = len(os.listdir(f"/proc/{process.pid}/fd")) + 4  # for a connection, not for the three pipes of a worker
         resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (few, limits[1]))
         self.works()
         os.kill(worker, signal.SIGKILL)
