@@ -165,7 +165,10 @@ Desk::Desk(const PoolOptions& options) : state(std::make_unique<State>()) {
     }
 }
 
-Desk::~Desk() { end(); }
+Desk::~Desk() {
+    end();
+    close(state->bell);
+}
 
 void Desk::end() {
     if (!state->owner.joinable()) return;
@@ -175,8 +178,6 @@ void Desk::end() {
     }
     state->ring();
     state->owner.join();
-    close(state->bell);
-    state->bell = -1;
 }
 
 Reply Desk::ask(const std::string& page, std::string request, const std::function<bool()>& wanted) {
