@@ -1,0 +1,10 @@
+// What there is to choose from: profiles, shapes, values, loads, units and materials, as the server tells them.
+const asked = await fetch("catalogue.json");
+if (!asked.ok) throw new Error(`catalogue: ${asked.status}`);
+export const catalogue = await asked.json();
+
+const by = (list, key) => new Map(list.map((entry) => [entry[key], entry]));
+export const profiles = by(catalogue.profiles, "name");
+export const shapes = by(catalogue.shapes, "name");
+export const lengths = by(catalogue.lengths, "name");
+export const forces = by(catalogue.forces, "name");
