@@ -66,7 +66,7 @@ export function open(next) {
 
 // The address follows the state, a moment later.
 let waiting = 0, written = "";
-export function follow_address(failed) {
+export function follow_address(failed, checked) {
   listen(() => {
     clearTimeout(waiting);
     waiting = setTimeout(save_link, 300);
@@ -74,7 +74,7 @@ export function follow_address(failed) {
   addEventListener("hashchange", async () => {
     if (location.hash === written) return;
     try {
-      open(await read_link(location.hash, FIRST));
+      open(checked(await read_link(location.hash, FIRST)));
     } catch (error) {
       failed(error);
     }
