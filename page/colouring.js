@@ -10,7 +10,7 @@ precision highp float; in float share; uniform sampler2D map; uniform float step
 void main() { colour = texture(map, vec2((clamp(share, 0., 1.) * steps + .5) / (steps + 1.), .5)); }`;
 
 export function painter(canvas) {
-  const gl = canvas.getContext("webgl2", {antialias: true, premultipliedAlpha: false, preserveDrawingBuffer: true});
+  const gl = canvas.getContext("webgl2", {antialias: true, premultipliedAlpha: false});
   return gl ? by_webgl(canvas, gl) : by_canvas(canvas, canvas.getContext("2d"));
 }
 

@@ -80,9 +80,9 @@ const SHAPES = {
       const bb = p.bb > 0 ? p.bb : p.bt, tr = p.tr > 0 ? p.tr : p.tt, tc = p.tc > 0 ? p.tc : p.tt;
       const web = p.bt / 2 + (bb - p.bt) / 2 * (p.h / 2 - tr) / (p.h - tr);
       return [left("h", -p.h, 0, -p.b / 2), above("b", -p.b / 2, p.b / 2, 0), below("bb", -bb / 2, bb / 2, -p.h), below("bt", -p.bt / 2, p.bt / 2, -tr, 2.6),
-        across("tt", [-p.bt / 8, 0], [-p.bt / 8, -p.tt]), across("tb", [p.bt / 8, -p.h], [p.bt / 8, p.tb - p.h]),
-        across("tw", [web, -p.h / 2], [web - p.tw, -p.h / 2], "from"),
-        right("tc", -tc, 0, p.b / 2), across("tr", [p.bt / 2, 0], [p.bt / 2, -tr])];
+        across("tt", [-0.38 * p.bt, 0], [-0.38 * p.bt, -p.tt]), across("tb", [0, -p.h], [0, p.tb - p.h]),
+        across("tw", [web - p.tw, -p.h / 2], [web, -p.h / 2]),
+        right("tc", -tc, 0, p.b / 2), across("tr", [0.56 * p.bt, 0], [0.56 * p.bt, -tr], "from")];
     }],
   i: [{h: 300, b: 150, tw: 7.1, tf: 10.7, r: 15}, (p) => i_shape(p.h, p.b, p.tw, p.tf, p.tf, p.r),
     (p) => [left("h", -p.h / 2, p.h / 2, -p.b / 2), below("b", -p.b / 2, p.b / 2, -p.h / 2), right("tf", p.h / 2 - p.tf, p.h / 2, p.b / 2),
@@ -139,7 +139,7 @@ const SHAPES = {
     const half = [...(p.c > 0 ? [[b, p.h / 2 - p.c], [b, h]] : [[p.b, h]]), [w, h], [w, p.h / 2 - p.hs], [w + p.d, p.hi / 2]];
     return sheet([...half, ...half.toReversed().map(([y, z]) => [y, -z])], p.t, p.r);
   }, (p) => [left("h", -p.h / 2, p.h / 2, 0, 2), below("b", 0, p.b, -p.h / 2), right("c", p.h / 2 - p.c, p.h / 2, p.b), left("hs", p.h / 2 - p.hs, p.h / 2, 0),
-    right("hi", -p.hi / 2, p.hi / 2, p.d + p.t, 1), across("t", [0, -p.h / 2 + p.hs * 0.6], [p.t, -p.h / 2 + p.hs * 0.6]), above("d", 0, p.d, p.hi / 2 + 0 * p.h),
+    right("hi", -p.hi / 2, p.hi / 2, p.d + p.t, 1), across("t", [0, p.h / 2 - p.hs * 0.7], [p.t, p.h / 2 - p.hs * 0.7]), above("d", 0, p.d, p.hi / 2 + 0 * p.h),
     radius("r", [p.t, p.t - p.h / 2, p.r, -1, -1], [1, 1])]],
   hat: [{h: 100, b: 80, bf: 40, c: 12, t: 2, r: 3}, (p) => {
     const y = p.b / 2 - p.t / 2, tip = p.b / 2 + p.bf - p.t;
@@ -158,14 +158,14 @@ const SHAPES = {
     (p) => [left("h", -p.h, 0, -p.b / 2), above("b", -p.b / 2, p.b / 2, 0), below("bw", -p.bw / 2, p.bw / 2, -p.h), right("hf", -p.hf, 0, p.b / 2),
       right("cover", -p.h, p.cover - p.h, p.bw / 2), row_of("n_top", "d_top", [0, -p.cover - p.d_top / 2], -1), row_of("n_bottom", "d_bottom", [0, p.cover + p.d_bottom / 2 - p.h], 1)]],
   rc_circle: [{d: 500, cover: 40, n: 8, d_bar: 20}, (p) => [{circle: [0, 0, p.d / 2]}],
-    (p) => [below("d", -p.d / 2, p.d / 2, -p.d / 2), across("cover", [p.d / 2, 0], [p.d / 2 - p.cover, 0], "from"), row_of("n", "d_bar", [0, 0], 0)]],
+    (p) => [below("d", -p.d / 2, p.d / 2, -p.d / 2), across("cover", [p.d / 2, 0], [p.d / 2 - p.cover, 0], "from"), row_of("n", "d_bar", [0, 0.12 * p.d], 0)]],
   composite: [{hc: 150, bc: 1500, h: 400, b: 180, tw: 8.6, tf: 13.5, b2: 0, tf2: 0, r: 21, cover: 40, n_top: 8, d_top: 12, n_bottom: 0, d_bottom: 0},
     (p) => [box(0, -p.hc / 2, p.bc, p.hc), girder(p)],
-    (p) => [right("hc", -p.hc, 0, p.bc / 2), above("bc", -p.bc / 2, p.bc / 2, 0), left("h", -p.hc - p.h, -p.hc, -p.bc / 2), across("tw", [-p.tw / 2, -p.hc - p.h / 2], [p.tw / 2, -p.hc - p.h / 2]),
+    (p) => [right("hc", -p.hc, 0, p.bc / 2), above("bc", -p.bc / 2, p.bc / 2, 0), left("h", -p.hc - p.h, -p.hc, -p.bc / 2), across("tw", [-p.tw / 2, -p.hc - 0.75 * p.h], [p.tw / 2, -p.hc - 0.75 * p.h]),
       below("b", -p.b / 2, p.b / 2, -p.hc - p.h, p.b2 > 0 ? 2 : 1), ...(p.b2 > 0 ? [below("b2", -p.b2 / 2, p.b2 / 2, -p.hc - p.h)] : []),
       across("tf", [0.35 * p.b, -p.hc], [0.35 * p.b, -p.hc - p.tf]),
       ...(p.tf2 > 0 ? [across("tf2", [-0.35 * (p.b2 || p.b), -p.hc - p.h], [-0.35 * (p.b2 || p.b), p.tf2 - p.hc - p.h])] : []),
-      ...(p.r > 0 ? [radius("r", [-p.tw / 2, -p.hc - p.h + p.tf, p.r, 1, -1], [-1, 1])] : []), row_of("n_top", "d_top", [0, -p.cover - p.d_top / 2], -1),
+      ...(p.r > 0 ? [radius("r", [-p.tw / 2, -p.hc - p.h + p.tf, p.r, 1, -1], [-1, 1])] : []), row_of("n_top", "d_top", [-0.25 * p.bc, -p.hc], -1),
       ...(p.n_bottom > 0 ? [row_of("n_bottom", "d_bottom", [0, p.cover + p.d_bottom / 2 - p.hc], 1)] : [])]],
 };
 

@@ -19,8 +19,7 @@ export function make(tag, given = {}, ...children) {
 }
 export const svg = (tag, given = {}, ...children) => make(tag, {...given, xmlns: true}, ...children);
 
-export function symbol(text) {
-  const [letter, index] = letter_and_index(text);
+export function symbol(text, [letter, index] = letter_and_index(text)) {
   return make("i", {class: "symbol"}, letter, index && make("sub", {}, index));
 }
 

@@ -160,8 +160,8 @@ function arrows(pen, p) {
       if (taken.has(key) || x < 0 || y < 0 || x > p.size[0] || y > p.size[1]) continue;
       taken.add(key);
       const a = mean((i) => ty[i]), b = mean((i) => tz[i]), amount = Math.hypot(a, b), share = Math.min(1, amount / most);
-      const length = LONGEST * share;
-      if (!(length > 3)) continue;
+      const length = 6 + LONGEST * share;
+      if (!(share > 0.01)) continue;
       const dx = a / amount, dy = -b / amount, x1 = x + dx * length / 2, y1 = y + dy * length / 2;
       // White below and black above: legible on every colour.
       pen.strokeStyle = pen.fillStyle = pass ? "#10141a" : "rgb(255 255 255 / .75)";

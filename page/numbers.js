@@ -54,6 +54,9 @@ export function letter_and_index(symbol) {
   return [symbol.slice(0, end), symbol.slice(end).replace(/^,/, "")];
 }
 
+// The same of a parameter, as "d_top"; a whole word has no index.
+export const parameter_symbol = (name) => (/^(cover|slope)$/.test(name) ? [name, ""] : letter_and_index(name.replace("_", ",")));
+
 // A number as it was typed, with a point or a comma; null where it is none.
 export function number_of(text) {
   const plain = text.trim().replace("−", "-").replace(/^([^.,]*),([^.,]*)$/, "$1.$2");

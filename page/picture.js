@@ -14,9 +14,12 @@ export function picture({hover}) {
   let locate = null, due = 0;
 
   const margin = () => Math.min(64, 0.12 * Math.min(...p.size)) + 8;
+  // With room for the bar of colours on the right, where there is one.
+  const beside = () => (p.what === "outline" || p.what === "mesh" ? 0 : 84);
   function fit() {
-    const [y0, z0, y1, z1] = p.view.box, m = margin();
-    p.camera = {centre: [(y0 + y1) / 2, (z0 + z1) / 2], scale: Math.min((p.size[0] - 2 * m) / (y1 - y0), (p.size[1] - 2 * m) / (z1 - z0))};
+    const [y0, z0, y1, z1] = p.view.box, m = margin(), right = beside();
+    const scale = Math.min(Math.max(1, p.size[0] - 2 * m - right) / (y1 - y0), Math.max(1, p.size[1] - 2 * m) / (z1 - z0));
+    p.camera = {centre: [(y0 + y1) / 2 + right / 2 / scale, (z0 + z1) / 2], scale};
     p.fitted = true;
   }
   // A section that is being pulled keeps its scale, so that one sees it grow, while it has room.
@@ -25,7 +28,9 @@ export function picture({hover}) {
     const before = p.camera.scale;
     fit();
     const best = p.camera.scale;
-    if (!resting && before <= best * 1.02 && before >= KEEP * best) p.camera.scale = before;
+    if (resting || before > best * 1.02 || before < KEEP * best) return;
+    p.camera.centre[0] += beside() / 2 * (1 / before - 1 / best);
+    p.camera.scale = before;
   }
   const to_screen = (y, z) => [p.size[0] / 2 + (y - p.camera.centre[0]) * p.camera.scale, p.size[1] / 2 - (z - p.camera.centre[1]) * p.camera.scale];
   const to_section = (x, y) => [p.camera.centre[0] + (x - p.size[0] / 2) / p.camera.scale, p.camera.centre[1] - (y - p.size[1] / 2) / p.camera.scale];
@@ -160,7 +165,9 @@ export function picture({hover}) {
     // What of it is seen: `forces` in the section's own units; `words`: {unit: text, factor}.
     show(what, forces, see, words) {
       if (!p.view) return null;
+      const room = beside();
       p.what = what;
+      if (p.fitted && room !== beside()) fit();
       p.see = see;
       p.words = words;
       p.field = what === "outline" || what === "mesh" ? null : field_of(p.view, what, forces);

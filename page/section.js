@@ -64,7 +64,7 @@ export function picked_profile(state, name) {
 export function picked_shape(state, name) {
   if (TEMPLATES.has(name)) {
     const parameters = first_parameters(name, state.section);
-    return {...of_template({...state, section: {...state.section, name}}, {name, parameters}, true), dxf: "", part: 0};
+    return {...of_template({...state, section: {...state.section, name: name.replaceAll("_", " ")}}, {name, parameters}, true), dxf: "", part: 0};
   }
   if (!stands_alone(state)) return picked_part(state, {shape: name, parameters: first_parameters(name, state.section)});
   const units = own(state.section), one = state.section.materials.length === 1 && !state.template;
@@ -72,7 +72,7 @@ export function picked_shape(state, name) {
   const material = concrete ? standard_material("C30/37", units) : one && state.section.materials[0].name !== "C30/37"
     ? state.section.materials[0] : standard_material("S235", units);
   const part = {...placed(state, state.section.parts?.[0]), shape: name, parameters: first_parameters(name, state.section)};
-  return {section: kept(state, {name, units, materials: [material], parts: [part]}), template: null, dxf: "", part: 0};
+  return {section: kept(state, {name: name.replaceAll("_", " "), units, materials: [material], parts: [part]}), template: null, dxf: "", part: 0};
 }
 
 // Where the part before it stood, unless that was of something else.

@@ -5,7 +5,7 @@ import {change, state} from "./state.js";
 import {edited, picked_profile, picked_shape, with_parameter, describe} from "./section.js";
 import {length_of} from "./units.js";
 import {sketch} from "./sketch.js";
-import {typed} from "./numbers.js";
+import {parameter_symbol, typed} from "./numbers.js";
 
 const MOST = 60;  // options at a time
 const plain = (text) => text.toLowerCase().replace(/[\s_]+/g, "");
@@ -73,7 +73,7 @@ export function search_box(host, say) {
     }
   });
   function refresh(force = false) {
-    if (!force && document.activeElement === input) return;
+    if (!force && !list.hidden) return;
     const now = edited(state), part = state.section?.parts?.[state.part];
     input.value = now ? now.profile ?? now.shape.replaceAll("_", " ") : part ? describe(part) : "";
   }
@@ -120,7 +120,7 @@ export function dimensions(host) {
     const in_unit = /length|offset/.test(kind) ? unit : "";
     let reach = reach_of(parameter, get() ?? parameter.standard, edited(state).parameters);
     const field = number_field(on, {name: `dimension-${name}`, label: `${name}, ${meaning}`, unit: in_unit, get, set: (v) => set(name, v),
-      step: () => reach.step * (reach.step * 100 >= reach.high ? 1 : 1), empty: parameter.required ? null : typed(parameter.standard)});
+      step: () => reach.step, empty: parameter.required ? null : typed(parameter.standard)});
     const slider = make("input", {type: "range", "data-name": `slider-${name}`, "aria-label": `${name}, ${meaning}, slider`, oninput: () => set(name, Number(slider.value))});
     on(() => {
       const value = get() ?? parameter.standard;
@@ -131,7 +131,7 @@ export function dimensions(host) {
       if (Number(slider.value) !== value) slider.value = value;
       slider.setAttribute("aria-valuetext", `${typed(value)} ${in_unit}`);
     });
-    return make("div", {class: "row"}, make("span", {class: "name", title: meaning}, symbol(name.replace("_", ","))), slider,
+    return make("div", {class: "row"}, make("span", {class: "name", title: meaning}, symbol(name, parameter_symbol(name))), slider,
       make("span", {class: "with-unit"}, field.input, make("span", {class: "unit"}, in_unit)), make("small", {class: "meaning"}, meaning), field.note);
   }
 }

@@ -3,7 +3,7 @@
 import {make, svg} from "./dom.js";
 import {outlines_of, lines_of} from "./dimensions.js";
 import {places_of_bars} from "./templates.js";
-import {letter_and_index, number_of, short, typed} from "./numbers.js";
+import {number_of, parameter_symbol, short, typed} from "./numbers.js";
 
 const WIDTH = 316, ROW = 24, EDGE = 10, TALLEST = 250;
 
@@ -21,7 +21,7 @@ function path_of(outline, to, scale) {
     const u = way(a), v = way(b), turn = u[1] * v[0] - u[0] * v[1], bend = Math.acos(Math.max(-1, Math.min(1, u[0] * v[0] + u[1] * v[1])));
     const reach = r > 0.2 && Math.abs(turn) > 1e-6 ? Math.min(r / Math.tan(bend / 2), 0.999 * u[2], 0.999 * v[2]) : 0;
     path += `${k ? "L" : "M"}${p[0] + u[0] * reach} ${p[1] + u[1] * reach}`;
-    if (reach) path += `A${r} ${r} 0 0 ${turn > 0 ? 0 : 1} ${p[0] + v[0] * reach} ${p[1] + v[1] * reach}`;
+    if (reach) path += `A${r} ${r} 0 0 ${turn > 0 ? 1 : 0} ${p[0] + v[0] * reach} ${p[1] + v[1] * reach}`;
   });
   return path + "Z";
 }
@@ -50,7 +50,7 @@ export function sketch(host, {get, set, most}) {
   function place(outlines, lines) {
     const b = box_of(outlines, lines);
     if (!b) return null;
-    const side = (name) => EDGE + ROW * b.rows[name] + (b.rows[name] ? 0 : 14);
+    const side = (name) => EDGE + ROW * b.rows[name] + (name === "right" && b.rows.right ? 40 : b.rows[name] ? 0 : 14);
     const [l, r, t, d] = ["left", "right", "above", "below"].map(side), wide = b.high[0] - b.low[0] || 1, high = b.high[1] - b.low[1] || 1;
     const scale = Math.min((WIDTH - l - r) / wide, (TALLEST - t - d) / high), height = Math.max(90, high * scale + t + d);
     const free = WIDTH - l - r - wide * scale;
@@ -74,11 +74,11 @@ export function sketch(host, {get, set, most}) {
       const [x, s] = to([y, z]);
       return svg("circle", {class: "bar", cx: x, cy: s, r: Math.max(1.5, r * scale)});
     });
-    drawing.replaceChildren(...parts, ...bars, ...lines.filter((l) => l.name in now.parameters || l.kind === "count").map((l) => dimension(l, now)));
+    drawing.replaceChildren(...parts, ...bars, ...lines.filter((l) => l.kind === "count" || (l.kind === "radius" ? l.name in now.parameters : now.parameters[l.name])).map((l) => dimension(l, now)));
   }
 
   function words(name, value) {
-    const [letter, index] = letter_and_index(name.replace("_", ","));
+    const [letter, index] = parameter_symbol(name);
     return [svg("tspan", {class: "letter"}, letter), index && svg("tspan", {class: "index", dy: 3}, index), svg("tspan", {dy: index ? -3 : 0, dx: 3}, short(value, 5))];
   }
 
