@@ -28,7 +28,7 @@ function say(words, wrong = false) {
 }
 
 const view = picture({hover: tell_place});
-const kinds = search_box($("search"), say), forms = [dimensions($("dimensions")), materials($("materials")), parts($("parts")), bars($("bars")), layers($("layers"))];
+const kinds = search_box($("search")), forms = [dimensions($("dimensions")), materials($("materials")), parts($("parts")), bars($("bars")), layers($("layers"))];
 const json = json_panel($("json-host")), values = values_panel(say), loads = loads_panel();
 
 // ---- the bar of the picture

@@ -216,14 +216,16 @@ export function layers(host) {
   };
 }
 
-// Names of the layers that the text of a drawing has something on.
+// Names of the layers that the text of a drawing has lines on.
+const LINES = /^(LINE|ARC|CIRCLE|ELLIPSE|LWPOLYLINE|POLYLINE|INSERT|SPLINE)$/;
 export function layers_of(dxf) {
   const lines = dxf.split(/\r\n|\n|\r/), names = new Set();
-  let inside = false;
+  let inside = false, entity = "";
   for (let k = 0; k + 1 < lines.length; k += 2) {
     const code = lines[k].trim(), value = lines[k + 1].trim();
     if (code === "2" && lines[k - 1]?.trim() === "SECTION") inside = value === "ENTITIES" || value === "BLOCKS";
-    if (inside && code === "8") names.add(value);
+    if (code === "0") entity = value;
+    if (inside && code === "8" && LINES.test(entity)) names.add(value);
   }
   return [...names];
 }

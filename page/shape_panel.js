@@ -22,7 +22,7 @@ function found(text) {
   return ENTRIES.map((e) => [rank(e), e]).filter(([r]) => r < 9).sort((a, b) => a[0] - b[0]).map(([, e]) => e);
 }
 
-export function search_box(host, say) {
+export function search_box(host) {
   const list = make("ul", {role: "listbox", id: "kinds", "aria-label": "profiles and shapes", hidden: true});
   const input = make("input", {type: "text", id: "kind", role: "combobox", "aria-expanded": "false", "aria-controls": "kinds", "aria-autocomplete": "list",
     autocomplete: "off", spellcheck: "false", placeholder: "IPE 300, HEB, ring, rc …"});
@@ -52,7 +52,6 @@ export function search_box(host, say) {
     close();
     change(entry.kind === "profile" ? picked_profile(state, entry.name) : picked_shape(state, entry.name));
     refresh(true);
-    say(`${entry.words} picked`);
   }
   input.addEventListener("input", () => show(input.value));
   input.addEventListener("focus", () => input.select());
@@ -108,7 +107,7 @@ export function dimensions(host) {
       drawn.draw();
       told.textContent = now?.profile
         ? `${now.profile}: the fields hold its table's values. When one is changed, the part becomes the shape “${now.shape.replaceAll("_", " ")}” with these.`
-        : now ? "" : "This part is drawn by points: edit them as JSON, below.";
+        : now ? "" : state.dxf ? "The section is that of the drawing." : "This part is drawn by points: edit them in the section file, below.";
       if (!now) return form.show("none", () => []);
       const key = `${now.shape} ${now.profile ?? ""} ${unit} ${state.part} ${Boolean(state.template)}`;
       form.show(key, (on) => shapes.get(now.shape).parameters.map((p) => row(on, p, unit)));
