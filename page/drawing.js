@@ -196,17 +196,18 @@ function reach_in([y0, z0, y1, z1], [y, z], [c, s], most) {
 
 function plastic(pen, p, theme, label) {
   const [y0, z0, y1, z1] = p.view.box, out = 18 / p.camera.scale;
-  const {z, y} = p.marks.plastic;
-  if (z !== null) {
-    line(pen, [p.to_screen(y0 - out, z), p.to_screen(y1 + out, z)], theme.second, 1.2, [6, 4]);
+  const near = 1 / p.camera.scale, apart = (list) => list.filter((c, k) => k === 0 || Math.abs(c - list[0]) > near);
+  // Of the opposite moment with shorter dashes and a prime.
+  apart(p.marks.plastic.z).forEach((z, k) => {
+    line(pen, [p.to_screen(y0 - out, z), p.to_screen(y1 + out, z)], theme.second, 1.2, k ? [2, 3] : [6, 4]);
     const [x, s] = p.to_screen(y0 - out, z);
-    label("pl,y", x - 3, s + 4, theme.second, "right");
-  }
-  if (y !== null) {
-    line(pen, [p.to_screen(y, z0 - out), p.to_screen(y, z1 + out)], theme.second, 1.2, [6, 4]);
+    label(k ? "pl,y′" : "pl,y", x - 3, s + 4, theme.second, "right");
+  });
+  apart(p.marks.plastic.y).forEach((y, k) => {
+    line(pen, [p.to_screen(y, z0 - out), p.to_screen(y, z1 + out)], theme.second, 1.2, k ? [2, 3] : [6, 4]);
     const [x, s] = p.to_screen(y, z0 - out);
-    label("pl,z", x, s + 14, theme.second, "center");
-  }
+    label(k ? "pl,z′" : "pl,z", x, s + 14, theme.second, "center");
+  });
 }
 
 function cross(pen, x, y, r, colour, paper) {

@@ -84,10 +84,11 @@ const value_of = (key) => answer?.values[key]?.value ?? null;
 function marks() {
   const from = {length: answer.units.length, force: answer.units.force}, back = factor(from, drawn_own, 1, 0), [oy, oz] = answer.view.origin;
   const at = (y, z) => (value_of(y) === null || value_of(z) === null ? null : [value_of(y) * back - oy, value_of(z) * back - oz]);
-  const one = (key, o) => (value_of(key) === null ? null : value_of(key) * back - o);
-  const plastic = {z: one("z_pl", oz), y: one("y_pl", oy)};
+  // Of both senses of the moment, where they differ.
+  const both = (key, o) => [key, `${key}_neg`].filter((k) => value_of(k) !== null).map((k) => value_of(k) * back - o);
+  const plastic = {z: both("z_pl", oz), y: both("y_pl", oy)};
   return {centroid: at("y_C", "z_C"), shear_centre: at("y_M", "z_M"), angle: value_of("alpha") === null ? null : value_of("alpha") * Math.PI / 180,
-    plastic: plastic.z === null && plastic.y === null ? null : plastic};
+    plastic};
 }
 let drawn_own = {length: "mm", force: "N"}, unit_words = {};
 function draw() {
