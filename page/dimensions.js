@@ -21,7 +21,7 @@ const i_shape = (h, b, tw, tip, root, r1 = 0, r2 = 0) => [mirrored([
 const channel_shape = (h, b, tw, tip, root, r1 = 0, r2 = 0) => [[
   [0, -h / 2], [b, -h / 2], [b, tip - h / 2, r2], [tw, root - h / 2, r1], [tw, h / 2 - root, r1], [b, h / 2 - tip, r2], [b, h / 2], [0, h / 2]]];
 const slopes = (p, outstand, e) => [p.tf - p.slope * e, p.tf + p.slope * (outstand - e)];
-const polygon = (n, r) => Array.from({length: n}, (_, i) => {
+const polygon = (n, r) => Array.from({length: Math.min(n, 1000)}, (_, i) => {
   const angle = -Math.PI / 2 + (2 * i + 1) * Math.PI / n;
   return [r * Math.cos(angle), r * Math.sin(angle)];
 });

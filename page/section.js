@@ -13,7 +13,7 @@ export function is_sound(s) {
   return is_object(s) && objects(s.materials) && s.materials.length > 0 && objects(s.parts ?? []) && objects(s.bars ?? []) &&
     objects(s.loads ?? []) && is_object(s.units ?? {}) && lengths.has(length_of(s)) && is_object(s.wishes ?? {}) &&
     catalogue.forces.some((f) => f.name === own(s).force) &&
-    [...(s.parts ?? []).map((p) => p.parameters ?? {}), ...(s.parts ?? []).filter((p) => p.layers)].every(is_object) &&
+    is_object(s.drawing ?? {}) && is_object(s.drawing?.layers ?? {}) && (s.parts ?? []).every((p) => is_object(p.parameters ?? {})) &&
     [...(s.parts ?? []), ...(s.bars ?? [])].every((p) => ["at", "from", "to", "centre"].every((k) => !(k in p) || (Array.isArray(p[k]) && p[k].length === 2))) &&
     (s.parts ?? []).every((p) => [p.outline ?? [], p.holes ?? []].every(Array.isArray));
 }

@@ -55,7 +55,7 @@ export const build_template = ({name, parameters}, scale) => BUILD[name]({...NON
 // Where the bars of a section stand: [y, z, radius] each.
 export function places_of_bars(bars) {
   return bars.flatMap((bar) => {
-    const radius = bar.diameter ? bar.diameter / 2 : Math.sqrt((bar.area ?? 0) / Math.PI), n = bar.count ?? 1;
+    const radius = bar.diameter ? bar.diameter / 2 : Math.sqrt((bar.area ?? 0) / Math.PI), n = Math.min(bar.count ?? 1, 1000);
     return Array.from({length: n}, (_, k) => {
       if (bar.at) return [...bar.at, radius];
       if (bar.from) return [0, 1].map((i) => bar.from[i] + (bar.to[i] - bar.from[i]) * k / (n - 1)).concat(radius);
