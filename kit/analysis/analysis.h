@@ -40,9 +40,9 @@ struct Unsolved : Error {
 // but two. Throws Error where the section cannot be meshed or is
 // refused, Unsolved where there is no solution.
 struct Effort {
-    bool stresses = false;  // fills Analysis::field
-    bool quick = false;     // else, with stresses, a level more than the usual three is taken
+    bool stresses = false;  // fills Analysis::field, and takes a level more than the usual three
     std::int64_t most_nodes = 300000;
+    bool quick = false;  // no level more for stresses
 };
 Analysis analyse(const Section& section, const Effort& effort = {});
 

@@ -38,11 +38,27 @@ ordered_json shape(const char* name, const char* meaning, bool whole, const std:
     return shape;
 }
 
-ordered_json profile(const std::string& name) {
-    const std::string length = section_of_profile(name).length;
-    const Profile profile = profile_of(name, length, "");
-    return {{"name", profile.name},   {"family", profile.family}, {"standard", profile.standard},
-            {"shape", profile.shape}, {"unit", length},           {"parameters", profile.parameters}};
+// Profiles of one family and of the same parameters in one list.
+ordered_json families() {
+    auto all = ordered_json::array();
+    ordered_json head;  // of the last list
+    for (const std::string& name : profile_names()) {
+        const std::string length = section_of_profile(name).length;
+        const Profile profile = profile_of(name, length, "");
+        ordered_json family = {{"name", profile.family},
+                               {"standard", profile.standard},
+                               {"shape", profile.shape},
+                               {"unit", length},
+                               {"columns", ordered_json::array()}};
+        ordered_json row = {profile.name};
+        for (const auto& [parameter, value] : profile.parameters) {
+            family["columns"].push_back(parameter);
+            row.push_back(value);
+        }
+        if (family != head) all.push_back(head = family);
+        all.back()["profiles"].push_back(row);
+    }
+    return all;
 }
 
 ordered_json material(const Material& m) {
@@ -57,7 +73,7 @@ ordered_json material(const Material& m) {
 
 std::string catalogue_text() {
     ordered_json all = {{"version", version_text()}};
-    for (const std::string& name : profile_names()) all["profiles"].push_back(profile(name));
+    all["families"] = families();
     for (const Shape& s : shapes()) all["shapes"].push_back(shape(s.name, s.meaning, false, s.parameters));
     for (const Template& t : templates()) all["shapes"].push_back(shape(t.name, t.meaning, true, t.parameters));
     for (const Quantity& q : quantities())

@@ -5,11 +5,15 @@
 
 namespace velquor {
 
-// {"version", "profiles": [{"name", "family", "standard", "shape", "unit", "parameters"}],
-//  "shapes": [{"name", "meaning", "whole", "sketch", "parameters": [{"name", "meaning", "kind", "required",
-//  "standard"}]}], "values": [{"key", "symbol", "group", "meaning", "main", "twin", "unit"}], "loads": [{"key",
-//  "brief", "meaning", "unit"}], "lengths": [{"name", "metres"}], "forces": [{"name", "newtons"}], "materials":
-//  [{"name", "E", "nu", "density", "strength": {"tension", "compression"}}]}
+// {"version",
+//  "families": [{"name", "standard", "shape", "unit", "columns", "profiles": [[name, value of each column]]}],
+//  "shapes": [{"name", "meaning", "whole", "sketch",
+//              "parameters": [{"name", "meaning", "kind", "required", "standard"}]}],
+//  "values": [{"key", "symbol", "group", "meaning", "main", "twin", "unit"}],
+//  "loads": [{"key", "brief", "meaning", "unit"}],
+//  "lengths": [{"name", "metres"}], "forces": [{"name", "newtons"}],
+//  "materials": [{"name", "E", "nu", "density", "strength": {"tension", "compression"}}]}
+//
 // Parameters of profiles are in their unit. `whole`: a template, with materials and bars of its own. Values, loads and
 // materials have the units of a section in mm and N.
 std::string catalogue_text();

@@ -76,4 +76,5 @@ export function calculated(text, units = []) {
   writeFileSync(path, text);
   return JSON.parse(execFileSync(command, ["calc", path, "--json", ...units], {encoding: "utf8"})).sections[0].values;
 }
-export const file = (path) => readFileSync(new URL(path, import.meta.url), "utf8");
+// A file of the sources, whose folder is VELQUOR_ROOT.
+export const file = (path) => readFileSync(join(process.env.VELQUOR_ROOT, path), "utf8");

@@ -107,7 +107,7 @@ walk("a drawing and a section file are dropped", async (page) => {
     data.items.add(new File([t], n));
     dispatchEvent(new DragEvent("drop", {dataTransfer: data, bubbles: true, cancelable: true}));
   }, [name, text]);
-  await drop("encased.dxf", file("../../examples/sections/encased.dxf"));
+  await drop("encased.dxf", file("examples/sections/encased.dxf"));
   await changed(page);
   assert.ok(await page.isVisible("text=Drawing"));
   near((await values(page)).A, 1200);
@@ -115,7 +115,7 @@ walk("a drawing and a section file are dropped", async (page) => {
   await page.selectOption('[data-name="layer-CONCRETE"]', "");
   await changed(page);
   near((await values(page)).A, 53.81);
-  await drop("t_beam.json", file("../../examples/sections/t_beam.json"));
+  await drop("t_beam.json", file("examples/sections/t_beam.json"));
   await changed(page);
   near((await values(page)).A, 3150);
   await drop("wrong.json", "{\n]");
