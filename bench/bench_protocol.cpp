@@ -5,11 +5,11 @@
 #include <cstdio>
 #include <vector>
 
+#include "kit/requests/request.h"
 #include "kit/section/file.h"
 #include "kit/section/profiles.h"
 #include "kit/section/templates.h"
 #include "kit/show/json.h"
-#include "kit/work/request.h"
 
 namespace {
 

@@ -25,7 +25,7 @@ foreach(header
     section/units.h
     show/fields.h
     show/show.h
-    work/answer.h)
+    requests/answer.h)
   get_filename_component(room ${header} DIRECTORY)
   install(FILES kit/${header} DESTINATION ${kit_include_dir}/kit/${room} COMPONENT kit)
 endforeach()

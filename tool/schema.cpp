@@ -1,6 +1,6 @@
+#include "kit/requests/answer.h"
+#include "kit/requests/catalogue.h"
 #include "kit/section/file.h"
-#include "kit/work/answer.h"
-#include "kit/work/catalogue.h"
 #include "tool/commands.h"
 #include "tool/output.h"
 

@@ -9,7 +9,7 @@
 #include <new>
 #include <vector>
 
-#include "kit/work/answer.h"
+#include "kit/requests/answer.h"
 #include "tool/commands.h"
 #include "tool/output.h"
 #include "tool/pool/lines.h"

@@ -6,8 +6,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "kit/requests/answer.h"
 #include "kit/section/section.h"
-#include "kit/work/answer.h"
 
 namespace velquor {
 

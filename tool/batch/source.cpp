@@ -9,10 +9,10 @@
 #include <cstring>
 #include <filesystem>
 
+#include "kit/requests/answer.h"
 #include "kit/section/parse.h"
 #include "kit/section/section.h"
 #include "kit/section/words.h"
-#include "kit/work/answer.h"
 
 namespace velquor {
 

@@ -11,7 +11,7 @@
 #include <system_error>
 #include <utility>
 
-#include "kit/work/answer.h"
+#include "kit/requests/answer.h"
 #include "tool/pool/process.h"
 
 namespace velquor {

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <optional>
 
+#include "kit/requests/answer.h"
 #include "kit/section/section.h"
-#include "kit/work/answer.h"
 #include "tool/commands.h"
 #include "tool/output.h"
 #include "tool/pool/lines.h"

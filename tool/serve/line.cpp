@@ -1,6 +1,6 @@
 #include "tool/serve/line.h"
 
-#include "kit/work/request.h"
+#include "kit/requests/request.h"
 
 namespace velquor {
 

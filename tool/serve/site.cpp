@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "kit/requests/catalogue.h"
 #include "kit/section/file.h"
-#include "kit/work/catalogue.h"
 
 namespace velquor {
 

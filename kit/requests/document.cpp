@@ -1,4 +1,4 @@
-#include "kit/work/document.h"
+#include "kit/requests/document.h"
 
 #include "kit/draw/draw.h"
 #include "kit/report/document.h"

@@ -1,4 +1,4 @@
-#include "kit/work/catalogue.h"
+#include "kit/requests/catalogue.h"
 
 #include <nlohmann/json.hpp>
 

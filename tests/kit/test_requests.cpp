@@ -5,10 +5,10 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "kit/requests/answer.h"
 #include "kit/section/parse.h"
 #include "kit/section/templates.h"
 #include "kit/show/json.h"
-#include "kit/work/answer.h"
 
 namespace {
 
@@ -28,7 +28,7 @@ json answered(const std::string& request, const std::optional<std::string>& fold
     return answer;
 }
 
-TEST(Work, AnswersAreWhatTheKitGives) {
+TEST(Requests, AnswersAreWhatTheKitGives) {
     const Section section = section_of_profile("HEB 200");
     const Values values = in_units(values_of(section, analyse(section)), "cm", "kN");
     const json expected = json::parse(json_of(values, {}).dump());
@@ -46,7 +46,7 @@ TEST(Work, AnswersAreWhatTheKitGives) {
     EXPECT_EQ(answered(R"({"shape":"rectangle","parameters":{"b":20,"h":30}})")["values"]["A"]["unit"], "mm2");
 }
 
-TEST(Work, MeshFieldsAndLoadsComeWhereTheyAreWanted) {
+TEST(Requests, MeshFieldsAndLoadsComeWhereTheyAreWanted) {
     const std::string square = std::string(SQUARE) + "}";
     json answer = answered(R"({"section":)" + square + "}");
     EXPECT_NEAR(answer["loads"][0]["materials"][0]["axial_largest"]["value"].get<double>(), 3, 1e-9);
@@ -83,7 +83,7 @@ TEST(Work, MeshFieldsAndLoadsComeWhereTheyAreWanted) {
     EXPECT_TRUE(answered(R"({"mesh":"coarse","name":"IPE 80","values":["A"]})").contains("mesh"));
 }
 
-TEST(Work, WrongLinesAreToldByKindPlaceAndRemedy) {
+TEST(Requests, WrongLinesAreToldByKindPlaceAndRemedy) {
     const std::string deep(10000, '['), pieces = R"({"id":1,"section":{"materials":[{"name":"s","E":1}],"parts":[)";
     const struct {
         std::string line, id, kind, at, told;
@@ -129,7 +129,7 @@ TEST(Work, WrongLinesAreToldByKindPlaceAndRemedy) {
     EXPECT_EQ(answered(std::string(LONGEST_REQUEST + 1, ' '))["error"]["kind"], "request");
 }
 
-TEST(Work, FilesAreReadFromTheFolderThatIsGiven) {
+TEST(Requests, FilesAreReadFromTheFolderThatIsGiven) {
     const std::filesystem::path folder = testing::TempDir();
     std::ofstream(folder / "square.mesh")
         << "MeshVersionFormatted 2\nDimension 3\nVertices\n9\n0 0 0 0\n1 0 0 0\n2 0 0 0\n0 1 0 0\n1 1 0 0\n2 1 0 0\n"
@@ -143,7 +143,7 @@ TEST(Work, FilesAreReadFromTheFolderThatIsGiven) {
 }
 
 // Bytes put in, taken away and changed at random: any line has an answer.
-TEST(Work, AnyLineHasAnAnswer) {
+TEST(Requests, AnyLineHasAnAnswer) {
     const std::string seeds[] = {
         R"({"id":1,"section":)" + std::string(SQUARE) + R"(},"values":["A","Iy"],"loads":"peaks"})",
         R"({"id":"x","name":"IPE 80","units":{"length":"cm","force":"kN"},"levels":1,"mesh":"coarse"})",

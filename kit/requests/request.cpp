@@ -1,17 +1,17 @@
-#include "kit/work/request.h"
+#include "kit/requests/request.h"
 
 #include <algorithm>
 #include <filesystem>
 
 #include "kit/analysis/values.h"
 #include "kit/mesh/named_files.h"
+#include "kit/requests/answer.h"
 #include "kit/section/drawing.h"
 #include "kit/section/file.h"
 #include "kit/section/parse.h"
 #include "kit/section/templates.h"
 #include "kit/section/units.h"
 #include "kit/section/words.h"
-#include "kit/work/answer.h"
 
 namespace velquor {
 

@@ -1,8 +1,8 @@
 #include <nlohmann/json.hpp>
 
+#include "kit/requests/answer.h"
+#include "kit/requests/data.h"
 #include "kit/show/show.h"
-#include "kit/work/answer.h"
-#include "kit/work/data.h"
 
 namespace velquor {
 

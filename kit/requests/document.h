@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "kit/work/request.h"
+#include "kit/requests/request.h"
 
 namespace velquor {
 

@@ -1,4 +1,4 @@
-#include "kit/work/view.h"
+#include "kit/requests/view.h"
 
 #include <algorithm>
 #include <cmath>

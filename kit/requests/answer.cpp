@@ -1,12 +1,12 @@
-#include "kit/work/answer.h"
+#include "kit/requests/answer.h"
 
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "kit/requests/document.h"
+#include "kit/requests/request.h"
+#include "kit/requests/view.h"
 #include "kit/show/json.h"
-#include "kit/work/document.h"
-#include "kit/work/request.h"
-#include "kit/work/view.h"
 
 namespace velquor {
 
