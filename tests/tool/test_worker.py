@@ -154,6 +154,17 @@ class Supervised(unittest.TestCase):
         self.assertGreater(len(text), 3 << 17)  # an answer does not fit into a pipe
         self.assertEqual(answers_by_id(self, text), right)
 
+    def test_all_killed_while_they_wait(self):
+        for number in range(8):  # what ends them takes its time
+            process = self.start("--jobs", "2")
+            for text in (lines([request(1)]), lines([request(number)])):
+                process.stdin.write(text)
+                process.stdin.flush()
+                answer = json.loads(process.stdout.readline())
+                for worker in workers_of(process):
+                    os.kill(worker, signal.SIGKILL)
+            self.assertIn("values", answer)
+
     def test_nothing_is_left_of_a_killed_supervisor(self):
         process = self.start("--jobs", "3")
         process.stdin.write(lines([request(1, f"hang once {self.folder / 'it'}")]))

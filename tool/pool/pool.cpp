@@ -27,15 +27,17 @@ constexpr int ATTEMPTS = 2;
 
 struct Task {
     std::uint64_t ticket = 0;
-    std::string request;  // with its line feed
-    int ended = 0;        // workers that did, over it
+    std::string request;      // with its line feed
+    int ended = 0;            // workers that did, over it
+    std::uint64_t after = 0;  // of the workers, the last one that was started before that
 };
 
 // A place for a worker. One that ended while it waited is replaced when it is needed: so one that always ends at once
 // is not started over and over.
 struct Worker {
     Process process;
-    bool fresh = true;  // has not answered yet
+    std::uint64_t number = 0;  // of its process, among all that were started
+    bool fresh = true;         // has not answered yet
     bool busy = false;
     Task task;                   // if busy
     std::size_t sent = 0;        // bytes of its request
@@ -49,6 +51,7 @@ struct Workers {
     std::deque<Task> queue;
     std::vector<Pool::Done> done;
     std::string block;
+    std::uint64_t started = 0;    // processes
     Clock::time_point expected;   // when the pool was to look again
     Clock::time_point next_look;  // at the memory
 };
@@ -75,6 +78,7 @@ void lost(Workers& s, Worker& w) {
     const bool was_busy = w.busy;
     const std::string how = how_it_ended(end(w));
     if (!was_busy) return;
+    w.task.after = s.started;
     if (++w.task.ended < ATTEMPTS)
         s.queue.push_front(std::move(w.task));
     else
@@ -152,7 +156,10 @@ void check_limits(Workers& s) {
 // A process in each free place; places where none can be started are given up.
 void replace(Workers& s) {
     for (std::size_t k = 0; k < s.all.size();) try {
-            if (!lives(s.all[k])) s.all[k].process = start_worker(s.options);
+            if (!lives(s.all[k])) {
+                s.all[k].process = start_worker(s.options);
+                s.all[k].number = ++s.started;
+            }
             ++k;
         } catch (const std::system_error&) {
             if (s.all.size() == 1) throw;
@@ -160,16 +167,30 @@ void replace(Workers& s) {
         }
 }
 
+// Whether one that waits has ended meanwhile, which is no fault of the next request.
+bool has_ended(Workers& s, Worker& w) {
+    pollfd pipe = {w.process.from, POLLIN, 0};
+    if (poll(&pipe, 1, 0) > 0) lost(s, w);
+    return !lives(w);
+}
+
 void hand_out(Workers& s) {
+    bool started = false;  // some just now: that these end is the next request's matter, or it would have no end
     while (!s.queue.empty()) {
-        // One that runs already rather than one that is to be started.
-        const auto running = [](const Worker& w) { return !w.busy && lives(w); };
-        auto w = std::find_if(s.all.begin(), s.all.end(), running);
+        // One that runs already rather than one that is to be started; where a worker has ended over it, a newer one,
+        // as what ended the one may have ended others too.
+        const Task& task = s.queue.front();
+        const bool startable = std::any_of(s.all.begin(), s.all.end(), [](const Worker& w) { return !lives(w); });
+        const auto w = std::find_if(s.all.begin(), s.all.end(), [&](const Worker& v) {
+            return !v.busy && lives(v) && (!startable || task.ended == 0 || v.number > task.after);
+        });
         if (w == s.all.end()) {
-            if (std::none_of(s.all.begin(), s.all.end(), [](const Worker& v) { return !lives(v); })) return;
+            if (!startable) return;
             replace(s);
+            started = true;
             continue;
         }
+        if (!started && has_ended(s, *w)) continue;
         w->task = std::move(s.queue.front());
         s.queue.pop_front();
         w->busy = true;
