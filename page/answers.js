@@ -46,7 +46,7 @@ export function follow({request, shown, wrong, working}) {
       rest = setTimeout(() => send(view), AGAIN);
       return;
     }
-    if (outcome.status === 409) return;
+    if (outcome.status === 409) return send(view);  // one that was sent before it came after it
     if (outcome.answer.error) return wrong(outcome.answer.error);
     shown(outcome.answer, view, mine.since, false);
     if (view === "draft") rest = setTimeout(() => send("full"), Math.max(0, REST - (performance.now() - changed_at)));

@@ -94,9 +94,15 @@ export function number_field(on, {name, label, get, set, step = () => 1, unit = 
 }
 
 export function text_field(on, {name, label, get, set, ...more}) {
-  const input = make("input", {type: "text", autocomplete: "off", "data-name": name, "aria-label": label, maxlength: 1000, ...more,
-    oninput: () => set(input.value)});
-  on(() => { if (document.activeElement !== input) input.value = get() ?? ""; });
+  let taking = false;
+  const show = () => { if (!taking && input.value !== (get() ?? "")) input.value = get() ?? ""; };
+  const input = make("input", {type: "text", autocomplete: "off", "data-name": name, "aria-label": label, maxlength: 1000, ...more, onblur: show,
+    oninput: () => {
+      taking = true;
+      set(input.value);
+      taking = false;
+    }});
+  on(show);
   return input;
 }
 

@@ -11,7 +11,12 @@ const LARGEST = 16e6;
 
 export async function open_file(file, say) {
   if (file.size > LARGEST) return say(`${file.name} has ${Math.round(file.size / 1e6)} MB; at most 16 are read`, true);
-  const text = await file.text();
+  let text;
+  try {
+    text = await file.text();
+  } catch {
+    return say(`${file.name} cannot be read: it is a folder, or was moved`, true);
+  }
   if (/\.dxf$/i.test(file.name)) return open_drawing(file.name, text, say);
   let read;
   try {
@@ -20,7 +25,8 @@ export async function open_file(file, say) {
     return say(`${file.name} is no section file: line ${error.line}: ${error.message}`, true);
   }
   if (!is_sound(read)) return say(`${file.name} is no section file: it needs lists of materials and parts`, true);
-  if (read.drawing?.file || read.mesh) return say(`${file.name} names another file, ${read.mesh?.file ?? read.drawing.file}, which a page cannot read: drop the drawing itself`, true);
+  const other = read.drawing?.file ?? read.mesh?.file;
+  if (other || read.mesh) return say(`${file.name} names another file, ${other ?? "of a mesh"}, which a page cannot read: ${read.mesh ? "velquor calc does" : "drop the drawing itself"}`, true);
   change({section: read, template: null, dxf: "", part: 0});
   say(`${file.name} opened`);
 }

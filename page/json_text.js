@@ -12,8 +12,11 @@ export function text_of(value, indent = "") {
 // {value, places: Map from "parts[1].outline[3]" to lines from 1}; throws {line, message} where it is no JSON.
 export function read_text(text) {
   const places = new Map();
-  let at = 0;
-  const line_at = (i) => text.slice(0, i).split("\n").length;
+  let at = 0, line = 1, counted = 0;  // line: of the character `counted`
+  const line_at = (i) => {
+    for (; counted < i; ++counted) if (text[counted] === "\n") ++line;
+    return line;
+  };
   const fault = (message) => { throw Object.assign(new Error(message), {line: line_at(at)}); };
   const blank = () => { while (" \t\r\n".includes(text[at] ?? "x")) ++at; };
   const plain = (pattern) => {

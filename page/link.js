@@ -1,11 +1,25 @@
 // A state in an address: "#1." and its JSON, deflated, in base64 for addresses. What is as it was at first is left out.
-const VERSION = "#1.", LARGEST = 4e6;  // characters of JSON
+const VERSION = "#1.", LARGEST = 4e6;  // bytes of JSON
 
-async function through(stream, bytes) {
+// A small address may hold a text without end: it is taken piece by piece, and left where that becomes too long.
+const PIECE = 4096;
+async function write_all(stream, bytes) {
   const writer = stream.writable.getWriter();
-  writer.write(bytes).catch(() => {});
-  writer.close().catch(() => {});
-  return new Uint8Array(await new Response(stream.readable).arrayBuffer());
+  for (let i = 0; i < bytes.length; i += PIECE) await writer.write(bytes.subarray(i, i + PIECE));
+  await writer.close();
+}
+async function through(stream, bytes, largest = Infinity) {
+  write_all(stream, bytes).catch(() => {});
+  const reader = stream.readable.getReader(), pieces = [];
+  let size = 0;
+  for (let read = await reader.read(); !read.done; read = await reader.read()) {
+    pieces.push(read.value);
+    if ((size += read.value.length) > largest) {
+      reader.cancel().catch(() => {});
+      throw new Error("it is too long");
+    }
+  }
+  return new Uint8Array(await new Blob(pieces).arrayBuffer());
 }
 
 export async function write_link(state, first) {
@@ -23,8 +37,7 @@ const is_object = (x) => typeof x === "object" && x !== null && !Array.isArray(x
 export async function read_link(hash, first) {
   if (!hash.startsWith(VERSION)) throw new Error("it does not begin as one");
   const text = atob(hash.slice(VERSION.length).replaceAll("-", "+").replaceAll("_", "/"));
-  const bytes = await through(new DecompressionStream("deflate-raw"), Uint8Array.from(text, (c) => c.charCodeAt(0)));
-  if (bytes.length > LARGEST) throw new Error("it is too long");
+  const bytes = await through(new DecompressionStream("deflate-raw"), Uint8Array.from(text, (c) => c.charCodeAt(0)), LARGEST);
   const told = JSON.parse(new TextDecoder().decode(bytes));
   if (!is_object(told) || !is_object(told.section)) throw new Error("it holds no section");
   const state = {...first};

@@ -136,7 +136,7 @@ const changed = follow({
     if (!more_to_come) show_answer(kind);
   },
   wrong(error) {
-    fault = error;
+    fault = {at: "", remedy: "", ...error};
     document.documentElement.dataset.view = "wrong";
     show_fault();
     loads.show(null, fault);

@@ -21,14 +21,18 @@ const edit_material = (k, key, value) => edit_section((s) => {
   else s.materials[k][key] = value;
 }, `material ${k} ${key}`, {});
 
+// Not to the name of another: what is of each could not be told apart afterwards.
 function rename_material(k, name) {
-  if (!name) return;
+  if (!name || state.section.materials.some((m, i) => i !== k && m.name === name)) return;
   const old = state.section.materials[k].name;
   edit_section((s) => {
     s.materials[k].name = name;
     for (const entry of [...(s.parts ?? []), ...(s.bars ?? [])]) if (entry.material === old) entry.material = name;
     const layers = s.drawing?.layers ?? {};
-    for (const key of Object.keys(layers)) if (layers[key] === old) layers[key] = name;
+    for (const [key, use] of Object.entries(layers)) {
+      if (use === old) layers[key] = name;
+      else if (use?.material === old) use.material = name;
+    }
   }, `material ${k} name`, {});
 }
 
@@ -96,11 +100,9 @@ export function parts(host) {
   }, `part ${key}`);
   return {
     show() {
-      const list = state.section.parts ?? [], unit = length_of(state.section), names = list.map(describe).join("\n");
-      form.show(`${names} ${unit} ${state.part} ${material_options()}`, (on) => [
-        make("ul", {class: "parts", "aria-label": "parts, a later one replaces what it covers"}, list.map((part, k) => make("li", {}, button(
-          [make("span", {class: "swatch", "data-material": String(state.section.materials.findIndex((m) => m.name === (part.material ?? state.section.materials[0].name)) % 5)}), ` ${k + 1}  ${describe(part)}`],
-          `edit part ${k + 1}, ${describe(part)}`, () => change({part: k}), {"aria-pressed": String(k === state.part), "data-name": `part-${k}`})))),
+      const list = state.section.parts ?? [], unit = length_of(state.section);
+      form.show(`${list.length} ${unit} ${state.part} ${material_options()}`, (on) => [
+        make("ul", {class: "parts", "aria-label": "parts, a later one replaces what it covers"}, list.map((_, k) => make("li", {}, entry(on, k)))),
         make("div", {class: "buttons"},
           button("Add", "Add a part", () => add({shape: "rectangle", parameters: first_parameters("rectangle", state.section), material: state.section.materials[0].name})),
           list[state.part] && button("Duplicate", "Duplicate the part", () => add(moved(list[state.part]))),
@@ -114,6 +116,17 @@ export function parts(host) {
       ]);
     },
   };
+  function entry(on, k) {
+    const swatch = make("span", {class: "swatch"}), words = make("span", {});
+    const chosen = button([swatch, words], "", () => change({part: k}), {"aria-pressed": String(k === state.part), "data-name": `part-${k}`});
+    on(() => {
+      const part = state.section.parts[k], all = state.section.materials;
+      swatch.dataset.material = all.findIndex((m) => m.name === (part.material ?? all[0].name)) % 5;
+      words.textContent = ` ${k + 1}  ${describe(part)}`;
+      chosen.title = chosen.ariaLabel = `edit part ${k + 1}, ${describe(part)}`;
+    });
+    return chosen;
+  }
   function add(part) {
     const section = structuredClone(state.section);
     const material = section.materials[0].name;
@@ -175,7 +188,7 @@ export function bars(host) {
   function one(on, k, kind, area, unit) {
     const of = () => state.section.bars?.[k] ?? {}, set = (key, at) => (v) => edit_section((s) => {
       const bar = s.bars[k];
-      if (at !== undefined) bar[key][at] = v;
+      if (at !== undefined) (bar[key] ??= [0, 0])[at] = v;
       else if (v === undefined) delete bar[key];
       else bar[key] = v;
     }, `bar ${k} ${key} ${at}`);

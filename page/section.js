@@ -140,6 +140,6 @@ export function with_parameter(state, name, value) {
 export function describe(part) {
   if (part.name) return part.name;
   if (part.profile) return part.profile;
-  if (part.shape) return part.shape.replaceAll("_", " ");
+  if (part.shape) return String(part.shape).replaceAll("_", " ");
   return part.outline ? `outline of ${part.outline.length} edges` : "part";
 }

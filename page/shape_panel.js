@@ -100,6 +100,7 @@ export function dimensions(host) {
   host.append(box, rows, told);
   const form = panel(rows), parameters_of = () => { const e = edited(state); return e && {...e, bars: state.template ? state.section.bars : []}; };
   const set = (name, value) => change(with_parameter(state, name, value), `dimension ${name}`);
+  let origin = "";  // the profile that the fields were made for: they stay when it becomes its shape, under a slider that is pulled
   const drawn = sketch(box, {get: parameters_of, set, most: () => 1e6});
   return {
     show() {
@@ -109,7 +110,8 @@ export function dimensions(host) {
         ? `${now.profile}: the fields hold its table's values. When one is changed, the part becomes the shape “${now.shape.replaceAll("_", " ")}” with these.`
         : now ? "" : state.dxf ? "The section is that of the drawing." : "This part is drawn by points: edit them in the section file, below.";
       if (!now) return form.show("none", () => []);
-      const key = `${now.shape} ${now.profile ?? ""} ${unit} ${state.part} ${Boolean(state.template)}`;
+      origin = now.profile ?? origin;
+      const key = `${now.shape} ${origin} ${unit} ${state.part} ${Boolean(state.template)}`;
       form.show(key, (on) => shapes.get(now.shape).parameters.map((p) => row(on, p, unit)));
     },
   };

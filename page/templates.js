@@ -58,7 +58,8 @@ export function places_of_bars(bars) {
     const radius = bar.diameter ? bar.diameter / 2 : Math.sqrt((bar.area ?? 0) / Math.PI), n = Math.min(bar.count ?? 1, 1000);
     return Array.from({length: n}, (_, k) => {
       if (bar.at) return [...bar.at, radius];
-      if (bar.from) return [0, 1].map((i) => bar.from[i] + (bar.to[i] - bar.from[i]) * k / (n - 1)).concat(radius);
+      if (bar.from && bar.to) return [0, 1].map((i) => bar.from[i] + (bar.to[i] - bar.from[i]) * k / (n - 1)).concat(radius);
+      if (!bar.centre) return [0, 0, 0];
       const angle = ((bar.start ?? 0) + 360 * k / n) * Math.PI / 180;
       return [bar.centre[0] + bar.radius * Math.cos(angle), bar.centre[1] + bar.radius * Math.sin(angle), radius];
     });

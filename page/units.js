@@ -69,8 +69,8 @@ export function section_in(section, to) {
   const length = (value) => (typeof value === "number" ? tidy(value * scale) : value);
   const point = (p) => (Array.isArray(p) ? p.map(length) : p);
   const scale_keys = (entry, keys, how) => { for (const key of keys) if (key in entry) entry[key] = how(entry[key]); };
-  const line = (outline) => outline.map((edge) => {
-    if (Array.isArray(edge)) return point(edge);
+  const line = (outline) => !Array.isArray(outline) ? outline : outline.map((edge) => {
+    if (typeof edge !== "object" || edge === null || Array.isArray(edge)) return point(edge);
     scale_keys(edge, ["arc", "through"], point);
     scale_keys(edge, ["radius"], length);
     return edge;
