@@ -47,16 +47,22 @@ export const fresh_id = () => `id${++names}`;
 // A field for a number. get() is its value or undefined, set(value) takes one; step(value) is what arrow keys add.
 // What is no number is marked, told beneath, and changes nothing.
 export function number_field(on, {name, label, get, set, step = () => 1, unit = "", empty = null, low = -Infinity}) {
+  let before;
   const note = make("small", {class: "fault", id: fresh_id(), hidden: true});
   const input = make("input", {
     type: "text", inputmode: "decimal", autocomplete: "off", spellcheck: "false", "data-name": name,
     "aria-label": unit ? `${label}, ${unit}` : label,
     "aria-describedby": note.id,
     oninput: () => take(),
+    onfocus: () => { before = get(); },
     onblur: () => { if (input.getAttribute("aria-invalid") !== "true") show(); },
     onkeydown: (event) => {
       const way = event.key === "ArrowUp" ? 1 : event.key === "ArrowDown" ? -1 : 0;
-      if (event.key === "Escape") { fault(""); show(); }
+      if (event.key === "Escape") {
+        fault("");
+        if (get() !== before) set(before);
+        show();
+      }
       if (!way) return;
       event.preventDefault();
       const now = number_of(input.value) ?? get() ?? 0;

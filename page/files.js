@@ -7,10 +7,10 @@ import {read_text} from "./json_text.js";
 import {layers_of} from "./parts_panel.js";
 import {is_dark} from "./drawing.js";
 
-const LARGEST = 16e6;
+const LARGEST = 2e6;  // bytes: the server takes little more
 
 export async function open_file(file, say) {
-  if (file.size > LARGEST) return say(`${file.name} has ${Math.round(file.size / 1e6)} MB; at most 16 are read`, true);
+  if (file.size > LARGEST) return say(`${file.name} has ${(file.size / 1e6).toFixed(1)} MB; at most ${LARGEST / 1e6} are read: velquor calc takes more`, true);
   let text;
   try {
     text = await file.text();

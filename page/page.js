@@ -106,7 +106,8 @@ function tell_place(seen, by_key) {
   host.setAttribute("aria-live", by_key ? "polite" : "off");
   if (!seen || !answer) return host.replaceChildren();
   const [oy, oz] = answer.view.origin, {length, unit} = unit_words.scale, {place, at} = seen;
-  const words = [`y ${short((place[0] + oy) * length)}  z ${short((place[1] + oz) * length)} ${unit}`];
+  const size = Math.max(...answer.view.box.map(Math.abs)), told = (x) => short(Math.abs(x) < 1e-9 * size ? 0 : x * length);
+  const words = [`y ${told(place[0] + oy)}  z ${told(place[1] + oz)} ${unit}`];
   if (at) {
     words.push(answer.view.materials[at.material] ?? "");
     if (at.value !== null) words.push(at.near_sharp ? "near a sharp corner: no limit" : `${state.see.field === "mises" ? "von Mises" : {axial: "σ", shear: "τ", warping: "ω"}[state.see.field] ?? ""} ${short(at.value)} ${unit_words.unit}`);

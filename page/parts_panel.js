@@ -15,6 +15,11 @@ const free_name = (base, taken) => {
   for (let k = 2; ; ++k) if (!taken.includes(`${base} ${k}`)) return `${base} ${k}`;
 };
 
+// Where there is one material alone, parts and bars need not name it.
+function name_materials(s) {
+  for (const entry of [...(s.parts ?? []), ...(s.bars ?? [])]) entry.material ??= s.materials[0].name;
+}
+
 // Edits that leave a template what it is: its materials keep what is changed here.
 const edit_material = (k, key, value) => edit_section((s) => {
   if (value === undefined) delete s.materials[k][key];
@@ -44,6 +49,7 @@ export function materials(host) {
       form.show(`${list.length} ${unit} ${force}`, (on) => [
         ...list.map((_, k) => one(on, k, unit, force)),
         make("div", {class: "buttons"}, button("Add a material", "Add a material", () => edit_section((s) => {
+          name_materials(s);
           s.materials.push({...standard_material("S235", own(s)), name: free_name("material", s.materials.map((m) => m.name))});
         }, "", {}))),
       ]);
@@ -177,7 +183,7 @@ export function bars(host) {
           if (made.radius) made.radius *= mm;
           const steel = s.materials.find((m) => m.name === "B500") ?? standard_material("B500", own(s));
           if (!s.materials.some((m) => m.name === steel.name)) {
-            for (const part of s.parts ?? []) part.material ??= s.materials[0].name;
+            name_materials(s);
             s.materials.push(steel);
           }
           s.bars = [...(s.bars ?? []), {...made, diameter: 20 * mm, material: steel.name}];

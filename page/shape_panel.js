@@ -108,7 +108,8 @@ export function dimensions(host) {
       drawn.draw();
       told.textContent = now?.profile
         ? `${now.profile}: the fields hold its table's values. When one is changed, the part becomes the shape “${now.shape.replaceAll("_", " ")}” with these.`
-        : now ? "" : state.dxf ? "The section is that of the drawing." : "This part is drawn by points: edit them in the section file, below.";
+        : now ? "" : state.dxf ? "The section is that of the drawing." : state.section.parts?.[state.part]?.outline ? "This part is drawn by points: edit them in the section file, below."
+          : "This part is of no shape or profile that is known: pick one, or see the section file, below.";
       if (!now) return form.show("none", () => []);
       origin = now.profile ?? origin;
       const key = `${now.shape} ${origin} ${unit} ${state.part} ${Boolean(state.template)}`;
@@ -125,10 +126,15 @@ export function dimensions(host) {
     const slider = make("input", {type: "range", "data-name": `slider-${name}`, "aria-label": `${name}, ${meaning}, slider`, oninput: () => set(name, Number(slider.value))});
     on(() => {
       const value = get() ?? parameter.standard;
-      if (value > reach.high || value < reach.low) reach = {...reach_of(parameter, value, edited(state).parameters), low: Math.min(reach.low, value)};
+      // Also where a number was typed that left it too long to be of use; not under a hand that pulls it.
+      const useless = value > 0 && (reach.low < 0 || value < reach.high / 100) && document.activeElement !== slider && /length$/.test(kind);
+      if (value > reach.high || value < reach.low || useless) {
+        reach = reach_of(parameter, value, edited(state).parameters);
+        reach.low = Math.min(reach.low, value);
+      }
       slider.min = reach.low;
       slider.max = reach.high;
-      slider.step = reach.step / 2;
+      slider.step = /sides|bars/.test(kind) ? 1 : reach.step / 2;
       if (Number(slider.value) !== value) slider.value = value;
       slider.setAttribute("aria-valuetext", `${typed(value)} ${in_unit}`);
     });
