@@ -52,7 +52,18 @@ walk("a profile, its dimensions pulled, undone and brought back by a link", asyn
   await other.end();
 });
 
-walk("the arrow of a dimension is pulled on the sketch", async (page) => {
+walk("the slider and the arrow of a dimension are pulled by hand", async (page) => {
+  const slider = page.locator('[data-name="slider-h"]'), rail = await slider.boundingBox(), level = rail.y + rail.height / 2;
+  const end = rail.x + 8 + (rail.width - 16) * 300 / Number(await slider.getAttribute("max"));
+  await page.mouse.move(end, level);
+  await page.mouse.down();
+  for (let k = 1; k <= 4; ++k) {
+    await page.mouse.move(end + 8 * k, level);
+    await page.waitForTimeout(60);
+  }
+  await page.mouse.up();
+  await changed(page);
+  near(Number(await slider.inputValue()), 300 + 32 / (rail.width - 16) * Number(await slider.getAttribute("max")), 0.02);
   const before = Number(await page.inputValue('[data-name="dimension-h"]'));
   const hit = await page.locator('[data-dimension="h"] .hit').boundingBox();
   const x = hit.x + hit.width / 2;
@@ -66,6 +77,35 @@ walk("the arrow of a dimension is pulled on the sketch", async (page) => {
   assert.equal(await page.evaluate(() => document.documentElement.dataset.view), "full");
 });
 
+walk("names are typed and taken back, and the one of another is not taken", async (page) => {
+  for (const words of ["Materials and units", "Parts"]) await page.click(`summary:has-text('${words}')`);
+  await page.click('[data-name="part-name"]');
+  await page.keyboard.type("a <b>beam</b>");
+  assert.equal(await page.inputValue('[data-name="part-name"]'), "a <b>beam</b>");
+  assert.match(await page.textContent('[data-name="part-0"]'), /1 {2}a <b>beam<\/b>/);
+  await page.keyboard.press("Control+z");
+  assert.equal(await page.inputValue('[data-name="part-name"]'), "");
+  await page.click("text=Add a material");
+  await changed(page);
+  assert.equal(await page.evaluate(() => document.documentElement.dataset.view), "full", "the part keeps its material");
+  await page.fill('[data-name="material-name-1"]', "S235");
+  await page.focus("#kind");
+  assert.equal(await page.inputValue('[data-name="material-name-1"]'), "material 2");
+});
+
+walk("a request that came too late is asked again, and a server that was away", async (page) => {
+  const refusals = [[409, "cancelled"], [503, "busy"]];
+  await page.route("**/answer", (route) => {
+    const [status, kind] = refusals.shift() ?? [];
+    return status ? route.fulfill({status, json: {error: {kind, message: "not now"}}}) : route.continue();
+  });
+  await page.fill("#kind", "HEB 200");
+  await page.press("#kind", "Enter");
+  await page.waitForSelector("#fault:has-text('not now')");
+  await rest(page, ["full"]);
+  near((await values(page)).A, 78.08);
+});
+
 walk("nonsense is told at its place, and nothing is lost", async (page) => {
   const A = (await values(page)).A, field = page.locator('[data-name="dimension-tw"]');
   await field.fill("thick");
@@ -76,6 +116,11 @@ walk("nonsense is told at its place, and nothing is lost", async (page) => {
   assert.equal(await rest(page), "wrong");
   assert.match(await page.textContent("#fault"), /parts\[0\]\.parameters.*tw/);
   assert.equal((await values(page)).A, A, "the last good values stay");
+  await page.focus("#kind");
+  await field.focus();
+  await page.keyboard.type("5");
+  await page.keyboard.press("Escape");
+  assert.equal(await field.inputValue(), "400", "what was there");
   await field.fill("7,5");
   await changed(page);
   assert.ok(await page.isHidden("#fault"));
@@ -95,6 +140,14 @@ walk("the section file, two ways, with messages at their lines", async (page) =>
   await page.waitForTimeout(350);
   assert.equal(await rest(page), "wrong");
   assert.match(await page.textContent("#json-fault"), /^line 6: .*rond/);
+  // A name that is no text is told too, also where units are converted.
+  await page.fill("#json", '{"materials": [{"name": "a", "E": 1}], "parts": [\n{"shape": 5, "outline": [7], "holes": [8]}]}');
+  await page.waitForTimeout(350);
+  assert.equal(await rest(page), "wrong");
+  await page.click("summary:has-text('Materials and units')");
+  await page.selectOption('[data-name="own-units"]', "m kN");
+  assert.equal(await rest(page), "wrong");
+  assert.match(await page.textContent("#json-fault"), /^line \d+: ./);
   await page.fill("#json", '{\n "materials": [,]\n}');
   await page.waitForTimeout(350);
   assert.match(await page.textContent("#json-fault"), /^line 2: /);
@@ -118,7 +171,15 @@ walk("a drawing and a section file are dropped", async (page) => {
   await drop("t_beam.json", file("examples/sections/t_beam.json"));
   await changed(page);
   near((await values(page)).A, 3150);
+  await drop("meshed.json", '{"materials": [{"name": "a", "E": 1}], "mesh": {}}');
+  await page.waitForSelector("#told:has-text('meshed.json names another file')");
+  // 60,000 numbers, each of which has its line.
+  await drop("large.json", JSON.stringify({materials: [{name: "a", E: 1}], parts: [{outline: Array(30000).fill([0, 0])}]}, null, 1));
+  await page.waitForSelector("#told:has-text('large.json opened')", {timeout: 5000});
+  await page.keyboard.press("Control+z");
+  await changed(page);
   await drop("wrong.json", "{\n]");
+  await page.waitForSelector("#told:has-text('line 2')");
   assert.match(await page.textContent("#told"), /wrong\.json.*line 2/);
   near((await values(page)).A, 3150);
 });
