@@ -268,6 +268,9 @@ TEST(Stresses, RefusedWhereNothingIsKnown) {
 
 // Of a strip of 5000 : 1 the mesh does not resolve the width: the stress is wrong, and it is said so.
 TEST(Stresses, WhatIsUncertainIsTold) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "many elements, for which sanitizers take a minute";
+#endif
     const auto warning = [](double b, int levels) {
         Section strip = section_of_shape("rectangle", {{"b", b}, {"h", 500}});
         strip.wishes.levels = levels;

@@ -34,7 +34,7 @@ expect "programs linked with it depend on" "$(dpkg-deb -I "$runtime" shlibs | so
     "libvelquor 1 libvelquor1 (>= $version-1) libvelquor-levels 1 libvelquor1 (>= $version-1)"
 if [ "$kit" = 1 ]; then
     expect "the command depends on" "$(dpkg-deb -f "$tools" Depends | sed -E 's/ \(>= [^)]*\)//g')" \
-        "libvelquor1 (= $version-1), libc6, libcairo2, libdxflib3, libgcc-s1, libglib2.0-0, libgmsh4.8, libpango-1.0-0, libpangocairo-1.0-0, libsqlite3-0, libstdc++6, libxxhash0"
+        "libvelquor1 (= $version-1), libc6, libcairo2, libcpp-httplib0.11, libdxflib3, libgcc-s1, libglib2.0-0, libgmsh4.8, libpango-1.0-0, libpangocairo-1.0-0, libsqlite3-0, libstdc++6, libxxhash0"
     expect "the kit depends on" "$(dpkg-deb -f "$kit_development" Depends)" \
         "libvelquor-dev (= $version-1), libdxflib-dev, libgmsh-dev, libcairo2-dev, libpango1.0-dev"
 fi
