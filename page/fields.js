@@ -74,8 +74,9 @@ export function field_of(v, what, forces) {
     return {...range(values, (i) => values[i], fine || nothing ? values.length : v.coarse_points), values, signs: true, power: 2, corners: [],
       triangles: fine ? v.triangles : triangles_of(v.coarse)};
   }
-  const s = stresses_of(v, forces), n = s.sigma.length, values = new Float32Array(n);
   const sheared = SHEAR.some((key) => forces[key]);
+  if (sheared && what !== "axial" && !v.warping.length) return null;  // which piece takes how much is not known
+  const s = stresses_of(v, forces), n = s.sigma.length, values = new Float32Array(n);
   for (let i = 0; i < n; ++i) {
     const tau2 = s.ty[i] * s.ty[i] + s.tz[i] * s.tz[i];
     values[i] = what === "axial" ? s.sigma[i] : what === "shear" ? Math.sqrt(tau2) : Math.sqrt(s.sigma[i] * s.sigma[i] + 3 * tau2);

@@ -6,9 +6,9 @@ import {minus, superscript, short} from "./numbers.js";
 const HIGH = 180, WIDE = 14;
 
 export function legend(host, shown, name, unit) {
-  host.hidden = !shown?.field && !["Warping"].includes(name);
+  host.hidden = !shown?.field && ["Outline", "Mesh"].includes(name);
   if (!shown?.field) {
-    host.replaceChildren(name === "Warping" ? "no warping: pieces do not touch" : "");
+    host.replaceChildren(host.hidden ? "" : `no ${name === "Warping" ? "warping" : "shear stresses"}: pieces do not touch`);
     return;
   }
   const {scale, field} = shown;

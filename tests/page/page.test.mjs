@@ -204,6 +204,13 @@ walk("fields, their legend, and the value under the crosshair", async (page) => 
   near(Number(/to ([\d.]+) kN/.exec(await page.getAttribute("#lines", "aria-label"))[1]), 1.5 / 600, 0.05);
   // Colours, not an empty sheet.
   assert.ok(new Set(await page.locator("#picture").screenshot()).size > 50);
+  // Pieces that do not touch have no shear stresses that are known.
+  await page.click("summary:has-text('Parts')");
+  await page.click("#parts button:has-text('Duplicate')");
+  await page.fill('[data-name="at-y"]', "400");
+  await page.click("#loads button:has-text('Remove')");
+  await changed(page);
+  assert.match(await page.textContent("#legend"), /no shear stresses/);
 });
 
 walk("every form is exported, and calculates to the same values", async (page) => {
