@@ -63,7 +63,7 @@ documents="libvelquor-dev libvelquor1"
 if [ "$kit" = 1 ]; then
     documents="libvelquor-dev libvelquor-kit-dev libvelquor1 velquor"
     expect "the command's package holds" "$(dpkg-deb -c "$tools" | awk '$1 !~ /^d/ {print $6}' | sort | xargs)" \
-        "$(printf './usr/%s ' bin/velquor share/doc/velquor/{copyright,examples/{handbook.py,sections/{encased.{dxf,json},t_beam.json}}} \
+        "$(printf './usr/%s ' bin/velquor share/doc/velquor/{copyright,examples/{handbook.py,sections/{encased.{dxf,json},many.jsonl,sweep.json,t_beam.json}}} \
             share/velquor/result.schema.json)./usr/share/velquor/section.schema.json"
     expect "not stripped" "$(readelf -SW "$scratch/tree/usr/bin/velquor" | grep -Eo ' \.(symtab|debug_info) ' || true)" ""
     expect "search paths" "$(readelf -dW "$scratch/tree/usr/bin/velquor" | grep -E 'R(UN)?PATH' || true)" ""
