@@ -27,7 +27,7 @@ def run(*arguments, text="", **more):
 class Statuses(unittest.TestCase):
     def test_of_every_end_with_its_message(self):
         cases = (
-            (["calc", "IPE 300"], 0, ""),
+            (["calc", "IPE 300"], 0, ""), (["calc", "l 8x8x5/8"], 0, ""),  # a profile, and no folder
             (["--version"], 0, ""), (["--help"], 0, ""), (["calc", "--help"], 0, ""), (["shapes", "i"], 0, ""),
             ([], 1, "velquor: no command"),
             (["clac", "IPE 300"], 1, 'velquor: unknown command "clac"; did you mean "calc"?'),
