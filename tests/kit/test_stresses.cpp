@@ -268,7 +268,7 @@ TEST(Stresses, RefusedWhereNothingIsKnown) {
 
 // Of a strip of 5000 : 1 the mesh does not resolve the width: the stress is wrong, and it is said so.
 TEST(Stresses, WhatIsUncertainIsTold) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VQ_SANITIZED
     GTEST_SKIP() << "many elements, for which sanitizers take a minute";
 #endif
     const auto warning = [](double b, int levels) {
