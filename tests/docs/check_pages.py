@@ -8,7 +8,7 @@ prints stands behind <!-- quotes the output of first_call -->, to the letter whe
 
 Blocks of the kind `console` show commands, each behind "$ ", and what these print: they are run, a page's one after the
 other in a folder of the page, in which stand the examples and the files that the page shows under their names
-(<!-- file beam.json -->). Programs in Python find the package; without Dask its page is left out. A line "..." stands for
+(<!-- file beam.json -->). Programs in Python find the package, and those in C the library; without Dask its page is left out. A line "..." stands for
 any lines. Words are compared; numbers, which depend on the mesh, to PRECISION; bounds and counts of nodes not at all.
 """
 import operator
@@ -23,7 +23,7 @@ from pathlib import Path
 PRECISION = 2e-3
 
 root, programs = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
-tool = sys.argv[3] if len(sys.argv) > 3 else None  # without it no command is run, and no example of the kit
+tool = str(Path(sys.argv[3]).resolve()) if len(sys.argv) > 3 else None  # without it no command is run, and no example of the kit
 pages = sorted([*root.glob("*.md"), *(root / "docs").glob("*.md"), root / "bindings/README.md"])
 faults = []
 
@@ -67,7 +67,8 @@ def shows(quoted, printed, same=alike):
 
 def run(command, folder):
     path = os.pathsep.join((tool, "/usr/bin", os.environ["PATH"]))  # the interpreter that has Debian's packages
-    environment = {**os.environ, "PATH": path, "PYTHONPATH": str(root / "bindings/python"), "PYTHONDONTWRITEBYTECODE": "1"}
+    environment = {**os.environ, "PATH": path, "PYTHONPATH": str(root / "bindings/python"), "PYTHONDONTWRITEBYTECODE": "1",
+                   "PKG_CONFIG_PATH": str(folder)}
     return subprocess.run(["bash", "-c", command], cwd=folder, env=environment, encoding="utf-8",
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60).stdout.splitlines()
 
@@ -100,7 +101,10 @@ for page in pages if tool else ():
         continue
     with tempfile.TemporaryDirectory() as folder:
         (Path(folder) / "examples").symlink_to(root / "examples")
-        block = r"(?:<!-- file (\S+) -->\n)?```(json|python|console)\n(.*?)\n```"
+        (Path(folder) / "velquor.pc").write_text(
+            f"Name: velquor\nDescription: as it is built\nVersion: 1\nCflags: -I{root / 'api'}\n"
+            f"Libs: -L{programs} -Wl,-rpath,{programs} -lvelquor\n")
+        block = r"(?:<!-- file (\S+) -->\n)?```(c|json|python|console)\n(.*?)\n```"
         for name, kind, text in re.findall(block, page.read_text(), re.DOTALL):
             if name:
                 (Path(folder) / name).write_text(text + "\n")
