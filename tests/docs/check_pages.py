@@ -23,7 +23,7 @@ from pathlib import Path
 PRECISION = 2e-3
 
 root, programs = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
-tool = str(Path(sys.argv[3]).resolve()) if len(sys.argv) > 3 else None  # without it no command is run, and no example of the kit
+tool = sys.argv[3] and str(Path(sys.argv[3]).resolve()) if len(sys.argv) > 3 else ""  # without it no command is run
 pages = sorted([*root.glob("*.md"), *(root / "docs").glob("*.md"), root / "bindings/README.md"])
 faults = []
 

@@ -12,7 +12,7 @@ import sys
 from pathlib import Path
 
 root, header = Path(sys.argv[1]), Path(sys.argv[2]).read_text()
-tool = sys.argv[3] if len(sys.argv) > 3 else None
+tool = sys.argv[3] if len(sys.argv) > 3 else ""
 faults, named = [], 0
 
 
