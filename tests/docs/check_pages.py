@@ -108,6 +108,7 @@ for page in pages if tool else ():
         for name, kind, text in re.findall(block, page.read_text(), re.DOTALL):
             if name:
                 (Path(folder) / name).write_text(text + "\n")
+                expect(f"`{name}`" in page.read_text(), f"{page.name}: does not tell readers the name {name}")
             elif kind == "console":
                 for part in re.split(r"^\$ ", text, flags=re.MULTILINE)[1:]:
                     command, *quoted = part.rstrip("\n").split("\n")
