@@ -6,10 +6,11 @@ A page quotes a file behind <!-- quotes examples/first_call.c -->: the blocks th
 file, in its order, or, behind <!-- quotes from examples/first_call.c -->, pieces of it. What the program of an example
 prints stands behind <!-- quotes the output of first_call -->, to the letter where it is in C.
 
-Blocks of the kind `console` show commands, each behind "$ ", and what these print: they are run, a page's one after the
-other in a folder of the page, in which stand the examples and the files that the page shows under their names
-(<!-- file beam.json -->). Programs in Python find the package, and those in C the library; without Dask its page is left out. A line "..." stands for
-any lines. Words are compared; numbers, which depend on the mesh, to PRECISION; bounds and counts of nodes not at all.
+Blocks of the kind `console` show commands, each behind "$ ", on several lines where they end with a backslash, and what these
+print: they are run, a page's one after the other in a folder of the page, in which stand the examples and the files that the
+page shows under their names (<!-- file beam.json -->), which it has to tell. Programs in Python find the package, those in C
+the library; without Dask its page is left out. A line "..." stands for any lines. Words are compared; numbers, which depend
+on the mesh, to PRECISION; bounds and counts of nodes not at all.
 """
 import operator
 import os
@@ -89,7 +90,8 @@ for page in pages:
             expect(not tool, f"{page.name}: there is no program {name}")
             continue
         output = subprocess.run([programs / name], capture_output=True, text=True, check=True).stdout
-        same = operator.eq if (root / "examples" / f"{name}.c").exists() else alike  # those in C make the same mesh anywhere
+        # Those in C make the same mesh anywhere.
+        same = operator.eq if (root / "examples" / f"{name}.c").exists() else alike
         for quoted in blocks_of(page, f"the output of {name}"):
             quotes += 1
             expect(shows(quoted.split("\n"), output.splitlines(), same), f"{page.name}: {name} prints\n{output}")
@@ -111,10 +113,10 @@ for page in pages if tool else ():
                 expect(f"`{name}`" in page.read_text(), f"{page.name}: does not tell readers the name {name}")
             elif kind == "console":
                 for part in re.split(r"^\$ ", text, flags=re.MULTILINE)[1:]:
-                    command, *quoted = part.rstrip("\n").split("\n")
+                    command, quoted = re.fullmatch(r"((?:[^\n]*\\\n)*[^\n]*)\n?(.*)", part.rstrip("\n"), re.DOTALL).groups()
                     printed = run(command, folder)
                     commands += 1
-                    expect(shows(quoted, printed), f"{page.name}: {command} prints\n" + "\n".join(printed))
+                    expect(shows(quoted.splitlines(), printed), f"{page.name}: {command} prints\n" + "\n".join(printed))
 
         # Pictures are those that stand in the documentation: their words, and about as many cells of colour.
         for drawn in Path(folder).glob("*.svg") if page.name == "pictures.md" else ():

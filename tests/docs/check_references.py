@@ -80,9 +80,12 @@ if tool:
         expect(f"\n## {command}\n" in reference, f"command.md: nothing of {command}")
         expect(written == offered[command], f"command.md: {command}: {sorted(written ^ offered[command])}")
     known = {option.split()[0] for options in offered.values() for option in options} | {"--help", "--version"}
-    prose = re.sub(r"```.*?```", "", reference, flags=re.DOTALL)
-    for option in sorted(set(re.findall(r"(?<![\w-])--[A-Za-z]+", prose))):
-        expect(option in known, f"command.md: no command has {option}")
+    shapes = json.loads(told("catalogue"))["shapes"]
+    parameters = {f"--{parameter['name']}" for shape in shapes for parameter in shape["parameters"]}
+    for name in ("command", "guide", "batch", "page", "results", "section_file"):
+        prose = re.sub(r"```.*?```", "", page(name), flags=re.DOTALL)
+        for option in sorted(set(re.findall(r"(?<![\w-])--[A-Za-z]\w*", prose))):
+            expect(option in known | parameters, f"{name}.md: no command has {option}")
 
 # The tables of a file of results, with every column that is no value.
 if tool:
