@@ -69,7 +69,7 @@ def shows(quoted, printed, same=alike):
 def run(command, folder):
     path = os.pathsep.join((tool, "/usr/bin", os.environ["PATH"]))  # the interpreter that has Debian's packages
     environment = {**os.environ, "PATH": path, "PYTHONPATH": str(root / "bindings/python"), "PYTHONDONTWRITEBYTECODE": "1",
-                   "PKG_CONFIG_PATH": str(folder)}
+                   "PKG_CONFIG_PATH": str(folder), "VELQUOR_LIBRARY": str(programs / "libvelquor.so.1")}
     return subprocess.run(["bash", "-c", command], cwd=folder, env=environment, encoding="utf-8",
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60).stdout.splitlines()
 
