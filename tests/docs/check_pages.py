@@ -2,12 +2,17 @@
 
     check_pages.py <project folder> <folder of the example programs> <header> [<folder of the command velquor>]
 
+A page quotes a file behind <!-- quotes examples/first_call.c -->: the blocks that follow such a line are the whole of the
+file, in its order, or, behind <!-- quotes from examples/first_call.c -->, pieces of it. What the program of an example
+prints stands behind <!-- quotes the output of first_call -->, to the letter where it is in C.
+
 Blocks of the kind `console` show commands, each behind "$ ", and what these print: they are run, a page's one after the
 other in a folder of the page, in which stand the examples and the files that the page shows under their names
 (<!-- file beam.json -->). Programs in Python find the package; without Dask its page is left out. A line "..." stands for
 any lines. Words are compared; numbers, which depend on the mesh, to PRECISION; bounds and counts of nodes not at all.
 """
 import json
+import operator
 import os
 import re
 import shutil
@@ -24,30 +29,16 @@ pages = sorted([*root.glob("*.md"), *(root / "docs").glob("*.md")])
 faults = []
 
 
-def quotes(page, label):
-    return re.findall(rf"<!-- quotes {re.escape(label)} -->\n```\w*\n(.*?)\n```", page.read_text(), re.DOTALL)
+def blocks_of(page, label):
+    mark = f"<!-- quotes {label} -->"
+    found = re.findall(rf"{re.escape(mark)}\n```\w*\n(.*?)\n```", page.read_text(), re.DOTALL)
+    expect(len(found) == page.read_text().count(mark), f"{page.name}: no block behind a mark: {mark}")
+    return found
 
 
 def expect(holds, fault):
     if not holds:
         faults.append(fault)
-
-
-guide = root / "docs" / "host_guide.md"
-
-# The blocks of the guide are the whole of each example, in its order.
-blocks = []
-for example in ("first_call", "bounds"):
-    rest = (root / "examples" / f"{example}.c").read_text()
-    parts = quotes(guide, f"examples/{example}.c")
-    for part in parts:
-        rest = rest.lstrip("\n")
-        expect(rest.startswith(part + "\n"), f"not the next part of {example}.c:\n{part}")
-        rest = rest[len(part):]
-    expect(parts and not rest.strip(), f"not quoted of {example}.c: {rest.strip()}")
-    output = subprocess.run([programs / example], capture_output=True, text=True, check=True).stdout
-    expect(quotes(guide, f"the output of {example}") == [output.rstrip("\n")], f"{example} prints\n{output}")
-    blocks += parts
 
 
 # Commands, and what they print.
@@ -67,12 +58,12 @@ def near(a, b):
     return bool(a and b) and a[2] == b[2] and abs(float(a[1]) - float(b[1])) <= PRECISION * abs(float(a[1]))
 
 
-def shows(quoted, printed):
+def shows(quoted, printed, same=alike):
     if not quoted:
         return not printed
     if quoted[0].strip() == "...":
-        return any(shows(quoted[1:], printed[k:]) for k in range(len(printed) + 1))
-    return bool(printed) and alike(quoted[0], printed[0]) and shows(quoted[1:], printed[1:])
+        return any(shows(quoted[1:], printed[k:], same) for k in range(len(printed) + 1))
+    return bool(printed) and same(quoted[0], printed[0]) and shows(quoted[1:], printed[1:], same)
 
 
 def run(command, folder):
@@ -80,6 +71,28 @@ def run(command, folder):
     environment = {**os.environ, "PATH": path, "PYTHONPATH": str(root / "bindings/python"), "PYTHONDONTWRITEBYTECODE": "1"}
     return subprocess.run(["bash", "-c", command], cwd=folder, env=environment, encoding="utf-8",
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60).stdout.splitlines()
+
+
+# Examples. What a page quotes of one is its text, part after part, and all of it unless the label says "from".
+quotes = 0
+for page in pages:
+    labels = re.findall(r"<!-- quotes (from )?(examples/\S+) -->", page.read_text())
+    for choice, name in dict.fromkeys(labels):
+        rest = (root / name).read_text() if (root / name).exists() else ""
+        for part in blocks_of(page, f"{choice}{name}"):
+            quotes += 1
+            before, found, rest = rest.partition(part + "\n")
+            expect(found and (choice or not before.strip()), f"{page.name}: not the next part of {name}:\n{part}")
+        expect(choice or not rest.strip(), f"{page.name}: not quoted of {name}: {rest.strip()}")
+    for name in re.findall(r"<!-- quotes the output of (\S+) -->", page.read_text()):
+        if not (programs / name).exists():
+            expect(not tool, f"{page.name}: there is no program {name}")
+            continue
+        output = subprocess.run([programs / name], capture_output=True, text=True, check=True).stdout
+        same = operator.eq if (root / "examples" / f"{name}.c").exists() else alike  # those in C make the same mesh anywhere
+        for quoted in blocks_of(page, f"the output of {name}"):
+            quotes += 1
+            expect(shows(quoted.split("\n"), output.splitlines(), same), f"{page.name}: {name} prints\n{output}")
 
 
 commands = 0
@@ -107,16 +120,6 @@ for page in pages if tool else ():
             expect(len(words[0]) == len(words[1]) and all(map(alike, *words)) and abs(cells[0] - cells[1]) <= 0.1 * cells[1],
                    f"docs/pictures/{drawn.name} is not what its command draws; ./run docs")
 
-# The example of the kit.
-if tool:
-    example = (root / "examples/section.cpp").read_text().rstrip("\n")
-    for page in (root / "README.md", root / "docs/kit.md"):
-        blocks += quotes(page, "examples/section.cpp")
-        expect(quotes(page, "examples/section.cpp") == [example], f"{page.name}: not the whole of section.cpp")
-    output = subprocess.run([programs / "section_example"], capture_output=True, text=True, check=True).stdout
-    quoted, = quotes(page, "the output of section_example")
-    expect(shows(quoted.split("\n"), output.splitlines()), f"section.cpp prints\n{output}")
-
 # Every key of section files is in the page about them.
 schema = json.loads((root / "kit/section/schema.json").read_text())
 
@@ -133,12 +136,14 @@ form = (root / "docs/section_file.md").read_text()
 for key in sorted(set(keys_of(schema))):
     expect(f"`{key}`" in form, f"section_file.md: nothing of {key}")
 
+guide = (root / "docs/host_guide.md").read_text()
+
 # Slots, property columns, modes and statuses as the header has them.
 value = {name: int(number) for name, number in re.findall(r"^    VQ_(\w+) = (\d+)", header, re.MULTILINE)}
-rows = re.findall(r"^\| (\d+) (?:\| |\()`(?:VQ_)?(\w+)`(?: \||\))", guide.read_text(), re.MULTILINE)
+rows = re.findall(r"^\| (\d+) (?:\| |\()`(?:VQ_)?(\w+)`(?: \||\))", guide, re.MULTILINE)
 for number, name in rows:
     expect(value.get(name) == int(number), f"{name} is {value.get(name)}, not {number}")
-for line in re.findall(r"^\| `(PL\w+)_\.\.\.`: [^|]*\|(.*)\|$", guide.read_text(), re.MULTILINE):
+for line in re.findall(r"^\| `(PL\w+)_\.\.\.`: [^|]*\|(.*)\|$", guide, re.MULTILINE):
     for name, number in re.findall(r"`(\w+)` (\d+)", line[1]):
         rows.append((number, f"{line[0]}_{name}"))
         expect(value.get(f"{line[0]}_{name}") == int(number), f"{line[0]}_{name} is not {number}")
@@ -147,7 +152,7 @@ expect(listed >= set(range(value["NSLOTS"])), f"slots missing: {set(range(value[
 
 # Reasons, of the second header.
 for name in re.findall(r"VQ_(\w+) =", (root / "levels/velquor_levels.h").read_text().split("/* Reasons")[1]):
-    expect(f"`{name}`" in guide.read_text(), f"{name} is not in the guide")
+    expect(f"`{name}`" in guide, f"{name} is not in the guide")
 
 
 # Links and pictures, with their headings as sites that render Markdown name them.
@@ -174,5 +179,5 @@ expect(drawn == shown, f"drawings that no page shows, or that are missing: {sort
 
 for fault in faults:
     print(fault)
-print(f"{len(pages)} pages, {len(blocks)} quotes, {commands} commands, {links} links, {len(rows)} numbers")
+print(f"{len(pages)} pages, {quotes} quotes, {commands} commands, {links} links, {len(rows)} numbers")
 sys.exit(1 if faults else 0)
