@@ -148,6 +148,11 @@ for page in pages:
         if anchor and file.suffix == ".md" and file.exists():
             expect(anchor in anchors(file), f"{page.name}: no heading for {target}")
 
+# A picture has a line below that tells what it shows, with dimensions and units.
+for page in pages:
+    for picture, below in re.findall(r"^(!\[[^\]]*\]\(.*\)|<img .*>)\n+(.*)", page.read_text(), re.MULTILINE):
+        expect(re.match(r"\*\w", below), f"{page.name}: no caption below {picture}")
+
 # Every page and every picture is linked to from another page.
 pictures = [file for folder in ("docs", "docs/drawings", "docs/pictures") for ending in ("svg", "png", "jpg")
             for file in (root / folder).glob(f"*.{ending}")]
