@@ -52,6 +52,10 @@ for name, schema in (("section_file", "section/schema"), ("results", "show/resul
                      ("protocol", "requests/request.schema"), ("protocol", "requests/answer.schema")):
     for key in sorted(set(keys_of(json.loads((root / f"kit/{schema}.json").read_text())))):
         expect(f"`{key}`" in page(name), f"{name}.md: nothing of {key}")
+reasons = re.findall(r'(?:return|value,) "([a-z][^"]{9,})"', (root / "kit/analysis/values.cpp").read_text())
+expect(len(reasons) > 9, f"values.cpp: reasons {reasons}")
+for reason in reasons:
+    expect(f"`{reason}`" in page("results"), f"results.md: nothing of the reason {reason}")
 if tool:
     values = json.loads(told("schema", "--result"))["definitions"]["values"]["properties"]
     listed = re.findall(r"^\| `(\w+)` \|", section(page("results"), "The values"), re.MULTILINE)
