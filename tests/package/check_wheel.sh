@@ -31,5 +31,7 @@ if [ "$command" = 1 ]; then
     expect "the command" "$(cd / && "$inside/velquor" --version | head -n 1)" "velquor $version"
     rm "$package/bin/velquor"
 fi
-[[ $(PATH=$inside told 'import velquor; velquor.section("IPE 300")') == *"this wheel was built without it"* ]] ||
-    fail "nothing told of the command that is missing: $(PATH=$inside told 'import velquor; velquor.section("IPE 300")')"
+without=$(cd / && PATH=$inside "$inside/python" -c 'import velquor; velquor.section("IPE 300")' 2>&1 || true)
+[[ $without == *"this wheel was built without it"* ]] || fail "nothing told of the command that is missing: $without"
+without=$(cd / && PATH=$inside "$inside/velquor" --version 2>&1 && fail "a command that is missing" || true)
+[[ $without == "velquor: no command"* ]] || fail "nothing told of the command that is missing: $without"
