@@ -122,7 +122,7 @@ _velquor_follows() {  # what stands behind an option of a command, or without on
     esac
 }
 _velquor() {
-    local word=${2//\\/} previous=${3//\\/} command='' shape='' kind='' names='' name k
+    local word=${2//\\/} previous=${3//\\/} command='' shape='' kind='' names='' name files k
     word=${word#[\"\']}
     COMPREPLY=()
     for ((k = 1; k < COMP_CWORD; ++k)); do
@@ -142,6 +142,7 @@ _velquor() {
     nothing) return ;;
     files | profiles) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
     esac
+    files=${#COMPREPLY[@]}
     case "$kind" in
     files) ;;
     profiles) names=$("$1" profiles "$word" 2>/dev/null) ;;
@@ -152,7 +153,9 @@ _velquor() {
         name=${name%%  *}
         [[ -z $name || ${name,,} != "${word,,}"* ]] || COMPREPLY+=("$name")
     done <<<"$names"
-    [ "$kind" != profiles ] && [ "$kind" != files ] || compopt -o filenames  # blanks are escaped, folders end in a slash
+    # As names of files blanks are escaped, and folders end in a slash; profiles are not shown without what is before theirs.
+    [ "$kind" = files ] || { [ "$kind" = profiles ] && [[ $files -gt 0 || ${COMPREPLY[*]} != */* ]]; } || return 0
+    compopt -o filenames
 }
 complete -F _velquor velquor
 """.replace("@COMMANDS@", commands).replace("@FOLLOWS@", "\n".join(cases)).replace(
