@@ -4,33 +4,40 @@
 
 #include "velquor.h"
 
-enum { NY = 10, NZ = 20, W = NY + 1 };
+/* Lines are short enough to stand beside others. */
+/* clang-format off */
+enum { NY = 10, NZ = 20, W = NY + 1 }; /* squares of 10 */
 enum { NNODES = W * (NZ + 1), NELEMS = NY * NZ };
-static double NODES[2 * NNODES], PROPS[10 * NELEMS];
-static double NODEOUT[3 * NNODES], ELEMOUT[48 * NELEMS];
-static int32_t ELEMENTS[4 * NELEMS];
+double NODES[2 * NNODES], NODEOUT[3 * NNODES];
+double PROPS[10 * NELEMS], ELEMOUT[48 * NELEMS];
+int32_t ELEMENTS[4 * NELEMS];
 
 int main(void) {
-    const double steel[] = {210e3, 81e3, 0, 1, 1, 1, 0, 0, 0, 0};
-    for (int n = 0; n < NNODES; ++n) { /* squares of 10 */
+    const double steel[] = {210e3, 81e3, 0, 1, 1, 1};
+    for (int n = 0; n < NNODES; ++n) {
         NODES[n] = 10 * (n % W);
         NODES[NNODES + n] = 10 * (n / W);
     }
-    for (int e = 0; e < NELEMS; ++e) { /* counter-clockwise */
-        const int32_t a = e / NY * W + e % NY + 1, b = a + W;
-        ELEMENTS[e] = a, ELEMENTS[NELEMS + e] = a + 1;
-        ELEMENTS[2 * NELEMS + e] = b + 1;
-        ELEMENTS[3 * NELEMS + e] = b;
-        for (int k = 0; k < 10; ++k) PROPS[k * NELEMS + e] = steel[k];
+    for (int e = 0; e < NELEMS; ++e) {
+        const int32_t a = e / NY * W + e % NY + 1;
+        ELEMENTS[e] = a;
+        ELEMENTS[NELEMS + e] = a + 1;
+        ELEMENTS[2 * NELEMS + e] = a + 1 + W;
+        ELEMENTS[3 * NELEMS + e] = a + W;
+        for (int k = 0; k < 6; ++k)
+            PROPS[k * NELEMS + e] = steel[k];
     }
 
-    int32_t STATUS = 1;        /* one group of elements */
-    double R[VQ_NSLOTS] = {0}; /* and the mode VQ_ELASTIC */
-    vq_velquor(&STATUS, NODES, NNODES, ELEMENTS, NELEMS, PROPS, 0, NULL, R, NODEOUT, ELEMOUT);
+    int32_t STATUS = 1; /* one group */
+    double R[VQ_NSLOTS] = {0}; /* mode VQ_ELASTIC */
+    vq_velquor(&STATUS, NODES, NNODES, ELEMENTS,
+               NELEMS, PROPS, 0, NULL, R,
+               NODEOUT, ELEMOUT);
     if (STATUS != VQ_DONE) return 1;
 
-    printf("A = %.7g\n", R[VQ_EA] / R[VQ_EREF]);
-    printf("Iy = %.7g\n", R[VQ_IZZ] / R[VQ_EREF]);
-    printf("It = %.7g\n", R[VQ_GJ] / R[VQ_GREF]);
+    const double E = R[VQ_EREF], G = R[VQ_GREF];
+    printf("A = %.7g\n", R[VQ_EA] / E);
+    printf("Iy = %.7g\n", R[VQ_IZZ] / E);
+    printf("It = %.7g\n", R[VQ_GJ] / G);
     return 0;
 }
