@@ -115,11 +115,6 @@ def overview(sections):
             "", *table(["Section", "elements", "layers", "values"], rows)]
 
 
-def drawn(s):
-    """Whether docs/pictures.py draws the section."""
-    return (HERE / "outlines" / f"{s['name']}.json").exists()
-
-
 def section_part(s):
     sources, notes, rows = [], {}, []
     finer = any(e["order"] for e in s["expected"])
@@ -140,7 +135,7 @@ def section_part(s):
     if not any(row[1] for row in rows):
         head, rows = [head[0], *head[2:]], [[row[0], *row[2:]] for row in rows]
     lines = [f"### {escaped(s['title'])}", "",
-             *([f"![{escaped(s['title'])}](pictures/sections/{s['name']}.svg)", ""] if drawn(s) else []),
+             f"![{escaped(s['title'])}](pictures/sections/{s['name']}.svg)", "",
              f"{escaped(s['about'])} (`{s['name']}.json`, {s['units']}; {size_text(s)})", "", *table(head, rows), "",
              "Sources: " + "; ".join(f"({i}) {escaped(source)}" for i, source in enumerate(sources, 1)) + "."]
     if notes:
@@ -188,7 +183,7 @@ def page(sections, studies):
     if sorted(named) != sorted(sections):
         sys.exit(f"page.md and the files differ in {sorted(set(named) ^ set(sections))}")
     if without := [name for name, s in sections.items() if "outline" not in s]:
-        sys.exit(f"without outlines: {without}: the kit is not built, or validation/outlines lacks them")
+        sys.exit(f"without outlines: {without}: the kit is not built")
     sections = {name: sections[name] for name in named}
     lines, plots = [], {}
     for line in template:
