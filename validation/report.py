@@ -156,8 +156,8 @@ def caption_of_section(s):
 
 
 def caption_of_plot(units):
-    return f"*Amount of the difference in % against the size of elements in {unit_of_length(units)}, both by powers of ten; " \
-           "grey: the first and the second power of the size.*"
+    return f"*Amount of the difference in % against the size of elements in {unit_of_length(units)}, both by powers of " \
+           "ten; grey: the first and the second power of the size.*"
 
 
 def section_part(s):
