@@ -4,6 +4,7 @@ CMake builds them in build/wheel; or they are taken from the build folder that t
 """
 import os
 import re
+import shlex
 import shutil
 import subprocess
 import tempfile
@@ -26,7 +27,8 @@ class BuildWithLibraries(build_py):
         super().run()
         if not built:
             subprocess.run(["cmake", "-S", root, "-B", build, "-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_INSTALL_LIBDIR=lib",
-                            "-DVQ_BUILD_TESTS=OFF", "-DVQ_BUILD_EXAMPLES=OFF"], check=True)
+                            "-DVQ_BUILD_TESTS=OFF", "-DVQ_BUILD_EXAMPLES=OFF",
+                            *shlex.split(os.environ.get("CMAKE_ARGS", ""))], check=True)
             subprocess.run(["cmake", "--build", build, "--parallel", str(os.cpu_count())], check=True)
         has_command = (build / "tool/velquor").exists()
         with tempfile.TemporaryDirectory() as tree:
