@@ -126,6 +126,7 @@ for page in pages if tool else ():
             expect(len(words[0]) == len(words[1]) and all(map(alike, *words)) and abs(cells[0] - cells[1]) <= 0.1 * cells[1],
                    f"docs/pictures/{drawn.name} is not what its command draws; ./run docs")
 
+
 # Links and pictures, with their headings as sites that render Markdown name them.
 def anchors(page):
     headings = re.findall(r"^#+ (.*)$", re.sub(r"```.*?```", "", page.read_text(), flags=re.DOTALL), re.MULTILINE)

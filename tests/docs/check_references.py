@@ -58,8 +58,13 @@ for reason in reasons:
     expect(f"`{reason}`" in page("results"), f"results.md: nothing of the reason {reason}")
 if tool:
     values = json.loads(told("schema", "--result"))["definitions"]["values"]["properties"]
-    listed = re.findall(r"^\| `(\w+)` \|", section(page("results"), "The values"), re.MULTILINE)
-    expect(listed == list(values), f"results.md: values {sorted(set(listed) ^ set(values))}, or their order")
+    table = section(page("results"), "The values")
+    listed = re.findall(r"^\| `(\w+)` \|[^|]*\| ([^|]*) \| (?:`(.*)`)? ?\|$", table, re.MULTILINE)
+    keys = [key for key, *_ in listed]
+    expect(keys == list(values), f"results.md: values {sorted(set(keys) ^ set(values))}, or their order")
+    for key, meaning, slots in listed:
+        words = values.get(key, {"description": ""})["description"]
+        expect(words.endswith(f": {meaning} [{slots}]" if slots else f": {meaning}"), f"results.md: {key} is {words}")
 
 
 # Every option of the command is in the page about it, under the heading of its subcommand or in the table of those that
