@@ -22,7 +22,7 @@ extern "C" {
 /* The version, VQ_VERSION_MAJOR . VQ_VERSION_MINOR . VQ_VERSION_PATCH. Names and values here keep their meaning while
  * the first stays the same. */
 #define VQ_VERSION_MAJOR 1
-#define VQ_VERSION_MINOR 0
+#define VQ_VERSION_MINOR 1
 #define VQ_VERSION_PATCH 0
 
 /* VQ_STATIC goes with the static library, where its CMake package and its pkg-config file define it. VQ_BUILDING is

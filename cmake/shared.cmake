@@ -18,9 +18,7 @@ target_compile_definitions(velquor_objects PRIVATE VQ_BUILDING)
 vq_shared_library(velquor velquor.map)
 target_compile_definitions(velquor_levels_objects PRIVATE VQ_BUILDING_LEVELS)
 vq_shared_library(velquor_levels velquor-levels.map)
-# It finds the first beside itself, in the build tree too; in a folder of the system's the loader does.
-set_target_properties(velquor_levels PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
-if(NOT VQ_DEBIAN_PACKAGES)
-  set_target_properties(velquor_levels PROPERTIES INSTALL_RPATH $ORIGIN)
-endif()
-set(library_component runtime)
+# It finds the first beside itself, in the build tree too; in a folder of the system's the loader does, and
+# CMAKE_SKIP_INSTALL_RPATH leaves it to that.
+set_target_properties(velquor_levels PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH $ORIGIN)
+set(library_kind shared)

@@ -25,9 +25,6 @@ vq_static_library(velquor OUTPUT velquor NAMES vq_velquor
   ARCHIVES ${VQ_LAPACK_ARCHIVE} ${VQ_BLAS_ARCHIVE} ${VQ_AMD_ARCHIVE})
 vq_static_library(velquor_levels OUTPUT velquor-levels NAMES vq_levels vq_levels_watched vq_check vq_reason)
 
-# By name, so that a host without C++ can link them: the runtime of the compiler that built the libraries.
-set(interface_libraries ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
-list(REMOVE_ITEM interface_libraries ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
-target_link_libraries(velquor INTERFACE ${interface_libraries})
+target_link_libraries(velquor INTERFACE ${runtime_libraries})
 target_compile_definitions(velquor INTERFACE ${interface_definitions})
-set(library_component development)
+set(library_kind static)

@@ -27,7 +27,7 @@ std::vector<Missing> missing_of(const Values& values);
 // "bounds up to 0.0004 (GJ), more than the 0.0001 that was wished"; empty where no bound is known.
 std::string accuracy_of(const Values& values);
 
-// "1.0.0"
+// "1.1.0"
 std::string version_text();
 
 }  // namespace velquor

@@ -12,6 +12,17 @@ if grep -i gmsh "$build/CMakeCache.txt"; then echo "looked for without the kit" 
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name velquor.pc)")
 export PKG_CONFIG_LIBDIR
+libdir=$(pkg-config --variable=libdir velquor)
+if [ -e "$libdir/libvelquor.a" ] && [ -e "$libdir/libvelquor.so" ]; then  # the static ones on request
+    "$cmake" -S "$host" -B "$build/static" -DCMAKE_PREFIX_PATH="$prefix" -DVELQUOR_COMPONENTS=static >/dev/null
+    "$cmake" --build "$build/static" >/dev/null
+    cc -std=c99 -static -DWITH_LEVELS "$host/host.c" -o "$build/static/by_pkg_config" \
+        $(pkg-config --static --cflags --libs velquor-levels)
+    for program in velquor-levels_host by_pkg_config; do
+        readelf -dW "$build/static/$program" | grep velquor && echo "loads the shared library" >&2 && exit 1
+        "$build/static/$program"
+    done
+fi
 strict=(-Wall -Wextra -Wpedantic -Werror)
 for library in velquor velquor-levels; do
     told=$("$build/${library}_host") wanted="velquor $(pkg-config --modversion $library):"

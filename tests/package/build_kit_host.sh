@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the example of the kit, and what the page about it shows, against the copy that is installed under a prefix, found
-# by CMake and by pkg-config, and runs them; compares the example with the command of that copy, and looks at the schemas beside it.
+# by CMake and by pkg-config, and runs them; the command of that copy runs too.
 #   build_kit_host.sh <cmake> <prefix> <folder to build in>
 set -euo pipefail
 cmake=$1 prefix=$2 build=$3
@@ -35,9 +35,6 @@ echo "$told"
 expect "built by pkg-config" "$(LD_LIBRARY_PATH=$libdir "$build/by_pkg_config")" "$told"
 [[ $told == "A = 53.8"* && $told == *$'\nIy = 8356'* ]] || fail "not the values of an IPE 300"
 "$prefix/bin/velquor" calc "IPE 300" --units cm --csv >/dev/null || fail "the command does not run"
-expect "the schema of sections" "$("$prefix/bin/velquor" schema)" "$(cat "$prefix/share/velquor/section.schema.json")"
-expect "the schema of results" "$("$prefix/bin/velquor" schema --result)" \
-    "$(cat "$prefix/share/velquor/result.schema.json")"
 
 # Without Gmsh there is no kit, and the message names what is missing.
 if told=$("$cmake" -S "$here/kit" -B "$build/without" -DCMAKE_PREFIX_PATH="$prefix" -DEXAMPLE="$example" \

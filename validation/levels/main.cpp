@@ -16,11 +16,6 @@ namespace {
 
 constexpr size_t WORST = 20;
 
-void print(const Row& row) {
-    std::printf("| %s | %s | %s | %s |\n", row.what.c_str(), row.goal.c_str(), row.must.c_str(), row.measured.c_str());
-    std::fflush(stdout);
-}
-
 // Sorts by what `amount` tells, the largest first.
 template <class Amount>
 void print_worst(const char* title, std::vector<Value> values, Amount amount) {

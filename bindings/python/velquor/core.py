@@ -14,9 +14,10 @@
 Names are those of the C headers, velquor.h and velquor_levels.h, which tell everything about each value. Nodes, elements
 and groups count from 1 as in C; rows, corners and load cases of numpy arrays from 0.
 
-The library is found by the argument `library`, else by the environment variable VELQUOR_LIBRARY, else by the system's
-loader; the second one, which levels and check need, beside it. They run without the interpreter's lock, so that calls in
-several threads run side by side; the tables of a call must stay as they are until it returns.
+The library is found by the argument `library`, else by the environment variable VELQUOR_LIBRARY, else beside this
+package's installation, else by the system's loader; the second one, which levels and check need, beside it. They run
+without the interpreter's lock, so that calls in several threads run side by side; the tables of a call must stay as they
+are until it returns.
 """
 import collections
 import contextlib
@@ -28,6 +29,8 @@ from dataclasses import dataclass, field, fields
 from typing import Optional, Sequence
 
 import numpy as np
+
+from .places import find_library
 
 # Calculation modes: none of the plastic calculation, all four directions, or the first two of them.
 ELASTIC, PLASTIC, PLASTIC_TWO, PLASTIC_TWO_21 = MODES = (0, 1, 11, 21)
@@ -341,7 +344,8 @@ def _tables(nodes, elements, props, bars, groups, mode, any_node=False):
 
 
 def load(library=None):
-    """The library's routine: from the file `library`, from VELQUOR_LIBRARY, or where the system's loader finds it."""
+    """The library's routine: from the file `library`, from VELQUOR_LIBRARY, beside this package, or where the system's
+    loader finds it."""
     return _routine(_file(library))
 
 
@@ -356,7 +360,7 @@ def load_levels(library=None):
 
 
 def _file(library):
-    return os.fspath(library or os.environ.get("VELQUOR_LIBRARY") or "libvelquor.so.1")
+    return os.fspath(library or os.environ.get("VELQUOR_LIBRARY") or find_library())
 
 
 def _table(dtype):

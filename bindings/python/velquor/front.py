@@ -9,7 +9,8 @@ import subprocess
 from typing import Any, Dict, Iterable, Iterator, List, Mapping, Optional, Tuple, Union
 
 from . import workers
-from .requests import Source, Units, find_command, folder_of, request_of, text_of, wishes_of
+from .places import find_command
+from .requests import Source, Units, folder_of, request_of, text_of, wishes_of
 from .results import Section, SectionError
 
 Result = Union[Section, SectionError]

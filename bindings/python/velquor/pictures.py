@@ -8,7 +8,8 @@ from typing import Any, Dict, List, Optional, Tuple
 
 import numpy as np
 
-from .requests import find_command, text_of
+from .places import find_command
+from .requests import text_of
 from .results import Field, Fields, Section, SectionError, _unknown
 
 MAIN = ("A", "A_tr", "mass", "Iy", "Iz", "alpha", "Wel_y", "Wel_z", "It", "Wt", "Iw", "y_M", "z_M", "As_y", "As_z", "Wpl_y",

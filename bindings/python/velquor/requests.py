@@ -1,7 +1,6 @@
-"""What a caller means by a section, as a request of docs/protocol.md; and where the command is."""
+"""What a caller means by a section, as a request of docs/protocol.md."""
 import json
 import os
-import shutil
 from pathlib import Path
 from typing import Any, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
@@ -13,17 +12,6 @@ Units = Union[None, str, Sequence[str], Mapping[str, str]]
 MESHES = (".msh", ".bdf", ".nas", ".unv", ".vtk", ".mesh", ".stl")
 FILES = (".json", ".dxf", *MESHES)
 OF_SECTIONS = ("materials", "parts", "mesh", "drawing", "bars")  # keys by which a section is told from a request
-
-
-def find_command(command: Optional[str] = None) -> str:
-    """The program's path. Throws OSError where there is none."""
-    wanted = os.fspath(command or os.environ.get("VELQUOR_COMMAND") or "")
-    installed = Path(__file__).resolve().parent / "../../../../bin/velquor"  # of share/velquor/python/velquor
-    found = shutil.which(wanted) if wanted else shutil.which(str(installed)) or shutil.which("velquor")
-    if not found:
-        raise FileNotFoundError(f"velquor: no command {wanted or 'velquor'}; install the package velquor, or set "
-                                "VELQUOR_COMMAND to the program, or give it as `command`")
-    return os.path.abspath(found)
 
 
 def is_file(source: Optional[Source]) -> bool:

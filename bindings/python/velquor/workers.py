@@ -18,7 +18,8 @@ import tempfile
 import threading
 from typing import Any, Dict, Iterator, List, Mapping, NamedTuple, Optional, Tuple, Union
 
-from .requests import find_command, text_of
+from .places import find_command
+from .requests import text_of
 from .results import SectionError
 
 FEW = 4  # processes where no number is given and one answer is wanted

@@ -1,0 +1,44 @@
+"""Where the libraries and the command are that this package was installed with."""
+import os
+import shutil
+import sys
+from pathlib import Path
+from typing import Optional
+
+HERE = Path(__file__).resolve().parent
+IN_WHEEL = (HERE / "lib").is_dir()
+PREFIX = HERE if IN_WHEEL else Path(os.path.normpath(HERE / "../../../.."))  # of share/velquor/python/velquor and lib/python3/dist-packages/velquor
+
+
+def find_command(command: Optional[str] = None) -> str:
+    """The program's path. Throws OSError where there is none."""
+    wanted = os.fspath(command or os.environ.get("VELQUOR_COMMAND") or "")
+    folders = os.get_exec_path()
+    if IN_WHEEL:  # its own script velquor is no command
+        folders = [folder for folder in folders if Path(folder).resolve() != Path(sys.prefix, "bin").resolve()]
+    found = shutil.which(wanted) if wanted else (shutil.which(str(PREFIX / "bin/velquor")) or
+                                                 shutil.which("velquor", path=os.pathsep.join(folders)))
+    if not found:
+        missing = f"no command {wanted or 'velquor'}"
+        if IN_WHEEL and not wanted:
+            missing += ", and this wheel was built without it, for want of the packages of Gmsh and others"
+        raise FileNotFoundError(f"velquor: {missing}; install the package velquor, or set VELQUOR_COMMAND to the program, "
+                                "or give it as `command`")
+    return os.path.abspath(found)
+
+
+def find_library() -> str:
+    """Of libvelquor: its path where it is installed with this package, else the name by which the system's loader has it."""
+    for folder in ("lib", "lib64"):
+        if (library := PREFIX / folder / "libvelquor.so.1").exists():
+            return str(library)
+    return "libvelquor.so.1"
+
+
+def run_command() -> None:
+    """The program velquor of an environment that the wheel is installed in."""
+    try:
+        command = find_command()
+    except FileNotFoundError as error:
+        sys.exit(str(error))
+    os.execv(command, [command, *sys.argv[1:]])
