@@ -1,4 +1,4 @@
-"""The tables of docs/performance.md about single calls: python3 bench/tables.py BUILD PAGE [ROUNDS]. Some six minutes.
+"""The tables of docs/performance.md about single calls: python3 bench/tables.py BUILD PAGE [ROUNDS]. Some seven minutes.
 
 BUILD is a release build with the benchmarks. bench_run goes ROUNDS times, 5 if not given, bench_solver once, which has
 rounds of its own; each figure is the least and the largest of the rounds. The tables go into PAGE between their marks.
