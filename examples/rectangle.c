@@ -8,9 +8,9 @@
 /* clang-format off */
 enum { NY = 10, NZ = 20, W = NY + 1 }; /* squares of 10 */
 enum { NNODES = W * (NZ + 1), NELEMS = NY * NZ };
-double NODES[2 * NNODES], NODEOUT[3 * NNODES];
-double PROPS[10 * NELEMS], ELEMOUT[48 * NELEMS];
-int32_t ELEMENTS[4 * NELEMS];
+static double NODES[2 * NNODES], NODEOUT[3 * NNODES];
+static double PROPS[10 * NELEMS], ELEMOUT[48 * NELEMS];
+static int32_t ELEMENTS[4 * NELEMS];
 
 int main(void) {
     const double steel[] = {210e3, 81e3, 0, 1, 1, 1};
