@@ -1,6 +1,5 @@
 #include "levels/plastic.h"
 
-
 namespace levels {
 namespace {
 
