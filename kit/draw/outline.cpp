@@ -7,7 +7,6 @@
 #include "kit/draw/labels.h"
 #include "kit/draw/picture.h"
 #include "kit/section/profiles.h"
-#include "kit/section/shapes.h"
 #include "kit/section/vectors.h"
 #include "kit/section/words.h"
 #include "kit/show/show.h"

@@ -14,7 +14,6 @@
 #include "kit/draw/cells.h"
 #include "kit/draw/colours.h"
 #include "kit/draw/draw.h"
-#include "kit/section/file.h"
 #include "kit/section/templates.h"
 
 // fontconfig keeps some 300 bytes of its settings to the end of a process, however often it is asked.

@@ -5,7 +5,6 @@
 // Prints a table in Markdown; all of it but the times is the same in every run. ROW is one of smooth, sharp, bounds,
 // oblong, stress, time, random. --worst adds the values that are furthest off.
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
