@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
-#include <utility>
 #include <vector>
 
 #include "data/table.h"

@@ -8,7 +8,7 @@ from matplotlib.patches import Arc, Polygon, Rectangle
 from matplotlib.tri import Triangulation
 
 from draw_common import (ANGLE_OUTLINE, BLUE, FOLDER, GREEN, GREY, INK, RED, SAND, TINT, angle, arrow, calculate,
-                         draw_mesh, fill, grid, outline, save, section_axes, shear_stress, turn)
+                         colours, draw_mesh, fill, grid, outline, save, section_axes, shear_stress, turn)
 from draw_tables import draw_bar, draw_elemout, draw_slots, draw_tables
 
 
@@ -111,7 +111,7 @@ def draw_warping():
         field = r.warping[:, k]
         size = np.abs(field).max()
         levels = np.linspace(-size, size, 15)
-        filled = ax.tricontourf(mesh, field, levels, cmap="RdBu_r")
+        filled = ax.tricontourf(mesh, field, levels, colors=colours(14))
         ax.tricontour(mesh, field, levels, colors=INK, linewidths=0.25)
         ax.add_patch(Polygon(ANGLE_OUTLINE, fill=False, edgecolor=INK, linewidth=1))
         section_axes(ax, nodes, title)
@@ -165,7 +165,7 @@ def corner_contours(ax, nodes, elements, sigma, size):
     corners = (4 * np.arange(len(elements))[:, None, None] + split).reshape(-1, 3)
     place = nodes[elements - 1].reshape(-1, 2)
     mesh = Triangulation(place[:, 0], place[:, 1], corners)
-    ax.tricontourf(mesh, sigma.ravel(), np.linspace(-1.0001 * size, 1.0001 * size, 16), cmap="RdBu_r")
+    ax.tricontourf(mesh, sigma.ravel(), np.linspace(-1.0001 * size, 1.0001 * size, 16), colors=colours(15))
     return place
 
 
@@ -300,10 +300,9 @@ def draw_pieces():
         section_axes(ax, shown, title)
         ax.set_xlim(-0.4, 6.2)
         ax.set_ylim(-0.2, 4.4)
-        values = [("GJ", "GJ"), ("GAZ", "GAZ"), ("shear centre Y", "SCY"), ("IYY", "IYY")]
-        for k, (name, slot) in enumerate(values):
-            value = getattr(r, slot)
-            ax.text(2.5, 3.3 - 0.55 * k, f"{name}  {0 if abs(value) < 1e-9 else value:.3f}", fontsize=8.5)
+        values = [("GJ", r.GJ), ("GAZ", r.GAZ), ("shear centre Y", r.SCY if gap == 0 else None), ("IYY", r.IYY)]
+        for k, (name, value) in enumerate(values):  # a shear centre of pieces is rounding over rounding
+            ax.text(2.5, 3.3 - 0.55 * k, f"{name}  {'none' if value is None else format(value, '.3f')}", fontsize=8.5)
     save("pieces")
 
 

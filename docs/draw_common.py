@@ -26,10 +26,28 @@ plt.rcParams.update({
     "savefig.facecolor": "white", "savefig.bbox": "tight", "savefig.pad_inches": 0.08, "path.simplify": True})
 
 
+def settled(table):
+    """The table to nine digits of the largest value in each of its last columns, and no zero with a sign."""
+    largest = np.abs(table).max(axis=tuple(range(table.ndim - 1)))
+    size = [10.0 ** np.floor(np.log10(float(f"{x:.6g}"))) if x > 0 else 1 for x in largest]
+    return np.round(table / size, 9) * size + 0.0
+
+
 def calculate(nodes, elements, **given):
-    """One call for a section of steel; a name in capitals sets its column, for all elements or for each."""
+    """One call for a section of steel; a name in capitals sets its column, for all elements or for each.
+
+    The last digits are rounded off: they decide between contours through zeros, and the names of paths in a file."""
     material = {"EMOD": 210e3, "GMOD": 81e3, "FNEG": 235, "FPOS": 235} | given
-    return core.calculate(nodes, elements, core.property_table(len(elements), **material), library=LIBRARY)
+    r = core.calculate(nodes, elements, core.property_table(len(elements), **material), library=LIBRARY)
+    for name in core.SLOTS:
+        setattr(r, name, float(f"{round(getattr(r, name), 9):.9g}") + 0.0)
+    r.warping, r.TAUY, r.TAUZ, r.SIGMA = map(settled, (r.warping, r.TAUY, r.TAUZ, r.SIGMA))
+    return r
+
+
+def colours(count):
+    """So many of the map from blue to red, each from the middle of its share."""
+    return plt.get_cmap("RdBu_r")((np.arange(count) + 0.501) / count)
 
 
 def shear_stress(section, case):

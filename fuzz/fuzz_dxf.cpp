@@ -49,8 +49,6 @@ void change(std::vector<std::string>& lines, Random& random) {
 
 }  // namespace
 
-extern "C" __attribute__((weak)) std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most);
-
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t most, unsigned seed) {
     Random random(seed);
     if (random() % 2 == 0) {
@@ -58,10 +56,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
         for (unsigned count = 1 + random() % 4; count > 0; --count) change(lines, random);
         std::string text;
         for (const std::string& line : lines) text += (&line == &lines.front() ? "" : "\n") + line;
-        if (text.size() <= most) {
-            std::copy(text.begin(), text.end(), data);
-            return text.size();
-        }
+        if (fuzz::put(text, data, most)) return text.size();
     }
     return LLVMFuzzerMutate(data, size, most);
 }

@@ -72,8 +72,6 @@ void change(json& file, Random& random) {
 
 }  // namespace
 
-extern "C" __attribute__((weak)) std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most);
-
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t most, unsigned seed) {
     Random random(seed);
     const json file = json::parse(data, data + size, nullptr, false);
@@ -81,10 +79,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
         json changed = file;
         for (unsigned count = 1 + random() % 3; count > 0; --count) change(changed, random);
         const std::string text = changed.dump(-1, ' ', false, json::error_handler_t::replace);
-        if (text.size() <= most) {
-            std::copy(text.begin(), text.end(), data);
-            return text.size();
-        }
+        if (fuzz::put(text, data, most)) return text.size();
     }
     return LLVMFuzzerMutate(data, size, most);
 }

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -121,6 +122,13 @@ bool same_bits(const Exact<T>& a, const Exact<T>& b) {
     return a.size == b.size && std::memcmp(a.begin(), b.begin(), a.size * sizeof(T)) == 0;
 }
 
+// Puts a text in the place of an input. False where it has no room.
+inline bool put(const std::string& text, std::uint8_t* data, std::size_t most) {
+    if (text.size() > most) return false;
+    std::copy(text.begin(), text.end(), data);
+    return true;
+}
+
 // Ends the program as a find where a promise is broken.
 inline void expect(bool kept, const char* promise) {
     if (kept) return;
@@ -129,3 +137,6 @@ inline void expect(bool kept, const char* promise) {
 }
 
 }  // namespace fuzz
+
+// Of libFuzzer; not there where a corpus is replayed.
+extern "C" __attribute__((weak)) std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most);

@@ -1,7 +1,6 @@
 // The levels from coarse to fine, a call each.
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <new>

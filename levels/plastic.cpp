@@ -1,7 +1,5 @@
 #include "levels/plastic.h"
 
-#include <cmath>
-
 namespace levels {
 namespace {
 

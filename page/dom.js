@@ -42,7 +42,7 @@ export function panel(host) {
 }
 
 let names = 0;
-export const fresh_id = () => `id${++names}`;
+const fresh_id = () => `id${++names}`;
 
 // A field for a number. get() is its value or undefined, set(value) takes one; step(value) is what arrow keys add.
 // What is no number is marked, told beneath, and changes nothing.

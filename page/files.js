@@ -9,7 +9,7 @@ import {is_dark} from "./drawing.js";
 
 const LARGEST = 2e6;  // bytes: the server takes little more
 
-export async function open_file(file, say) {
+async function open_file(file, say) {
   if (file.size > LARGEST) return say(`${file.name} has ${(file.size / 1e6).toFixed(1)} MB; at most ${LARGEST / 1e6} are read: velquor calc takes more`, true);
   let text;
   try {

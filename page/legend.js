@@ -1,7 +1,7 @@
 // The bar of colours beside the picture, with round numbers and the unit.
 import {make, svg} from "./dom.js";
 import {STEPS, colour_at, css_of, map_of, share_of} from "./colours.js";
-import {minus, superscript, short} from "./numbers.js";
+import {minus, superscript} from "./numbers.js";
 
 const HIGH = 180, WIDE = 14;
 

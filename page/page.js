@@ -14,7 +14,7 @@ import {values_panel, missing_of} from "./values_panel.js";
 import {loads_panel} from "./loads_panel.js";
 import {take_drops, export_as, copy_link} from "./files.js";
 import {legend} from "./legend.js";
-import {factor, own, load_unit, load_value, power_of_load, section_in, stress_unit, length_of, SYSTEMS} from "./units.js";
+import {factor, own, load_unit, load_value, power_of_load, section_in, stress_unit, SYSTEMS} from "./units.js";
 import {bound_text, figures, minus, raised, short} from "./numbers.js";
 
 let answer = null, fault = null, quiet = 0, hide = 0;

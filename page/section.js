@@ -94,7 +94,7 @@ function picked_part(state, what) {
 }
 
 // A whole section of a template's parameters. Materials that were changed stay so, unless it is `anew`.
-export function of_template(state, template, anew = false) {
+function of_template(state, template, anew = false) {
   const units = own(state.section), made = build_template(template, factor(SI, units, 1, 0));
   const known = new Map(anew ? [] : state.section.materials.map((m) => [m.name, m]));
   const materials = made.materials.map((name, i) => known.get(name) ?? (anew ? null : state.section.materials[i]) ?? standard_material(name, units));

@@ -4,7 +4,7 @@
 //   see       what the picture shows                    units     of values, {length, force}
 import {read_link, write_link} from "./link.js";
 
-export const FIRST_SEEN = {
+const FIRST_SEEN = {
   field: "outline", load: "My", centroid: true, shear_centre: true, principal: false, plastic: false, arrows: true,
 };
 export const FIRST = {

@@ -29,7 +29,7 @@
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef VQ_SANITIZED
 constexpr bool sanitized = true;
 #else
 constexpr bool sanitized = false;

@@ -50,6 +50,13 @@ struct Arguments {
     bool results = false, requests = false, answers = false, json = false, csv = false, version = false;
 };
 
+// Also of what is not a number, which lies in every CLI::Range.
+std::string of_seconds(const std::string& text) {
+    double seconds = 0;
+    const bool number = CLI::detail::lexical_cast(text, seconds);
+    return number && seconds >= 1e-3 && seconds <= 1e6 ? "" : text + "; must be from 0.001 to 1000000 seconds";
+}
+
 void add_inputs(CLI::App& command, Inputs& inputs, int most) {
     command.add_option("FILE", inputs.names, "files, meshes, drawings, profiles, or - for the standard input")
         ->expected(most)
@@ -174,7 +181,7 @@ void add_worker(Arguments& a) {
         ->check(CLI::Range(0, 1024).description(""))
         ->type_name("N");
     command.add_option("--timeout", a.seconds, "with --jobs: that a section may take (60)")
-        ->check(CLI::Range(1e-3, 1e6).description(""))
+        ->check(of_seconds)
         ->type_name("SECONDS");
     command.add_option("--memory", a.worker.megabytes, "that a worker may take (with --jobs 2048)")
         ->check(CLI::Range(1, 1 << 30).description(""))
@@ -200,7 +207,7 @@ void add_serve(Arguments& a) {
         ->check(CLI::Range(0, 1024).description(""))
         ->type_name("N");
     command.add_option("--timeout", a.serve.seconds, "that a section may take (10)")
-        ->check(CLI::Range(1e-3, 1e6).description(""))
+        ->check(of_seconds)
         ->type_name("SECONDS");
     command.add_option("--memory", a.serve.megabytes, "that a worker may take (512)")
         ->check(CLI::Range(1, 1 << 30).description(""))

@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "kit/section/file.h"
 #include "tool/commands.h"
 #include "tool/inputs.h"
 #include "tool/output.h"

@@ -126,6 +126,17 @@ void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes&
     wishes.levels = static_cast<int>(levels);
 }
 
+// A name is that of a file, and not of a profile.
+bool is_file(const std::string& name) {
+    std::error_code none;
+    const std::vector<std::string>& profiles = profile_names();  // of which some have a slash: L8x8x5/8
+    const bool slash = name.find('/') != std::string::npos &&
+                       std::none_of(profiles.begin(), profiles.end(),
+                                    [&](const std::string& profile) { return plain(profile) == plain(name); });
+    return name == "-" || slash || std::filesystem::path(name).extension() == ".json" || is_mesh_file(name) ||
+           is_drawing_file(name) || std::filesystem::exists(name, none);
+}
+
 }  // namespace
 
 bool is_drawing_file(const std::string& name) {
@@ -138,16 +149,6 @@ double number_of(const std::string& text, const std::string& option) {
     const auto [stop, fault] = std::from_chars(text.data(), end, value);
     if (fault != std::errc() || stop != end) throw Error(option, in_quotes(text) + " is not a number", "as in 12.5");
     return value;
-}
-
-bool is_file(const std::string& name) {
-    std::error_code none;
-    const std::vector<std::string>& profiles = profile_names();  // of which some have a slash: L8x8x5/8
-    const bool slash = name.find('/') != std::string::npos &&
-                       std::none_of(profiles.begin(), profiles.end(),
-                                    [&](const std::string& profile) { return plain(profile) == plain(name); });
-    return name == "-" || slash || std::filesystem::path(name).extension() == ".json" || is_mesh_file(name) ||
-           is_drawing_file(name) || std::filesystem::exists(name, none);
 }
 
 std::size_t count_of(const Inputs& inputs) { return inputs.names.size() + (inputs.shape.empty() ? 0 : 1); }

@@ -20,8 +20,7 @@ int with_section(const Inputs& inputs, const std::function<void(const Section&)>
 // What an option gives, as "--size". Throws Error where it is no number.
 double number_of(const std::string& text, const std::string& option);
 
-// Whether a name is that of a file, and not of a profile; and whether it is that of a drawing.
-bool is_file(const std::string& name);
+// Whether a name is that of a drawing.
 bool is_drawing_file(const std::string& name);
 
 }  // namespace velquor

@@ -22,6 +22,9 @@ int main(int count, char** arguments) {
         return fault.status;
     } catch (const std::bad_alloc&) {
         std::fprintf(stderr, "velquor: memory could not be had\n");
+    } catch (const ReaderLeft&) {
+        std::signal(SIGPIPE, SIG_DFL);  // quietly, and for those who look at how it ended
+        std::raise(SIGPIPE);
     } catch (const CannotWrite& error) {
         std::fprintf(stderr, "velquor: %s\n", error.what());
     } catch (const std::exception& error) {

@@ -34,7 +34,11 @@ void write(const std::string& text, const std::string& file) {
 
 void write_pieces(const std::function<bool(std::string&)>& next, const std::string& file) {
     const std::string name = file.empty() ? "the standard output" : file;
-    const auto fail = [&](int fault) { throw CannotWrite(name + ": cannot be written: " + std::strerror(fault)); };
+    const auto fail = [&](int fault) {
+        const std::string said = name + ": cannot be written: " + std::strerror(fault);
+        if (file.empty() && fault == EPIPE) throw ReaderLeft(said);
+        throw CannotWrite(said);
+    };
     // Beside a file and then in its place, so that it is whole or as it was; devices and pipes as they are.
     std::error_code none;
     const fs::file_status was = fs::status(file, none);

@@ -15,8 +15,13 @@ struct CannotWrite : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// To this file, or to the standard output where the name is empty. Throws CannotWrite unless everything is written: a
-// file is then as it was.
+// Who read the standard output has seen enough, as in velquor profiles | head.
+struct ReaderLeft : CannotWrite {
+    using CannotWrite::CannotWrite;
+};
+
+// To this file, or to the standard output where the name is empty. Throws CannotWrite unless everything is written, of
+// a closed pipe ReaderLeft: a file is then as it was.
 void write(const std::string& text, const std::string& file = "");
 
 // The same of pieces, the next of which is appended to an empty text until there is none.

@@ -39,7 +39,7 @@ int take_output() {
 
 // Of what it writes to; sanitizers take address space as they like.
 void limit_memory(std::size_t megabytes) {
-#ifndef __SANITIZE_ADDRESS__
+#ifndef VQ_SANITIZED
     rlimit limit{};
     getrlimit(RLIMIT_DATA, &limit);
     limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, static_cast<rlim_t>(megabytes) << 20);

@@ -6,9 +6,10 @@ runner=$1
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-good='{"title": "t", "about": "a", "units": "u", "materials": [{"name": "m", "EMOD": 2, "GMOD": 1}], "size": 1,
- "parts": [{"shape": "rectangle", "from": [0, 0], "to": [4, 2]}, {"shape": "rectangle", "from": [4, 0], "to": [6, 2]}],
- "bars": [{"at": [1, 1], "AREA": 0.1, "EMODUL": 3, "GMODUL": 1}],
+good='{"about": "a", "units": "u", "section": {"name": "t", "materials": [{"name": "m", "E": 2, "G": 1}, {"name": "steel", "E": 3}],
+  "parts": [{"material": "m", "outline": [[0, 0], [6, 0], [6, 2], [0, 2]]}],
+  "bars": [{"at": [1, 1], "area": 0.1, "material": "steel", "as_point": true}]}, "mesh": {"size": 1,
+  "parts": [{"shape": "rectangle", "from": [0, 0], "to": [4, 2]}, {"shape": "rectangle", "from": [4, 0], "to": [6, 2]}]},
  "expected": [{"name": "A", "slot": "EA", "over": "EREF", "value": 12.05, "tolerance": 1e-9, "source": "s"}]}'
 
 # expect CODE TEXT OLD NEW: with OLD replaced by NEW the runner ends with CODE and says TEXT
@@ -30,8 +31,11 @@ expect 2 'unknown key "unit"' '"units": "u"' '"units": "u", "unit": 1'
 expect 2 'unknown key "sise"' '"units": "u"' '"units": "u", "sise": 1'
 expect 2 'shape 1 (rectangle): unknown key "form"' '"from": [0, 0]' '"from": [0, 0], "form": 1'
 expect 2 'shape 1: unknown shape "rectangel"' 'rectangle' 'rectangel'
-expect 2 '"material" is not from 1 to 1' '"shape": "rectangle"' '"shape": "rectangle", "material": 2'
-expect 2 'material 1: "GMOD" is missing' ', "GMOD": 1' ''
+expect 2 'shape 1: unknown material "n"' '"shape": "rectangle"' '"shape": "rectangle", "material": "n"'
+expect 2 'section: bar 1: unknown material "stele"' '"material": "steel"' '"material": "stele"'
+expect 2 'section: material 1: "E" is missing' '"E": 2, ' ''
+expect 2 'columns: unknown key "EMOD"' '"size": 1,' '"size": 1, "columns": {"m": {"EMOD": 3}},'
+expect 2 'section: part 2: parts of one material' '"parts": [' '"parts": [{"outline": [], "group": 2}, '
 expect 2 '"tolerance" is missing' '"tolerance": 1e-9, ' ''
 expect 2 '"order" is not from 1 to 2' '"source": "s"' '"source": "s", "order": 3'
 expect 1 'OUT' '"value": 12.05, "tolerance": 1e-9' '"value": 12, "tolerance": 0.005, "order": 1'
@@ -40,6 +44,6 @@ expect 2 'expected 1: "value" is not a number' '12.05' '"12.05"'
 expect 2 'one of "slot", "stress", "bar", "warping"' '"slot": "EA"' '"slot": "EA", "bar": 1'
 expect 2 '"outline" is neither true nor false' '"source": "s"' '"source": "s", "outline": 1'
 expect 2 'parse error' '"size": 1,' '"size": 1'
-expect 2 'touch at 4.0' '[6, 2]' '[6, 1.5]'
+expect 2 'touch at 4.0' '"to": [6, 2]' '"to": [6, 1.5]'
 expect 2 'lies in no element' '[1, 1]' '[1, 3]'
-expect 2 'no results (status 1)' '"EMOD": 2' '"EMOD": 2, "MATFLAG": 0.5'
+expect 2 'no results (status 1)' '"size": 1,' '"size": 1, "columns": {"m": {"MATFLAG": 0.5}},'

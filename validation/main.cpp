@@ -17,6 +17,22 @@ using nlohmann::json;
 
 namespace {
 
+void print_line(const Expectation& e, const Comparison& c) {
+    const bool relative = !(e.absolute || e.value == 0);
+    const double scale = relative ? 100 : 1;
+    const char* percent = relative ? "%" : " ";
+    std::printf("  %-33s %8s %14.7g %14.7g %+10.4g %s ", e.name.c_str(), e.unit_name.c_str(), c.ours, e.value,
+                scale * c.difference, percent);
+    if (std::isnan(c.finer))
+        std::printf("%12s ", "");
+    else
+        std::printf("%+10.4g %s ", scale * c.finer, percent);
+    if (e.tolerance < 0)
+        std::printf("%10s\n", "-");
+    else
+        std::printf("%8.3g %s %s\n", scale * e.tolerance, percent, c.ok ? "ok" : "OUT");
+}
+
 bool print_section(const SectionFile& file) {
     const Outcome out = compare(file);
     std::printf("%s\n%s: %d nodes, %d elements\n", file.title.c_str(), file.path.c_str(), out.run.nnodes,
@@ -24,36 +40,17 @@ bool print_section(const SectionFile& file) {
     std::printf("  %-42s %14s %14s %12s %12s %10s\n", "", "ours", "theirs", "difference", "half size", "tolerance");
     bool good = true;
     for (size_t i = 0; i < out.values.size(); ++i) {
-        const Expectation& e = file.expected[i];
-        const Comparison& c = out.values[i];
-        const bool relative = !(e.absolute || e.value == 0);
-        const double scale = relative ? 100 : 1;
-        std::printf("  %-33s %8s %14.7g %14.7g %+10.4g %s ", e.name.c_str(), e.unit_name.c_str(), c.ours, e.value,
-                    scale * c.difference, relative ? "%" : " ");
-        if (e.order > 0)
-            std::printf("%+10.4g %s ", scale * c.finer, relative ? "%" : " ");
-        else
-            std::printf("%12s ", "");
-        if (e.tolerance < 0)
-            std::printf("%10s\n", "-");
-        else
-            std::printf("%8.3g %s %s\n", scale * e.tolerance, relative ? "%" : " ", c.ok ? "ok" : "OUT");
-        good = good && c.ok;
+        print_line(file.expected[i], out.values[i]);
+        good = good && out.values[i].ok;
     }
     const auto outline = compare_outline(file);
     if (!outline) return good;
     std::printf("from the outline: %d nodes, %d elements, %d levels\n", outline->run.nnodes, outline->run.nelems,
                 outline->levels);
     for (size_t i = 0; i < outline->values.size(); ++i) {
-        const Expectation& e = file.expected[i];
-        const OutlineOutcome::Value& v = outline->values[i];
-        if (!e.outline) continue;
-        const bool relative = !(e.absolute || e.value == 0);
-        const double scale = relative ? 100 : 1;
-        std::printf("  %-33s %8s %14.7g %14.7g %+10.4g %s %12s %8.3g %s %s\n", e.name.c_str(), e.unit_name.c_str(),
-                    v.ours, e.value, scale * v.difference, relative ? "%" : " ", "", scale * e.tolerance,
-                    relative ? "%" : " ", v.ok ? "ok" : "OUT");
-        good = good && v.ok;
+        if (!file.expected[i].outline) continue;
+        print_line(file.expected[i], outline->values[i]);
+        good = good && outline->values[i].ok;
     }
     return good;
 }

@@ -1,4 +1,4 @@
-// A section of the validation calculated from its outline, by the kit.
+// A section of the validation calculated from its outlines by the kit; its tolerances are those of the file.
 #pragma once
 
 #include <optional>
@@ -8,14 +8,9 @@
 struct OutlineOutcome {
     SectionRun run;  // of the coarse mesh, with extrapolated values; `size` is how near a wanted node has to be, twice
     int levels = 0;
-    struct Value {
-        double ours, difference;  // not numbers where the outline has no such value
-        bool ok;
-    };
-    std::vector<Value> values;  // in the order of the file
+    std::vector<Comparison> values;  // in the order of the file; ours not a number where the kit has no such value
 };
 
-// The outline of sections/NAME.json is outlines/NAME.json, in the form of kit/section/schema.json; its tolerances are
-// those of the section. Nothing where there is no such file, or the kit is not built. Throws std::runtime_error where
-// it cannot be calculated, and where a stress or warping is wanted at a place that has no node.
+// Nothing where the kit is not built. Throws std::runtime_error where the section cannot be read or calculated, and
+// where a stress or warping is wanted at a place that has no node.
 std::optional<OutlineOutcome> compare_outline(const SectionFile& file);

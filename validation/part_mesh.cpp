@@ -67,7 +67,7 @@ void add_four_sides(mesh* m, const json& part, const std::vector<point>& p, cons
 
 void add_part(mesh* m, const json& part) {
     const auto shape = part.at("shape").get<std::string>();
-    m->material = part.value("material", 1);
+    m->material = part.at("material").get<int>();
     if (shape == "rectangle") {
         const point a = pair_of(part, "from"), b = pair_of(part, "to");
         want(a.y < b.y && a.z < b.z, "\"from\" is the lower corner, \"to\" the upper one");

@@ -32,6 +32,7 @@ def run(runner, folder):
     sections = json.loads(subprocess.check_output([runner, "--json", *map(str, files)]))
     for section in sections:
         section["name"] = Path(section["path"]).stem
+        section["file"] = json.loads((HERE / folder / f"{section['name']}.json").read_text())
     return {section["name"]: section for section in sections}
 
 
@@ -115,9 +116,48 @@ def overview(sections):
             "", *table(["Section", "elements", "layers", "values"], rows)]
 
 
-def drawn(s):
-    """Whether docs/pictures.py draws the section."""
-    return (HERE / "outlines" / f"{s['name']}.json").exists()
+def unit_of_length(units):
+    return next((unit for unit in units.replace(",", " ").split() if unit in ("mm", "cm", "m", "in")), "any unit of length")
+
+
+def extent(part):
+    """Points on the edges of a part, so that those furthest along Y and Z are among them, before it is turned."""
+    y, z = part.get("at", [0, 0]) if "turn" not in part else [0, 0]
+    if "outline" in part:
+        for edge in part["outline"]:
+            for at in (edge["arc"], edge["through"]) if isinstance(edge, dict) else (edge,):
+                yield at[0] + y, at[1] + z
+    else:
+        parameters = part["parameters"]
+        b, h = (parameters.get(key, parameters.get("d")) for key in "bh")
+        b = max(b, parameters.get("b2", b))
+        yield from ((y - b / 2, z - h / 2), (y + b / 2, z + h / 2))
+
+
+def caption_of_section(s):
+    """What the picture of a section shows, from its file: dimensions, units, what hatches and discs are."""
+    section, mesh = s["file"]["section"], s["file"]["mesh"]
+    parts, unit, single = section["parts"], unit_of_length(s["file"]["units"]), len(section["parts"]) == 1
+    if single and "outline" not in parts[0]:
+        part, shape = parts[0], mesh["parts"][0]
+        name, given = (part["profile"], shape) if "profile" in part else (part["shape"].replace("_", " "), part["parameters"])
+        text = ", ".join([name, *(f"{key} {number(x)}" for key, x in given.items() if key not in ("shape", "material"))])
+    else:
+        sizes = [number(max(along) - min(along), 4) for along in zip(*(at for part in parts for at in extent(part)))]
+        text = f"{sizes[0]} along Y by {sizes[1]} along Z"
+        text += f", thinnest wall {number(mesh['wall'])}" if "wall" in mesh else ""
+    text += f", in {unit}"
+    text += f", turned by {number(parts[0]['turn'])}°" if parts[0].get("turn") else ""
+    used = [m["name"] for m in section["materials"] if m["name"] in {part.get("material") for part in parts}]
+    text += f"; plain: {used[0]}; hatched: {', '.join(used[1:])}" if len(used) > 1 else ""
+    if areas := list(dict.fromkeys(number(bar["area"], 4) for bar in section.get("bars", []))):
+        text += f"; discs: bars of {' and '.join(areas)} {unit}², to scale"
+    return f"*Outline: {escaped(text)}. Dot: centroid.*"
+
+
+def caption_of_plot(units):
+    return f"*Amount of the difference in % against the size of elements in {unit_of_length(units)}, both by powers of " \
+           "ten; grey: the first and the second power of the size.*"
 
 
 def section_part(s):
@@ -140,13 +180,15 @@ def section_part(s):
     if not any(row[1] for row in rows):
         head, rows = [head[0], *head[2:]], [[row[0], *row[2:]] for row in rows]
     lines = [f"### {escaped(s['title'])}", "",
-             *([f"![{escaped(s['title'])}](pictures/sections/{s['name']}.svg)", ""] if drawn(s) else []),
+             f"![{escaped(s['title'])}](pictures/sections/{s['name']}.svg)", "",
+             caption_of_section(s), "",
              f"{escaped(s['about'])} (`{s['name']}.json`, {s['units']}; {size_text(s)})", "", *table(head, rows), "",
              "Sources: " + "; ".join(f"({i}) {escaped(source)}" for i, source in enumerate(sources, 1)) + "."]
     if notes:
         lines += [""] + [f"- {escaped(', '.join(names))}: {escaped(note)}" for note, names in notes.items()]
     if any(plotted(s)):
-        lines += ["", f"![differences against the element size](drawings/validation_{s['name']}.svg)"]
+        lines += ["", f"![differences against the element size](drawings/validation_{s['name']}.svg)", "",
+                  caption_of_plot(s["units"])]
     return lines + [""]
 
 
@@ -167,7 +209,8 @@ def study(plot, curves):
     rows = [[str(level["refine"]), *(difference(s["expected"][i], s["levels"][k]["ours"][i]) for s, i, _ in curves)]
             for k, level in enumerate(curves[0][0]["levels"])]
     return [*table(["refinement", *(label for _, _, label in curves)], rows), "",
-            f"![differences against the element size](drawings/validation_{plot}.svg)"]
+            f"![differences against the element size](drawings/validation_{plot}.svg)", "",
+            caption_of_plot(curves[0][0]["units"])]
 
 
 def study_rows(values, parts, studies):
@@ -188,7 +231,7 @@ def page(sections, studies):
     if sorted(named) != sorted(sections):
         sys.exit(f"page.md and the files differ in {sorted(set(named) ^ set(sections))}")
     if without := [name for name, s in sections.items() if "outline" not in s]:
-        sys.exit(f"without outlines: {without}: the kit is not built, or validation/outlines lacks them")
+        sys.exit(f"without outlines: {without}: the kit is not built")
     sections = {name: sections[name] for name in named}
     lines, plots = [], {}
     for line in template:

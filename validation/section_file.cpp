@@ -79,18 +79,59 @@ std::string item(const std::string& where, const char* key, size_t i) {
     return where + ": " + key + " " + std::to_string(i + 1);
 }
 
+// The number of a material, from 1 on.
+int number_of(const std::string& name, const std::string& where, const std::vector<Material>& materials) {
+    for (size_t i = 0; i < materials.size(); ++i)
+        if (materials[i].name == name) return static_cast<int>(i) + 1;
+    wrong(where, "unknown material \"" + name + "\"");
+}
+
+int material_of(const json& j, const std::string& where, const std::vector<Material>& materials) {
+    return j.contains("material") ? number_of(text(j, "material", where), where, materials) : 1;
+}
+
 Material read_material(const json& j, const std::string& where) {
-    static const std::pair<const char*, int> COLUMNS[] = {
-        {"EMOD", VQ_EMOD},       {"GMOD", VQ_GMOD}, {"COUPLING", VQ_COUPLING}, {"GROUP", VQ_GROUP},
-        {"MATFLAG", VQ_MATFLAG}, {"FNEG", VQ_FNEG}, {"FPOS", VQ_FPOS},         {"UNITWEIGHT", VQ_UNITWEIGHT}};
-    check_keys(j, where, {"name", "EMOD", "GMOD"}, {"COUPLING", "GROUP", "MATFLAG", "FNEG", "FPOS", "UNITWEIGHT"});
+    check_keys(j, where, {"name", "E"}, {"G", "nu", "density", "strength"});
     Material material = {text(j, "name", where), {0, 0, 0, 1, 1, 1, 1, 1, 0, 0}};
-    for (const auto& column : COLUMNS)
-        material.props[column.second - 1] = number_or(j, column.first, where, material.props[column.second - 1]);
+    const auto column = [&](int k) -> double& { return material.props[k - 1]; };
+    column(VQ_EMOD) = number(j, "E", where);
+    column(VQ_GMOD) = number_or(j, "G", where, column(VQ_EMOD) / (2 * (1 + number_or(j, "nu", where, 0.3))));
+    column(VQ_UNITWEIGHT) = number_or(j, "density", where, 0);
+    if (!j.contains("strength")) return material;
+    const bool both = j["strength"].is_object();
+    const json& strengths = both ? j["strength"] : j;
+    column(VQ_FPOS) = number(strengths, both ? "tension" : "strength", where);
+    column(VQ_FNEG) = number(strengths, both ? "compression" : "strength", where);
     return material;
 }
 
-void check_part(const json& j, const std::string& where, size_t materials) {
+// The property table knows coupling groups of materials, a section file those of parts.
+void couple(const json& parts, const std::string& where, std::vector<Material>& materials) {
+    std::vector<bool> seen(materials.size());
+    for (size_t i = 0; i < parts.size(); ++i) {
+        const std::string at = item(where, "part", i);
+        const auto m = static_cast<size_t>(material_of(parts[i], at, materials) - 1);
+        double &group = materials[m].props[VQ_GROUP - 1], &factor = materials[m].props[VQ_COUPLING - 1];
+        const double own_group = number_or(parts[i], "group", at, 1), own_factor = number_or(parts[i], "factor", at, 1);
+        if (seen[m] && (own_group != group || own_factor != factor))
+            wrong(at, "parts of one material have one \"group\" and one \"factor\" here");
+        group = own_group, factor = own_factor, seen[m] = true;
+    }
+}
+
+// Columns of the property table that a section file cannot say.
+void replace_columns(const json& columns, const std::string& where, std::vector<Material>& materials) {
+    static const std::pair<const char*, int> COLUMNS[] = {
+        {"GROUP", VQ_GROUP}, {"MATFLAG", VQ_MATFLAG}, {"FNEG", VQ_FNEG}, {"FPOS", VQ_FPOS}};
+    for (const auto& own : columns.items()) {
+        check_keys(own.value(), where, {}, {"GROUP", "MATFLAG", "FNEG", "FPOS"});
+        double* props = materials[static_cast<size_t>(number_of(own.key(), where, materials) - 1)].props;
+        for (const auto& [name, column] : COLUMNS)
+            props[column - 1] = number_or(own.value(), name, where, props[column - 1]);
+    }
+}
+
+void check_part(const json& j, const std::string& where) {
     if (!j.is_object() || !j.contains("shape")) wrong(where, "\"shape\" is missing");
     const std::string shape = text(j, "shape", where);
     const auto keys = [&](std::initializer_list<const char*> own, std::initializer_list<const char*> optional = {}) {
@@ -119,13 +160,18 @@ void check_part(const json& j, const std::string& where, size_t materials) {
         keys({"h", "b", "t", "ro", "ri"});
     else
         wrong(where, "unknown shape \"" + shape + "\"");
-    if (j.contains("material")) whole(j, "material", where, 1, static_cast<int>(materials));
 }
 
-Bar read_bar(const json& j, const std::string& where) {
-    check_keys(j, where, {"at", "AREA", "EMODUL", "GMODUL"}, {"RADIUS", "BARWEIGHT"});
-    return {pair_of(j, "at", where),    number(j, "AREA", where),         number(j, "EMODUL", where),
-            number(j, "GMODUL", where), number_or(j, "RADIUS", where, 0), number_or(j, "BARWEIGHT", where, 0)};
+// A bar of the section file; `own` has what is not in it.
+Bar read_bar(const json& j, const json& own, const std::string& where, const std::vector<Material>& materials) {
+    check_keys(j, where, {"at", "area", "material"}, {"as_point"});
+    const double* props = materials[material_of(j, where, materials) - 1].props;
+    return {pair_of(j, "at", where),
+            number(j, "area", where),
+            props[VQ_EMOD - 1],
+            number_or(own, "GMODUL", where, 0),
+            number_or(own, "RADIUS", where, 0),
+            props[VQ_UNITWEIGHT - 1]};
 }
 
 int slot_of(const json& j, const char* key, const std::string& where) {
@@ -144,7 +190,6 @@ Expectation read_expectation(const json& j, const std::string& where, const Sect
     json rest = j;  // without what every kind may have
     for (const char* key : {"over", "unit", "unit_name", "tolerance", "absolute", "order", "note", "outline"})
         rest.erase(key);
-    const int materials = static_cast<int>(file.materials.size());
     if (j.contains("slot")) {
         check_keys(rest, where, {"name", "slot", "value", "source"}, {"minus"});
         e.quantity = Quantity::slot;
@@ -160,7 +205,7 @@ Expectation read_expectation(const json& j, const std::string& where, const Sect
         e.largest = flag(j, "largest", where);
         if (e.largest == j.contains("at")) wrong(where, "either \"at\" or \"largest\" is wanted");
         if (!e.largest) e.at = pair_of(j, "at", where);
-        if (j.contains("material")) e.material = whole(j, "material", where, 1, materials);
+        if (j.contains("material")) e.material = material_of(j, where, file.materials);
     } else if (j.contains("bar")) {
         check_keys(rest, where, {"name", "bar", "case", "value", "source"});
         e.quantity = Quantity::bar;
@@ -201,29 +246,41 @@ SectionFile read_section_file(const std::string& path) {
     } catch (const json::parse_error& error) {
         wrong(path, error.what());
     }
-    check_keys(j, path, {"title", "about", "units", "materials", "size", "parts", "expected"},
-               {"study", "wall", "turn", "shift", "triangles", "bars", "mode", "refine"});
+    check_keys(j, path, {"about", "units", "section", "mesh", "expected"}, {"study", "refine"});
+    const json &section = j["section"], &shapes = j["mesh"];
+    const std::string in_section = path + ": section", in_mesh = path + ": mesh";
+    check_keys(section, in_section, {"name", "materials", "parts"}, {"units", "bars", "wishes"});
+    check_keys(shapes, in_mesh, {"size", "parts"}, {"wall", "turn", "shift", "triangles", "columns", "bars"});
 
     SectionFile file;
-    file.path = path;
-    file.title = text(j, "title", path), file.about = text(j, "about", path), file.units = text(j, "units", path);
+    file.path = path, file.section = section.dump();
+    file.title = text(section, "name", in_section);
+    file.about = text(j, "about", path), file.units = text(j, "units", path);
     file.study = flag(j, "study", path);
-    file.size = above_zero(j, "size", path);
-    if (j.contains("wall")) file.wall = above_zero(j, "wall", path);
-    file.turn = number_or(j, "turn", path, 0);
-    if (j.contains("shift")) file.shift = pair_of(j, "shift", path);
-    file.triangles = flag(j, "triangles", path);
-    if (j.contains("mode")) file.mode = whole(j, "mode", path, 0, 99);
-
-    const json &materials = list(j, "materials", path), &parts = list(j, "parts", path);
+    const json& materials = list(section, "materials", in_section);
     for (size_t i = 0; i < materials.size(); ++i)
-        file.materials.push_back(read_material(materials[i], item(path, "material", i)));
+        file.materials.push_back(read_material(materials[i], item(in_section, "material", i)));
+    if (file.materials.empty()) wrong(in_section, "a material at least is wanted");
+    couple(list(section, "parts", in_section), in_section, file.materials);
+
+    file.size = above_zero(shapes, "size", in_mesh);
+    if (shapes.contains("wall")) file.wall = above_zero(shapes, "wall", in_mesh);
+    file.turn = number_or(shapes, "turn", in_mesh, 0);
+    if (shapes.contains("shift")) file.shift = pair_of(shapes, "shift", in_mesh);
+    file.triangles = flag(shapes, "triangles", in_mesh);
+    if (shapes.contains("columns")) replace_columns(shapes["columns"], in_mesh + ": columns", file.materials);
+    const json& parts = list(shapes, "parts", in_mesh);
     for (size_t i = 0; i < parts.size(); ++i) {
-        check_part(parts[i], item(path, "shape", i), materials.size());
+        const std::string where = item(in_mesh, "shape", i);
+        check_part(parts[i], where);
         file.parts.push_back(parts[i]);
+        file.parts.back()["material"] = material_of(parts[i], where, file.materials);
     }
-    for (size_t i = 0; j.contains("bars") && i < list(j, "bars", path).size(); ++i)
-        file.bars.push_back(read_bar(j["bars"][i], item(path, "bar", i)));
+    const json own = shapes.value("bars", json::object());
+    check_keys(own, in_mesh + ": bars", {}, {"GMODUL", "RADIUS"});
+    for (size_t i = 0; section.contains("bars") && i < list(section, "bars", in_section).size(); ++i)
+        file.bars.push_back(read_bar(section["bars"][i], own, item(in_section, "bar", i), file.materials));
+
     for (size_t i = 0; j.contains("refine") && i < list(j, "refine", path).size(); ++i) {
         if (!j["refine"][i].is_number_integer() || j["refine"][i] < 1 || j["refine"][i] > 64)
             wrong(path, "\"refine\" holds whole numbers from 1 to 64");
@@ -231,8 +288,7 @@ SectionFile read_section_file(const std::string& path) {
     }
     for (size_t i = 0; i < list(j, "expected", path).size(); ++i)
         file.expected.push_back(read_expectation(j["expected"][i], item(path, "expected", i), file));
-    if (file.materials.empty() || file.parts.empty() || file.expected.empty())
-        wrong(path, "a material, a part and an expected value at least are wanted");
+    if (file.parts.empty() || file.expected.empty()) wrong(path, "a part and an expected value at least are wanted");
     return file;
 }
 

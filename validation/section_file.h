@@ -10,7 +10,7 @@
 
 struct Material {
     std::string name;
-    double props[10];  // columns VQ_EMOD to VQ_TENTH
+    double props[10];  // columns VQ_EMOD to VQ_TENTH; those of the parts' coupling group too
 };
 
 struct Bar {
@@ -30,20 +30,20 @@ struct Expectation {
     point at = {0, 0};
     double unit = 1, value = 0, tolerance = -1;  // tolerance -1: shown, not judged
     bool absolute = false;                       // the tolerance, in the printed unit; otherwise over the value
-    int order =
-        0;  // the difference is the mesh's and falls with this power of the element size; 0: it is not judged so
-    bool outline = true;  // false: the section as an outline has no such value
+    int order = 0;  // the difference is the mesh's and falls with this power of the element size; 0: not judged so
+    bool outline = true;  // false: the kit, from the outline, has no such value
 };
 
 struct SectionFile {
     std::string path, title, about, units;
-    bool study = false;  // shows how a value behaves; nothing in it is judged
+    std::string section;  // as kit/section/schema.json has it
+    bool study = false;   // shows how a value behaves; nothing in it is judged
     std::vector<Material> materials;
     double size = 0, wall = 0, turn = 0;  // wall: thickness of the thinnest wall, 0 where there is none to name
     point shift = {0, 0};
     bool triangles = false;
-    int mode = 1;
-    std::vector<nlohmann::json> parts;  // each with a known shape and that shape's keys
+    std::vector<nlohmann::json>
+        parts;  // of the mesh: each with a known shape, its keys, and the number of its material
     std::vector<Bar> bars;
     std::vector<int> refine;
     std::vector<Expectation> expected;

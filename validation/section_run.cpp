@@ -104,7 +104,7 @@ SectionRun run_section(const SectionFile& file, int refine) {
     }
     place_bars(file, run);
     run.result.assign(VQ_NSLOTS, 0.0);
-    run.result[VQ_MODE_SLOT] = file.mode;
+    run.result[VQ_MODE_SLOT] = VQ_PLASTIC;
     run.nodeout.resize(3 * static_cast<size_t>(run.nnodes));
     run.elemout.resize(48 * static_cast<size_t>(run.nelems));
 

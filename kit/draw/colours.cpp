@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 
-#include "kit/section/words.h"
 #include "kit/show/show.h"
 
 namespace velquor {

@@ -2,7 +2,6 @@
 // colour, for each of which cairo would repeat all colours and the outline that they are cut to.
 #pragma once
 
-#include <array>
 #include <map>
 #include <string>
 #include <vector>

@@ -4,7 +4,6 @@
 #include <gmsh.h>
 
 #include <clocale>
-#include <vector>
 
 namespace velquor {
 

@@ -245,8 +245,6 @@ bool inside(const Region& region, const Point& p) {
            distance_to_boundary(region, p) <= region.tolerance;
 }
 
-bool inside(const Face& face, const Point& p) { return inside(region_of(face), p); }
-
 double distance_to_boundary(const Region& region, const Point& p) {
     double least = std::numeric_limits<double>::infinity();
     for (const Piece& piece : region.pieces) least = std::min(least, distance(piece, p));

@@ -48,7 +48,6 @@ std::optional<Crossing> crossing_of(const Region& region, bool but_touching = fa
 
 // Whether a point lies in the region or on its boundary, exact for arcs too.
 bool inside(const Region& region, const Point& p);
-bool inside(const Face& face, const Point& p);
 
 // Throws Error where outlines of the face cross or touch themselves or one another, or where a hole lies outside of the
 // outline or in another hole. `place` is that of the part: "parts[1]".

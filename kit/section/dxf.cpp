@@ -1,14 +1,10 @@
 #include "kit/section/dxf.h"
 
-#include <dl_creationadapter.h>
-#include <dl_dxf.h>
-
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <mutex>
-#include <sstream>
 
+#include "kit/section/dxf_entities.h"
 #include "kit/section/ellipse.h"
 #include "kit/section/loops.h"
 #include "kit/section/vectors.h"
@@ -18,215 +14,9 @@ namespace velquor {
 
 namespace {
 
-constexpr double STRAIGHT = 4e-6;      // bulge, the tangent of a quarter of an arc's angle, below which it is a line
-constexpr double OUT_OF_PLANE = 1e-6;  // of a drawing's extent
-constexpr double FLAT = 1e-9;          // of a normal of length 1, off the drawing's
-constexpr double ROUND = 1e-4;         // degrees: 2 pi may be written with seven digits
-constexpr int DEEPEST = 16;            // blocks in blocks
+constexpr double OUT_OF_PLANE = 1e-6;       // of a drawing's extent
+constexpr int DEEPEST = 16;                 // blocks in blocks
 constexpr std::size_t MOST_STEPS = 100000;  // entities and copies, blocks put in their places
-
-// Where the origin and the points (1, 0) and (0, 1) of a block go.
-struct Map {
-    Point origin, right = {1, 0}, up = {0, 1};
-    Point turned(const Point& p) const { return p.y * right + p.z * up; }
-    Point operator()(const Point& p) const { return origin + turned(p); }
-};
-
-Map after(const Map& outer, const Map& inner) {
-    return {outer(inner.origin), outer.turned(inner.right), outer.turned(inner.up)};
-}
-
-struct Curve {
-    Point from, to;
-    bool arc = false;
-    Arc way;  // of an arc, in its own sense, which may be from `to` to `from`
-    bool backwards = false;
-};
-
-struct Entity {
-    std::string kind, layer;
-    double low = 0, high = 0;  // out of the plane
-    bool tilted = false;
-    std::vector<Curve> curves;
-    bool closed = false;
-    std::string block;    // of an INSERT
-    Map map;              // its first copy
-    Point across, along;  // from one column, and one row, to the next
-    int columns = 1, rows = 1;
-};
-
-struct Block {
-    Point base;
-    bool elsewhere = false;  // in another drawing
-    std::vector<Entity> entities;
-    std::vector<Other> others;
-};
-
-Curve line_to(const Point& from, const Point& to) { return {from, to, false, {}, false}; }
-
-Curve arc_about(const Arc& way) { return {at(way, way.begin), at(way, way.end), true, way, false}; }
-
-// The arc between two points of a polyline; the bulge is positive where it turns left.
-Curve bulged(const Point& from, const Point& to, double bulge) {
-    const Point chord = to - from;
-    if (std::abs(bulge) < STRAIGHT || length(chord) == 0) return line_to(from, to);
-    const double b = std::abs(bulge), towards = (1 - b * b) / (4 * b);  // from the chord's middle to the centre
-    const Point centre = 0.5 * (from + to) + (bulge > 0 ? towards : -towards) * left_of(chord);
-    const double radius = length(chord) * (1 + b * b) / (4 * b);
-    const Point first = (bulge > 0 ? from : to) - centre;
-    const double begin = std::atan2(first.z, first.y) * 180 / PI, sweep = 4 * std::atan(b) * 180 / PI;
-    return {from, to, true, {centre, {radius, 0}, {0, radius}, begin, begin + sweep}, bulge < 0};
-}
-
-// From one angle on to another, above 0 and at most 360.
-double sweep_of(double begin, double end) {
-    double sweep = std::fmod(end - begin, 360);
-    if (sweep < 0) sweep += 360;
-    return sweep < ROUND || sweep > 360 - ROUND ? 360 : sweep;
-}
-
-// Takes down what dxflib reads.
-struct Taker : DL_CreationAdapter {
-    std::map<std::string, Block> blocks;  // the drawing itself under an empty name
-    std::string block;
-    std::vector<Layer> layers;
-    int unit = 0;
-
-    struct Vertex {
-        Point at;
-        double bulge;
-    };
-    Entity polyline;
-    bool spatial = false;  // its vertices have heights of their own
-    std::vector<Vertex> vertices;
-
-    Entity entity(const char* kind, double low, double high) const {
-        Entity e;
-        e.kind = kind;
-        e.layer = attributes.getLayer().empty() ? "0" : attributes.getLayer();
-        e.low = std::min(low, high);
-        e.high = std::max(low, high);
-        return e;
-    }
-
-    // Entities of a plane of their own may look at the drawing from behind: their x then runs to the left.
-    Map own_plane(Entity& e) const {
-        double n[3];
-        extrusion->getDirection(n);
-        e.tilted = std::hypot(n[0], n[1]) > FLAT * std::abs(n[2]) || n[2] == 0;
-        if (n[2] > 0) return {};
-        std::swap(e.low, e.high);
-        e.low = -e.low;
-        e.high = -e.high;
-        return {{}, {-1, 0}, {0, 1}};
-    }
-
-    void put(Entity e) { blocks[block].entities.push_back(std::move(e)); }
-
-    void put_arc(Entity e, Arc way) {
-        const Map map = own_plane(e);
-        way.centre = map(way.centre);
-        way.right = map.turned(way.right);
-        way.up = map.turned(way.up);
-        e.curves = {arc_about(way)};
-        e.closed = way.end - way.begin >= 360;
-        put(std::move(e));
-    }
-
-    void setVariableInt(const std::string& key, int value, int) override {
-        if (key == "$INSUNITS") unit = value;
-    }
-
-    void addLayer(const DL_LayerData& data) override {
-        Layer layer;
-        layer.name = data.name;
-        layer.hidden = (data.flags & 1) != 0 || attributes.getColor() < 0;
-        layers.push_back(layer);
-    }
-
-    void addBlock(const DL_BlockData& data) override {
-        block = folded(data.name);
-        blocks[block].base = {data.bpx, data.bpy};
-        blocks[block].elsewhere = (data.flags & 4) != 0;
-    }
-    void endBlock() override { block.clear(); }
-
-    void addLine(const DL_LineData& data) override {
-        Entity e = entity("LINE", data.z1, data.z2);
-        e.curves = {line_to({data.x1, data.y1}, {data.x2, data.y2})};
-        put(std::move(e));
-    }
-
-    void addArc(const DL_ArcData& data) override {
-        const double r = std::max(0.0, data.radius);
-        put_arc(entity("ARC", data.cz, data.cz),
-                {{data.cx, data.cy}, {r, 0}, {0, r}, data.angle1, data.angle1 + sweep_of(data.angle1, data.angle2)});
-    }
-
-    void addCircle(const DL_CircleData& data) override {
-        const double r = std::max(0.0, data.radius);
-        put_arc(entity("CIRCLE", data.cz, data.cz), {{data.cx, data.cy}, {r, 0}, {0, r}, 0, 360});
-    }
-
-    void addEllipse(const DL_EllipseData& data) override {
-        Entity e = entity("ELLIPSE", data.cz, data.cz + data.mz);
-        Entity turned = e;
-        const bool behind = own_plane(turned).right.y < 0;  // its centre is in the drawing's plane all the same
-        e.tilted = turned.tilted;
-        const double ratio = std::max(0.0, data.ratio), begin = data.angle1 * 180 / PI, end = data.angle2 * 180 / PI;
-        Arc way = {{data.cx, data.cy}, {data.mx, data.my}, {}, begin, begin + sweep_of(begin, end)};
-        way.up = (behind ? -ratio : ratio) * left_of(way.right);
-        e.curves = {arc_about(way)};
-        e.closed = way.end - way.begin >= 360;
-        put(std::move(e));
-    }
-
-    void addPolyline(const DL_PolylineData& data) override {
-        const double z = extrusion->getElevation();
-        polyline = entity("POLYLINE", z, z);
-        polyline.closed = (data.flags & 1) != 0;
-        if ((data.flags & 4) != 0) polyline.kind = "POLYLINE fitted by a spline";
-        if ((data.flags & (16 | 64)) != 0) polyline.kind = "POLYLINE of a mesh";
-        spatial = (data.flags & 8) != 0;
-        vertices.clear();
-    }
-
-    void addVertex(const DL_VertexData& data) override {
-        if (spatial) {
-            polyline.low = vertices.empty() ? data.z : std::min(polyline.low, data.z);
-            polyline.high = vertices.empty() ? data.z : std::max(polyline.high, data.z);
-        }
-        vertices.push_back({{data.x, data.y}, data.bulge});
-    }
-
-    void endEntity() override {
-        Entity e = std::move(polyline);
-        polyline = {};
-        if (vertices.empty()) return;
-        const Map map = own_plane(e);
-        const std::size_t count = vertices.size() - (e.closed ? 0 : 1);
-        for (std::size_t i = 0; i < count; ++i) {
-            const Vertex &a = vertices[i], &b = vertices[(i + 1) % vertices.size()];
-            e.curves.push_back(bulged(map(a.at), map(b.at), map.right.y < 0 ? -a.bulge : a.bulge));
-        }
-        if (e.curves.empty()) e.curves = {line_to(map(vertices[0].at), map(vertices[0].at))};
-        vertices.clear();
-        put(std::move(e));
-    }
-
-    void addInsert(const DL_InsertData& data) override {
-        Entity e = entity("INSERT", data.ipz, data.ipz);
-        const Map plane = own_plane(e);
-        e.block = folded(data.name);
-        const Point right = on_circle({}, 1, data.angle), up = left_of(right);
-        e.map = after(plane, {{data.ipx, data.ipy}, data.sx * right, data.sy * up});
-        e.columns = std::max(1, data.cols);
-        e.rows = std::max(1, data.rows);
-        e.across = plane.turned(data.colSp * right);
-        e.along = plane.turned(data.rowSp * up);
-        put(std::move(e));
-    }
-};
 
 const char* unit_of(int code) {
     switch (code) {
@@ -249,7 +39,7 @@ std::string counted(const std::map<std::string, std::size_t>& counts) {
 
 // Puts the blocks in their places, and the entities on their layers.
 struct Placer {
-    Taker& taken;
+    DxfEntities& taken;
     const std::vector<std::string>& wanted;
     Drawn drawn = {};
     std::map<std::string, std::size_t> numbers = {};  // of layers, by folded names
@@ -293,8 +83,8 @@ struct Placer {
         return own == "0" && !outer.empty() ? outer : own;
     }
 
-    void take(const std::string& name, const Map& map, const std::string& outer, double lift, int depth) {
-        const Block& block = taken.blocks[name];
+    void take(const std::string& name, const BlockMap& map, const std::string& outer, double lift, int depth) {
+        const DxfBlock& block = taken.blocks[name];
         for (const Other& other : block.others) {
             count_step();
             Layer& on = layer(layer_in(other.layer, outer));
@@ -309,7 +99,7 @@ struct Placer {
                        other.kind == "SPLINE" || other.kind == "HELIX" ? "convert it to arcs or a polyline"
                                                                        : "draw lines, arcs or polylines in its place");
         }
-        for (const Entity& e : block.entities) {
+        for (const DxfEntity& e : block.entities) {
             count_step();
             const std::string own = layer_in(e.layer, outer);
             if (e.kind == "INSERT")
@@ -319,7 +109,7 @@ struct Placer {
         }
     }
 
-    void take_copies(const Entity& e, const Map& map, const std::string& own, double lift, int depth) {
+    void take_copies(const DxfEntity& e, const BlockMap& map, const std::string& own, double lift, int depth) {
         if (layer(own).hidden) return;
         const Point at = map(e.map.origin);
         const auto known = taken.blocks.find(e.block);
@@ -334,20 +124,20 @@ struct Placer {
         for (int row = 0; row < e.rows; ++row)
             for (int column = 0; column < e.columns; ++column) {
                 count_step();
-                Map copy = e.map;
+                BlockMap copy = e.map;
                 copy.origin = copy.origin + column * e.across + row * e.along - copy.turned(known->second.base);
                 take(e.block, after(map, copy), own, lift + e.low, depth + 1);
             }
     }
 
-    void take(const Entity& e, const Map& map, const std::string& own, double lift) {
+    void take(const DxfEntity& e, const BlockMap& map, const std::string& own, double lift) {
         Layer& on = layer(own);
         ++on.entities;
         if (on.hidden || !is_wanted(on)) return;
         const Point from = map(e.curves[0].from);
         if (e.kind != "POLYLINE" && e.kind.find(' ') != std::string::npos)
             refuse(e.kind, own, from, "not read", "convert it to a polyline of lines and arcs");
-        for (const Curve& curve : e.curves)
+        for (const DxfCurve& curve : e.curves)
             extent = std::max({extent, length(curve.from - e.curves[0].from), length(curve.way.right)});
         const double slack = OUT_OF_PLANE * extent;
         if (e.tilted || e.high - e.low > slack)
@@ -362,7 +152,7 @@ struct Placer {
         Run run;
         run.from = from;
         run.closed = e.closed;
-        for (const Curve& curve : e.curves) add(curve, map, e, own, run);
+        for (const DxfCurve& curve : e.curves) add(curve, map, e, own, run);
         edges += run.edges.size();
         if (edges > MOST_EDGES)
             throw Error("", "more than " + std::to_string(MOST_EDGES) + " lines and arcs",
@@ -370,7 +160,7 @@ struct Placer {
         on.runs.push_back(std::move(run));
     }
 
-    void add(const Curve& curve, const Map& map, const Entity& e, const std::string& own, Run& run) {
+    void add(const DxfCurve& curve, const BlockMap& map, const DxfEntity& e, const std::string& own, Run& run) {
         const Point from = map(curve.from);
         if (!curve.arc) {
             run.edges.push_back({map(curve.to), false, {}});
@@ -407,14 +197,7 @@ std::string folded(std::string_view name) {
 
 Drawn drawn_in(std::string_view dxf, const std::vector<std::string>& wanted, std::vector<std::string>& notes) {
     const Looked looked = looked_through(dxf);
-    Taker taken;
-    {
-        // dxflib counts lines in a variable that all its readers share.
-        static std::mutex one_at_a_time;
-        const std::lock_guard<std::mutex> lock(one_at_a_time);
-        std::istringstream text(looked.text);
-        DL_Dxf().in(text, &taken);
-    }
+    DxfEntities taken = entities_of(looked.text);
     const char* unit = unit_of(taken.unit);
     for (const Other& other : looked.others) taken.blocks[other.block].others.push_back(other);
 

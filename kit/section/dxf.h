@@ -1,6 +1,7 @@
 // What is drawn in a DXF file: the lines of each layer, in the plane and unit of the drawing. dxflib reads the
-// entities, from a text that dxf_text.cpp has looked through: dxflib itself trusts counts and the order of what stands
-// there, reads numbers by the program's locale, and does not end on a line of more than 1023 letters.
+// entities (dxf_entities.h), from a text that dxf_text.cpp has looked through: dxflib itself trusts counts and the
+// order of what stands there, reads numbers by the program's locale, and does not end on a line of more than 1023
+// letters.
 #pragma once
 
 #include <string>

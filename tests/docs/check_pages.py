@@ -1,13 +1,18 @@
-"""The pages quote what they say they quote: code, output, slot numbers; and their links lead somewhere.
+"""The pages quote what they say they quote, code and output; links lead somewhere, and to each page.
 
-    check_pages.py <project folder> <folder of the example programs> <header> [<folder of the command velquor>]
+    check_pages.py <project folder> <folder of the example programs> [<folder of the command velquor>]
 
-Blocks of the kind `console` show commands, each behind "$ ", and what these print: they are run, a page's one after the
-other in a folder of the page, in which stand the examples and the files that the page shows under their names
-(<!-- file beam.json -->). Programs in Python find the package; without Dask its page is left out. A line "..." stands for
-any lines. Words are compared; numbers, which depend on the mesh, to PRECISION; bounds and counts of nodes not at all.
+A page quotes a file behind <!-- quotes examples/first_call.c -->: the blocks that follow such a line are the whole of the
+file, in its order, or, behind <!-- quotes from examples/first_call.c -->, pieces of it. What the program of an example
+prints stands behind <!-- quotes the output of first_call -->, to the letter where it is in C.
+
+Blocks of the kind `console` show commands, each behind "$ ", on several lines where they end with a backslash, and what these
+print: they are run, a page's one after the other in a folder of the page, in which stand the examples and the files that the
+page shows under their names (<!-- file beam.json -->), which it has to tell. Programs in Python find the package, those in C
+the library; without Dask its page is left out. A line "..." stands for any lines. Words are compared; numbers, which depend
+on the mesh, to PRECISION; bounds and counts of nodes not at all.
 """
-import json
+import operator
 import os
 import re
 import shutil
@@ -18,36 +23,22 @@ from pathlib import Path
 
 PRECISION = 2e-3
 
-root, programs, header = Path(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3]).read_text()
-tool = sys.argv[4] if len(sys.argv) > 4 else None  # without it no command is run, and no example of the kit
-pages = sorted([*root.glob("*.md"), *(root / "docs").glob("*.md")])
+root, programs = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
+tool = sys.argv[3] and str(Path(sys.argv[3]).resolve()) if len(sys.argv) > 3 else ""  # without it no command is run
+pages = sorted([*root.glob("*.md"), *(root / "docs").glob("*.md"), root / "bindings/README.md"])
 faults = []
 
 
-def quotes(page, label):
-    return re.findall(rf"<!-- quotes {re.escape(label)} -->\n```\w*\n(.*?)\n```", page.read_text(), re.DOTALL)
+def blocks_of(page, label):
+    mark = f"<!-- quotes {label} -->"
+    found = re.findall(rf"{re.escape(mark)}\n```\w*\n(.*?)\n```", page.read_text(), re.DOTALL)
+    expect(len(found) == page.read_text().count(mark), f"{page.name}: no block behind a mark: {mark}")
+    return found
 
 
 def expect(holds, fault):
     if not holds:
         faults.append(fault)
-
-
-guide = root / "docs" / "host_guide.md"
-
-# The blocks of the guide are the whole of each example, in its order.
-blocks = []
-for example in ("first_call", "bounds"):
-    rest = (root / "examples" / f"{example}.c").read_text()
-    parts = quotes(guide, f"examples/{example}.c")
-    for part in parts:
-        rest = rest.lstrip("\n")
-        expect(rest.startswith(part + "\n"), f"not the next part of {example}.c:\n{part}")
-        rest = rest[len(part):]
-    expect(parts and not rest.strip(), f"not quoted of {example}.c: {rest.strip()}")
-    output = subprocess.run([programs / example], capture_output=True, text=True, check=True).stdout
-    expect(quotes(guide, f"the output of {example}") == [output.rstrip("\n")], f"{example} prints\n{output}")
-    blocks += parts
 
 
 # Commands, and what they print.
@@ -67,19 +58,43 @@ def near(a, b):
     return bool(a and b) and a[2] == b[2] and abs(float(a[1]) - float(b[1])) <= PRECISION * abs(float(a[1]))
 
 
-def shows(quoted, printed):
+def shows(quoted, printed, same=alike):
     if not quoted:
         return not printed
     if quoted[0].strip() == "...":
-        return any(shows(quoted[1:], printed[k:]) for k in range(len(printed) + 1))
-    return bool(printed) and alike(quoted[0], printed[0]) and shows(quoted[1:], printed[1:])
+        return any(shows(quoted[1:], printed[k:], same) for k in range(len(printed) + 1))
+    return bool(printed) and same(quoted[0], printed[0]) and shows(quoted[1:], printed[1:], same)
 
 
 def run(command, folder):
     path = os.pathsep.join((tool, "/usr/bin", os.environ["PATH"]))  # the interpreter that has Debian's packages
-    environment = {**os.environ, "PATH": path, "PYTHONPATH": str(root / "bindings/python"), "PYTHONDONTWRITEBYTECODE": "1"}
+    environment = {**os.environ, "PATH": path, "PYTHONPATH": str(root / "bindings/python"), "PYTHONDONTWRITEBYTECODE": "1",
+                   "PKG_CONFIG_PATH": str(folder), "VELQUOR_LIBRARY": str(programs / "libvelquor.so.1")}
     return subprocess.run(["bash", "-c", command], cwd=folder, env=environment, encoding="utf-8",
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60).stdout.splitlines()
+
+
+# Examples. What a page quotes of one is its text, part after part, and all of it unless the label says "from".
+quotes = 0
+for page in pages:
+    labels = re.findall(r"<!-- quotes (from )?(examples/\S+) -->", page.read_text())
+    for choice, name in dict.fromkeys(labels):
+        rest = (root / name).read_text() if (root / name).exists() else ""
+        for part in blocks_of(page, f"{choice}{name}"):
+            quotes += 1
+            before, found, rest = rest.partition(part + "\n")
+            expect(found and (choice or not before.strip()), f"{page.name}: not the next part of {name}:\n{part}")
+        expect(choice or not rest.strip(), f"{page.name}: not quoted of {name}: {rest.strip()}")
+    for name in re.findall(r"<!-- quotes the output of (\S+) -->", page.read_text()):
+        if not (programs / name).exists():
+            expect(not tool, f"{page.name}: there is no program {name}")
+            continue
+        output = subprocess.run([programs / name], capture_output=True, text=True, check=True).stdout
+        # Those in C make the same mesh anywhere.
+        same = operator.eq if (root / "examples" / f"{name}.c").exists() else alike
+        for quoted in blocks_of(page, f"the output of {name}"):
+            quotes += 1
+            expect(shows(quoted.split("\n"), output.splitlines(), same), f"{page.name}: {name} prints\n{output}")
 
 
 commands = 0
@@ -88,16 +103,20 @@ for page in pages if tool else ():
         continue
     with tempfile.TemporaryDirectory() as folder:
         (Path(folder) / "examples").symlink_to(root / "examples")
-        block = r"(?:<!-- file (\S+) -->\n)?```(json|python|console)\n(.*?)\n```"
+        (Path(folder) / "velquor.pc").write_text(
+            f"Name: velquor\nDescription: as it is built\nVersion: 1\nCflags: -I{root / 'api'}\n"
+            f"Libs: -L{programs} -Wl,-rpath,{programs} -lvelquor\n")
+        block = r"(?:<!-- file (\S+) -->\n)?```(c|json|python|console)\n(.*?)\n```"
         for name, kind, text in re.findall(block, page.read_text(), re.DOTALL):
             if name:
                 (Path(folder) / name).write_text(text + "\n")
+                expect(f"`{name}`" in page.read_text(), f"{page.name}: does not tell readers the name {name}")
             elif kind == "console":
                 for part in re.split(r"^\$ ", text, flags=re.MULTILINE)[1:]:
-                    command, *quoted = part.rstrip("\n").split("\n")
+                    command, quoted = re.fullmatch(r"((?:[^\n]*\\\n)*[^\n]*)\n?(.*)", part.rstrip("\n"), re.DOTALL).groups()
                     printed = run(command, folder)
                     commands += 1
-                    expect(shows(quoted, printed), f"{page.name}: {command} prints\n" + "\n".join(printed))
+                    expect(shows(quoted.splitlines(), printed), f"{page.name}: {command} prints\n" + "\n".join(printed))
 
         # Pictures are those that stand in the documentation: their words, and about as many cells of colour.
         for drawn in Path(folder).glob("*.svg") if page.name == "pictures.md" else ():
@@ -107,48 +126,6 @@ for page in pages if tool else ():
             expect(len(words[0]) == len(words[1]) and all(map(alike, *words)) and abs(cells[0] - cells[1]) <= 0.1 * cells[1],
                    f"docs/pictures/{drawn.name} is not what its command draws; ./run docs")
 
-# The example of the kit.
-if tool:
-    example = (root / "examples/section.cpp").read_text().rstrip("\n")
-    for page in (root / "README.md", root / "docs/kit.md"):
-        blocks += quotes(page, "examples/section.cpp")
-        expect(quotes(page, "examples/section.cpp") == [example], f"{page.name}: not the whole of section.cpp")
-    output = subprocess.run([programs / "section_example"], capture_output=True, text=True, check=True).stdout
-    quoted, = quotes(page, "the output of section_example")
-    expect(shows(quoted.split("\n"), output.splitlines()), f"section.cpp prints\n{output}")
-
-# Every key of section files is in the page about them.
-schema = json.loads((root / "kit/section/schema.json").read_text())
-
-
-def keys_of(part):
-    for key, value in part.items():
-        if key == "properties":
-            yield from value
-        if isinstance(value, dict):
-            yield from keys_of(value)
-
-
-form = (root / "docs/section_file.md").read_text()
-for key in sorted(set(keys_of(schema))):
-    expect(f"`{key}`" in form, f"section_file.md: nothing of {key}")
-
-# Slots, property columns, modes and statuses as the header has them.
-value = {name: int(number) for name, number in re.findall(r"^    VQ_(\w+) = (\d+)", header, re.MULTILINE)}
-rows = re.findall(r"^\| (\d+) (?:\| |\()`(?:VQ_)?(\w+)`(?: \||\))", guide.read_text(), re.MULTILINE)
-for number, name in rows:
-    expect(value.get(name) == int(number), f"{name} is {value.get(name)}, not {number}")
-for line in re.findall(r"^\| `(PL\w+)_\.\.\.`: [^|]*\|(.*)\|$", guide.read_text(), re.MULTILINE):
-    for name, number in re.findall(r"`(\w+)` (\d+)", line[1]):
-        rows.append((number, f"{line[0]}_{name}"))
-        expect(value.get(f"{line[0]}_{name}") == int(number), f"{line[0]}_{name} is not {number}")
-listed = {int(number) for number, name in rows if name in value}
-expect(listed >= set(range(value["NSLOTS"])), f"slots missing: {set(range(value['NSLOTS'])) - listed}")
-
-# Reasons, of the second header.
-for name in re.findall(r"VQ_(\w+) =", (root / "levels/velquor_levels.h").read_text().split("/* Reasons")[1]):
-    expect(f"`{name}`" in guide.read_text(), f"{name} is not in the guide")
-
 
 # Links and pictures, with their headings as sites that render Markdown name them.
 def anchors(page):
@@ -156,23 +133,34 @@ def anchors(page):
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
 
 
-links = 0
+# A target is one between parentheses, of a link or a picture, or of the HTML that Markdown may hold.
+links, reached = 0, {}
 for page in pages:
     text = re.sub(r"```.*?```", "", page.read_text(), flags=re.DOTALL)
-    for target in re.findall(r"\]\(([^)\s]+)\)", text):
-        if "://" in target:
+    for target in re.findall(r'\]\(([^)\s]+)\)|(?:src|href)="([^"]+)"', text):
+        target = "".join(target)
+        if re.match(r"[a-z]+:", target):
             continue
         links += 1
         path, _, anchor = target.partition("#")
-        file = (page.parent / path) if path else page
+        file = (page.parent / path).resolve() if path else page
+        reached.setdefault(file, set()).add(page)
         expect(file.exists(), f"{page.name}: no {target}")
-        if anchor and file.exists():
+        if anchor and file.suffix == ".md" and file.exists():
             expect(anchor in anchors(file), f"{page.name}: no heading for {target}")
-shown = {name for page in pages for name in re.findall(r"\]\((?:docs/)?drawings/(\S+)\)", page.read_text())}
-drawn = {file.name for file in (root / "docs" / "drawings").glob("*.svg")}
-expect(drawn == shown, f"drawings that no page shows, or that are missing: {sorted(drawn ^ shown)}")
+
+# A picture has a line below that tells what it shows, with dimensions and units.
+for page in pages:
+    for picture, below in re.findall(r"^(!\[[^\]]*\]\(.*\)|<img .*>)\n+(.*)", page.read_text(), re.MULTILINE):
+        expect(re.match(r"\*\w", below), f"{page.name}: no caption below {picture}")
+
+# Every page and every picture is linked to from another page.
+pictures = [file for folder in ("docs", "docs/drawings", "docs/pictures") for ending in ("svg", "png", "jpg")
+            for file in (root / folder).glob(f"*.{ending}")]
+for file in (*pages, *pictures):
+    expect(file == root / "README.md" or reached.get(file, set()) - {file}, f"{file.name}: no other page links to it")
 
 for fault in faults:
     print(fault)
-print(f"{len(pages)} pages, {len(blocks)} quotes, {commands} commands, {links} links, {len(rows)} numbers")
+print(f"{len(pages)} pages, {quotes} quotes, {commands} commands, {links} links")
 sys.exit(1 if faults else 0)

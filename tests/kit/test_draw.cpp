@@ -14,7 +14,6 @@
 #include "kit/draw/cells.h"
 #include "kit/draw/colours.h"
 #include "kit/draw/draw.h"
-#include "kit/section/file.h"
 #include "kit/section/templates.h"
 
 // fontconfig keeps some 300 bytes of its settings to the end of a process, however often it is asked.
@@ -161,7 +160,7 @@ TEST(Pictures, PlacesAreToldFarFromTheOriginAndPiecesHaveNoShear) {
 
 // Each material is clipped once, however many cells it has: a clip for each would make this file some megabytes.
 TEST(Pictures, PdfOfManyHolesStaysSmall) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VQ_SANITIZED
     GTEST_SKIP() << "a size, for which sanitizers take a minute";
 #endif
     const Solved column(section_of_shape("rc_circle", {{"d", 600}, {"cover", 40}, {"n", 40}, {"d_bar", 20}}));

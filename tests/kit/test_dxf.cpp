@@ -1,7 +1,6 @@
 // Drawings: what is read of them is what is drawn, and what cannot be read is said.
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
 #include <locale>
 #include <random>

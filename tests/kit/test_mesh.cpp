@@ -5,7 +5,6 @@
 #include <cmath>
 #include <map>
 #include <random>
-#include <set>
 
 #include "kit/analysis/analysis.h"
 #include "kit/analysis/check.h"

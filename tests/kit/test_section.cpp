@@ -387,19 +387,20 @@ TEST(Crossings, OfRandomPolygonsAreThoseOfAllPairs) {
 TEST(Crossings, InsideIsExactForArcs) {
     const double y = 8.75, z = std::sqrt(100 - y * y);
     const Face face = {{{{{y, -z}, true, {-10, 0}}, {{y, z}, true, {5, 0}}}}, {circle_at({-4, 0}, 3)}};
-    ASSERT_FALSE(crossing_of(region_of(face)));
+    const Region region = region_of(face);
+    ASSERT_FALSE(crossing_of(region));
     for (int i = -44; i <= 44; ++i)
         for (int k = -44; k <= 44; ++k) {
             const double py = i * 0.25, pz = k * 0.25, nearest = 1e-5;  // on the chords too: i = 35, k = 0
             const double far[3] = {10 - std::hypot(py, pz), std::hypot(py - 10, pz) - 5, std::hypot(py + 4, pz) - 3};
             const double least = *std::min_element(far, far + 3);
-            EXPECT_EQ(inside(face, {py, pz}), least > -nearest) << py << " " << pz;
+            EXPECT_EQ(inside(region, {py, pz}), least > -nearest) << py << " " << pz;
             if (least > 0) {
-                EXPECT_NEAR(distance_to_boundary(region_of(face), {py, pz}), least, 1e-12);
+                EXPECT_NEAR(distance_to_boundary(region, {py, pz}), least, 1e-12);
             }
         }
-    EXPECT_TRUE(inside(face, {-10 - 1e-6, 0}));  // 5e-8 of the extent
-    EXPECT_FALSE(inside(face, {-10 - 4e-6, 0}));
+    EXPECT_TRUE(inside(region, {-10 - 1e-6, 0}));  // 5e-8 of the extent
+    EXPECT_FALSE(inside(region, {-10 - 4e-6, 0}));
 }
 
 TEST(File, BarsLieInPartsAndAlone) {

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <random>
 
 #include "kit/analysis/loads.h"
@@ -268,7 +267,7 @@ TEST(Stresses, RefusedWhereNothingIsKnown) {
 
 // Of a strip of 5000 : 1 the mesh does not resolve the width: the stress is wrong, and it is said so.
 TEST(Stresses, WhatIsUncertainIsTold) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VQ_SANITIZED
     GTEST_SKIP() << "many elements, for which sanitizers take a minute";
 #endif
     const auto warning = [](double b, int levels) {

@@ -383,14 +383,18 @@ class Progress(Folder):
         fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
         with subprocess.Popen(self.arguments("batch", "in.jsonl", "-o", self.results), stderr=slave, cwd=self.folder):
             os.close(slave)
-            text = b""
-            try:
-                while block := os.read(master, 65536):
-                    text += block
-            except OSError:  # the end of a terminal
-                pass
+            text = self.rest_of(master)
         os.close(master)
         return text.decode()
+
+    def rest_of(self, master):
+        text = b""
+        try:
+            while block := os.read(master, 65536):
+                text += block
+        except OSError:  # the end of a terminal
+            pass
+        return text
 
     def test_on_a_terminal(self):
         for columns in (80, 40):
@@ -411,11 +415,7 @@ class Progress(Folder):
             text = os.read(master, 65536)  # it has begun, and is at the first
             file.writelines(json.dumps(circle(10 + k)) + "\n" for k in range(50, 200))
             file.flush()
-            try:
-                while block := os.read(master, 65536):
-                    text += block
-            except OSError:  # the end of a terminal
-                pass
+            text += self.rest_of(master)
         os.close(master)
         self.assertIn(b"200 sections in", text)
         self.assertTrue(all(float(share) <= 100 for share in re.findall(rb"([\d.]+) %", text)), text)

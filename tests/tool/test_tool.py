@@ -42,6 +42,8 @@ class Statuses(unittest.TestCase):
             (["calc", "300"], 1, 'velquor: 300: unknown profile "300", and no such file; velquor profiles lists all'),
             (["calc", "IPE 300", "--nu", "0.7"], 1, "velquor: IPE 300: --nu: 0.7; must be above -1 and at most 0.5"),
             (["calc", "IPE 300", "--density", "nan"], 1, "velquor: IPE 300: --density: nan; must be above 0"),
+            (["worker", "--jobs", "1", "--timeout", "nan"], 1,
+             "velquor: --timeout: nan; must be from 0.001 to 1000000 seconds"),
             (["calc", "IPE 300", "--size", "1e-9"], 1, "velquor: IPE 300: wishes.size: 1e-09 makes too many elements"),
             (["calc", "IPE 301"], 1, 'velquor: IPE 301: unknown profile "IPE 301"; did you mean "IPE 300"?'),
             (["calc", "no.json"], 1, "velquor: no.json: cannot be read: No such file or directory"),
@@ -87,8 +89,7 @@ class Statuses(unittest.TestCase):
         os.close(reader)
         done = subprocess.run([COMMAND, "profiles"], stdout=writer, stderr=subprocess.PIPE, encoding="utf-8")
         os.close(writer)
-        self.assertEqual((done.returncode, done.stderr),
-                         (3, "velquor: the standard output: cannot be written: Broken pipe\n"))
+        self.assertEqual((done.returncode, done.stderr), (-signal.SIGPIPE, ""))  # as velquor profiles | head
 
     def test_interrupt_ends_it_within_a_second(self):
         hard = {**SQUARE, "wishes": {"levels": 6, "size": 0.15}}

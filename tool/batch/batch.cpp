@@ -1,7 +1,6 @@
 #include "tool/batch/batch.h"
 
 #include <algorithm>
-#include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <memory>

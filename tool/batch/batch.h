@@ -1,7 +1,6 @@
 // Many sections at once, on workers of their own, into a file of results that every run goes on with.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <vector>
 

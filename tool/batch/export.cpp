@@ -1,7 +1,5 @@
-#include <cmath>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <set>
 
 #include "kit/analysis/values.h"
@@ -10,7 +8,6 @@
 #include "kit/show/show.h"
 #include "tool/batch/batch.h"
 #include "tool/batch/store.h"
-#include "tool/batch/tables.h"
 #include "tool/commands.h"
 #include "tool/output.h"
 

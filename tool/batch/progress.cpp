@@ -50,13 +50,20 @@ std::string count_text(std::uint64_t n) {
     return text;
 }
 
+namespace {
+
+struct Rate {
+    double each_second = 0;
+    double left = 0;  // seconds; not a number: not known
+};
+
 std::uint64_t errors_of(const Counts& counts) {
     std::uint64_t sum = 0;
     for (const auto& [kind, number] : counts.errors) sum += number;
     return sum;
 }
 
-// What is most wanted comes first, and is left out last.
+// "1 of 20 (5.0 %)" and so on, in this many columns; what is most wanted comes first, and is left out last.
 std::string progress_line(const Counts& c, const Rate& rate, int width) {
     const bool known = std::isfinite(c.share);
     std::vector<std::string> words;
@@ -76,6 +83,8 @@ std::string progress_line(const Counts& c, const Rate& rate, int width) {
     const auto full = static_cast<std::size_t>(std::clamp(c.share, 0.0, 1.0) * bar);
     return "[" + std::string(full, '#') + std::string(static_cast<std::size_t>(bar) - full, '.') + "]  " + line;
 }
+
+}  // namespace
 
 Progress::Progress(bool is_quiet)
     : quiet(is_quiet), terminal(isatty(STDERR_FILENO) == 1), start(Clock::now()), last(start) {}

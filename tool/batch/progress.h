@@ -19,16 +19,8 @@ struct Counts {
     double share = 0;                                  // that is done; not a number: not known
 };
 
-// "1 of 20 (5.0 %)" and so on, in this many columns.
-struct Rate {
-    double each_second = 0;
-    double left = 0;  // seconds; not a number: not known
-};
-std::string progress_line(const Counts& counts, const Rate& rate, int width);
-
 std::string time_text(double seconds);    // "1:09", "2:05:10", "3 d 4 h"
 std::string count_text(std::uint64_t n);  // "1,234,567"
-std::uint64_t errors_of(const Counts& counts);
 
 class Progress {
 public:

@@ -3,10 +3,8 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <vector>
 
 #include "tool/batch/key.h"
 #include "tool/batch/source.h"

@@ -5,9 +5,14 @@
 
 namespace velquor {
 
+namespace {
+
+// Of `results`, before the values and behind them.
 const std::vector<std::string> HEAD_COLUMNS = {"key",    "run",     "name", "length", "force", "reference",
                                                "wished", "reached", "met",  "levels", "nodes", "elements"};
 const std::vector<std::string> TAIL_COLUMNS = {"reasons", "materials", "loads", "notes", "more"};
+
+}  // namespace
 
 std::vector<std::string> result_columns() {
     std::vector<std::string> columns = HEAD_COLUMNS;

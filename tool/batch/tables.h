@@ -9,9 +9,6 @@ namespace velquor {
 constexpr int STORE_FORMAT = 1;         // to be raised with every change of the tables or of the values
 constexpr int STORE_MARK = 0x56514c42;  // by which a file is known as one of results: SQLite's application_id
 
-// The columns of `results` before the values, and behind them.
-extern const std::vector<std::string> HEAD_COLUMNS, TAIL_COLUMNS;
-
 // Statements that make all tables and the view.
 std::string text_of_tables();
 

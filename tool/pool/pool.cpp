@@ -247,8 +247,6 @@ Pool::~Pool() {
         if (lives(w)) end(w);
 }
 
-std::size_t Pool::size() const { return state->all.size(); }
-
 std::size_t Pool::waiting() const {
     const auto busy = std::count_if(state->all.begin(), state->all.end(), [](const Worker& w) { return w.busy; });
     const std::size_t taken = static_cast<std::size_t>(busy) + state->queue.size();

@@ -26,7 +26,6 @@ public:
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
 
-    std::size_t size() const;     // less than wanted where processes that had ended could not be replaced
     std::size_t waiting() const;  // workers without a request
 
     // Gives a request to a worker that waits: one line, as docs/protocol.md has it, without its end. Where none waits,

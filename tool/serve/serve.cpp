@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
-#include <system_error>
 #include <thread>
 
 #include "tool/commands.h"
 #include "tool/output.h"
-#include "tool/pool/process.h"
 #include "tool/serve/browser.h"
 #include "tool/serve/desk.h"
 #include "tool/serve/server.h"

@@ -3,9 +3,7 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <cstring>
 #include <exception>
-#include <new>
 
 #include "kit/section/section.h"
 #include "kit/section/words.h"

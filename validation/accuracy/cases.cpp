@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <stdexcept>
 
 #include "kit/section/file.h"
 #include "kit/section/profiles.h"
+#include "section_file.h"
 
 namespace {
 
@@ -94,11 +93,10 @@ std::vector<Case> outlines(const std::string& folder) {
     std::sort(paths.begin(), paths.end());
     std::vector<Case> cases;
     for (const auto& path : paths) {
-        std::ifstream stream(path, std::ios::binary);
-        cases.push_back({velquor::read_section(std::string(std::istreambuf_iterator<char>(stream), {}))});
+        cases.push_back({velquor::read_section(read_section_file(path).section)});
         cases.back().section.name = path.stem();
     }
-    if (cases.empty()) throw std::runtime_error(folder + ": no outlines");
+    if (cases.empty()) throw std::runtime_error(folder + ": no sections");
     return cases;
 }
 

@@ -21,11 +21,6 @@ namespace {
 constexpr int OUTLINES = 200;
 constexpr std::size_t WORST = 30;
 
-void print(const Row& row) {
-    std::printf("| %s | %s | %s | %s |\n", row.what.c_str(), row.goal.c_str(), row.must.c_str(), row.measured.c_str());
-    std::fflush(stdout);
-}
-
 template <class Amount>
 void print_worst(const char* title, std::vector<Value> values, Amount amount) {
     std::stable_sort(values.begin(), values.end(),

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "bench/meshes.h"
-#include "kit/section/file.h"
 #include "kit/section/geometry.h"
 
 namespace {

@@ -7,10 +7,6 @@
 #include "cases.h"
 #include "levels/tally.h"
 
-struct Row {
-    std::string what, goal, must, measured;
-};
-
 // Of one section: its values as they come by default beside a much finer calculation.
 struct Beside {
     const Case* of = nullptr;

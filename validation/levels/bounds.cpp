@@ -22,7 +22,7 @@ Host coarse_section(const std::string& path) {
             const SectionRun run = run_section(file, 1);
             if (run.nelems < 8 && factor > 1) continue;
             Host host;
-            host.name = std::filesystem::path(path).stem(), host.mode = file.mode;
+            host.name = std::filesystem::path(path).stem(), host.mode = VQ_PLASTIC;
             host.nnodes = run.nnodes, host.nelems = run.nelems;
             host.nodes = run.nodes, host.props = run.props, host.elements = run.elements, host.bars = run.bars;
             for (int32_t e = 0; e < run.nelems; ++e)

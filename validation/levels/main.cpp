@@ -5,7 +5,6 @@
 // Prints a table in Markdown; all of it but the times is the same in every run. ROW is one of smooth, sharp, bounds,
 // oblong, stress, time, random. --worst adds the values that are furthest off.
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -15,11 +14,6 @@
 namespace {
 
 constexpr size_t WORST = 20;
-
-void print(const Row& row) {
-    std::printf("| %s | %s | %s | %s |\n", row.what.c_str(), row.goal.c_str(), row.must.c_str(), row.measured.c_str());
-    std::fflush(stdout);
-}
 
 // Sorts by what `amount` tells, the largest first.
 template <class Amount>

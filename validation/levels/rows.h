@@ -7,10 +7,6 @@
 #include "compare.h"
 #include "tally.h"
 
-struct Row {
-    std::string what, goal, must, measured;
-};
-
 // Largest relative errors of three levels over smooth outlines, and over sharp corners; `seen` gets the values.
 std::vector<Row> smooth_rows(std::vector<Value>& seen);
 Row sharp_row(std::vector<Value>& seen);

@@ -94,3 +94,8 @@ std::string formatted(const char* format, ...) {
     va_end(arguments);
     return text;
 }
+
+void print(const Row& row) {
+    std::printf("| %s | %s | %s | %s |\n", row.what.c_str(), row.goal.c_str(), row.must.c_str(), row.measured.c_str());
+    std::fflush(stdout);
+}

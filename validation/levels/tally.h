@@ -42,3 +42,9 @@ void add(Errors& errors, const Value& v, std::vector<Value>& seen);
 std::string text_of(const Errors& errors, const char* sections);
 
 std::string formatted(const char* format, ...);
+
+// A row of a study's table, and its line in Markdown.
+struct Row {
+    std::string what, goal, must, measured;
+};
+void print(const Row& row);
