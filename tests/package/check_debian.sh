@@ -49,7 +49,7 @@ expect "the libraries' package holds" "$(held libvelquor1)" "$(listed "$lib"/lib
 expect "the command's package holds" "$(held velquor)" \
     "$(listed bin/velquor share/bash-completion/completions/velquor share/man/man1/velquor.1.gz \
         share/velquor/{catalogue,{section,result,request,answer}.schema}.json \
-        share/doc/velquor/examples/{handbook.py,sections/{encased.{dxf,json},many.jsonl,sweep.json,t_beam.json}})"
+        $(cd "$source/examples" && printf 'share/doc/velquor/examples/%s ' *.py $(find sections -type f)))"
 expect "the package for Python holds" "$(held python3-velquor)" "$(listed share/doc/python3-velquor/examples/example.py \
     $(cd "$source/bindings/python" && printf 'lib/python3/dist-packages/%s ' velquor/*.py velquor/py.typed))"
 expect "the development package holds, besides the kit's headers" "$(held libvelquor-dev | grep -v ^include/velquor/kit/)" \
