@@ -1,5 +1,7 @@
 #include "kit/section/profiles.h"
 
+#include <cmath>
+
 #include "kit/section/section.h"
 #include "kit/section/shapes.h"
 #include "kit/section/words.h"
@@ -7,6 +9,13 @@
 #include "tool/output.h"
 
 namespace velquor {
+
+namespace {
+
+// Inches come out as they are drawn, without what rounding adds to them.
+std::string in_mm(double length) { return text_of(std::round(1e6 * length) / 1e6); }
+
+}  // namespace
 
 // A line for each profile whose name contains the filter, whatever its blanks and capitals: its standard and
 // dimensions.
@@ -18,7 +27,7 @@ int profiles(const std::string& filter) {
         std::string line = name + std::string(name.size() < 20 ? 20 - name.size() : 1, ' ');
         for (const Parameter& parameter : shape_of(profile.shape, "").parameters)
             if (const auto at = profile.parameters.find(parameter.name); at != profile.parameters.end())
-                line += std::string(" ") + parameter.name + " " + text_of(at->second);
+                line += std::string(" ") + parameter.name + " " + in_mm(at->second);
         text += line + "  " + profile.standard + "\n";
     }
     if (text.empty())

@@ -230,6 +230,7 @@ class Forms(unittest.TestCase):
         self.assertEqual(json.loads(run("schema").stdout)["title"], "Cross-section of a beam")
         self.assertIn("--tw", run("shapes", "i").stdout)
         self.assertEqual(run("profiles", "heb20").stdout[:7], "HEB 200")
+        self.assertIn(" h 355.6 b 368.3 ", run("profiles", "w14x90").stdout)  # of 14 and 14.5 inches
 
     def test_results_into_a_file(self):
         with tempfile.TemporaryDirectory() as folder:
