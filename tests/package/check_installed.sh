@@ -13,12 +13,9 @@ cd /tmp
 echo "as a command"
 velquor calc "IPE 300" --units cm | grep -q '^  A  *53.81202 ' || fail "another area"
 velquor draw "IPE 300" -o ipe300.svg && velquor report "IPE 300" --load "My=10kNm" -o ipe300.pdf
-velquor batch /usr/share/doc/velquor/examples/sections/many.jsonl -o many.sqlite --quiet
-man --warnings velquor 2>&1 >man.txt | { ! grep .; } || fail "the man page"
-grep -q "velquor calc" man.txt || fail "no man page"
-bash -c '. /usr/share/bash-completion/bash_completion; . /usr/share/bash-completion/completions/velquor
-    COMP_WORDS=(velquor cal) COMP_CWORD=1 COMP_LINE="velquor cal" COMP_POINT=11
-    $(complete -p velquor | sed -E "s/.*-F ([^ ]+).*/\1/"); [ "${COMPREPLY[*]% }" = calc ]' || fail "completion"
+velquor batch /usr/share/doc/velquor/examples/sections/many.jsonl -o many.sqlite --quiet || [ $? = 1 ]  # one of its lines is wrong on purpose
+man velquor >man.txt
+bash /root/check_manual.sh /usr
 echo "from Python"
 python3 -c 'import velquor; print(velquor.section("IPE 300").It)' | grep -q '^1975' || fail "another It"
 python3 -c 'from velquor import core
@@ -34,7 +31,7 @@ printf '%s\n' 'cmake_minimum_required(VERSION 3.25)' 'project(host CXX)' 'find_p
 cmake -B build >/dev/null && cmake --build build >/dev/null && build/host
 [ -e /usr/share/doc/libvelquor-doc/html/index.html ] || fail "no pages"
 dpkg --purge $(dpkg-query -W -f='${Package}\n' | grep velquor) >/dev/null
-left=$(find / -xdev -iname '*velquor*' -not -path '/tmp/*' -not -path '/proc/*' -not -path '/sys/*')
+left=$(find / -xdev -iname '*velquor*' -not -path '/tmp/*' -not -path '/var/cache/man/*' -not -path '/proc/*' -not -path '/sys/*')
 [ -z "$left" ] || fail "left behind: $left"
 echo "nothing left behind"
 USE
@@ -42,5 +39,5 @@ include=man-db,bash-completion,g++,cmake,make,pkg-config,libgmsh-dev,libdxflib-d
 for package in "$packages"/*.deb; do include+=,$package; done
 mmdebstrap --quiet --variant=apt --format=null --include="$include" --dpkgopt=path-include=/usr/share/doc/* \
     --hook-dir=/usr/share/mmdebstrap/hooks/file-mirror-automount \
-    --customize-hook="copy-in $use /root" --customize-hook="chroot \"\$1\" sh /root/$(basename "$use")" \
+    --customize-hook="copy-in $use $(dirname "$0")/check_manual.sh /root" --customize-hook="chroot \"\$1\" sh /root/$(basename "$use")" \
     bookworm /dev/null
