@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes a wheel of a built tree, installs it into a virtual environment, and calculates there with nothing set; then does
-# without the command, as where the kit's packages were missing.
+# Makes a source archive that can be configured, and of it and a built tree a wheel; installs it into a virtual environment,
+# and calculates there with nothing set; then does without the command, as where the kit's packages were missing.
 #   check_wheel.sh <python> <build folder> <version> <1: with the command, 0: without>
 set -euo pipefail
 python=$1 build=$2 version=$3 command=$4
@@ -11,10 +11,13 @@ fail() { echo "$1" >&2 && exit 1; }
 expect() { [ "$2" = "$3" ] || fail "$1: $2, expected: $3"; }
 unset VELQUOR_COMMAND VELQUOR_LIBRARY LD_LIBRARY_PATH PYTHONPATH
 
-VELQUOR_BUILD=$build "$python" -m build --wheel --no-isolation --outdir "$scratch" . >"$scratch/log" 2>&1 ||
+VELQUOR_BUILD=$build "$python" -m build --no-isolation --outdir "$scratch" . >"$scratch/log" 2>&1 ||
     fail "$(tail -n 30 "$scratch/log")"
 wheel=$(echo "$scratch"/*.whl)
 expect "the wheel" "$(basename "$wheel")" "velquor-$version-py3-none-linux_$(uname -m).whl"
+tar -C "$scratch" -xf "$scratch/velquor-$version.tar.gz"
+cmake -S "$scratch/velquor-$version" -B "$scratch/configured" -DVQ_BUILD_TESTS=OFF >"$scratch/log" 2>&1 ||
+    fail "$(tail -n 30 "$scratch/log")"
 "$python" -m venv --system-site-packages "$scratch/environment"
 inside=$scratch/environment/bin
 "$inside/pip" install --quiet --no-index "$wheel"

@@ -7,7 +7,8 @@ from typing import Optional
 
 HERE = Path(__file__).resolve().parent
 IN_WHEEL = (HERE / "lib").is_dir()
-PREFIX = HERE if IN_WHEEL else Path(os.path.normpath(HERE / "../../../.."))  # of share/velquor/python/velquor and lib/python3/dist-packages/velquor
+INSTALLED = HERE.parts[-4:-1] == ("share", "velquor", "python") or HERE.parts[-4:-1] == ("lib", "python3", "dist-packages")
+PREFIX = HERE if IN_WHEEL else HERE.parents[3] if INSTALLED else None  # None: in the sources
 
 
 def find_command(command: Optional[str] = None) -> str:
@@ -16,8 +17,8 @@ def find_command(command: Optional[str] = None) -> str:
     folders = os.get_exec_path()
     if IN_WHEEL:  # its own script velquor is no command
         folders = [folder for folder in folders if Path(folder).resolve() != Path(sys.prefix, "bin").resolve()]
-    found = shutil.which(wanted) if wanted else (shutil.which(str(PREFIX / "bin/velquor")) or
-                                                 shutil.which("velquor", path=os.pathsep.join(folders)))
+    beside = PREFIX and shutil.which(str(PREFIX / "bin/velquor"))
+    found = shutil.which(wanted) if wanted else beside or shutil.which("velquor", path=os.pathsep.join(folders))
     if not found:
         missing = f"no command {wanted or 'velquor'}"
         if IN_WHEEL and not wanted:
@@ -29,7 +30,7 @@ def find_command(command: Optional[str] = None) -> str:
 
 def find_library() -> str:
     """Of libvelquor: its path where it is installed with this package, else the name by which the system's loader has it."""
-    for folder in ("lib", "lib64"):
+    for folder in ("lib", "lib64") if PREFIX else ():
         if (library := PREFIX / folder / "libvelquor.so.1").exists():
             return str(library)
     return "libvelquor.so.1"
