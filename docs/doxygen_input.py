@@ -1,5 +1,5 @@
 """What doxygen reads in place of a file. Plain comments of a header become documentation, their tables stay as they are
-laid out. Headings of a page get the names by which links reach them elsewhere, with the page's name in front;
+laid out. Pages and their headings get names, by which links reach them also where the folder's name has a blank;
 formulas get doxygen's marks.
 
     doxygen_input.py <header or page>
@@ -14,7 +14,9 @@ def slug(heading):
 
 
 def page(text, path):
-    name = lambda file: re.sub(r"\W", "_", str(file.resolve().relative_to(Path.cwd())))
+    def name(file):
+        file = file.resolve().relative_to(Path.cwd())
+        return "index" if file == Path("README.md") else re.sub(r"\W", "_", str(file))
 
     seen = {}
 
@@ -24,12 +26,14 @@ def page(text, path):
 
     def link(match):
         file = path.parent / match[1] if match[1] else path
-        return f"](#{name(file)}-{match[2]})"
+        return f"](#{name(file)}{f'-{match[2]}' if match[2] else ''})"
 
     parts = re.split(r"(^```.*?^```$)", text, flags=re.DOTALL | re.MULTILINE)  # code stays as it is
     for k in range(0, len(parts), 2):
+        if name(path) != "index":  # the name that doxygen gives its main page
+            parts[k] = re.sub(r"^# .*$", rf"\g<0> {{#{name(path)}}}", parts[k], flags=re.MULTILINE)
         parts[k] = re.sub(r"^##+ (.*)$", named, parts[k], flags=re.MULTILINE)
-        parts[k] = re.sub(r"\]\(([\w./]*)#([\w-]+)\)", link, parts[k])
+        parts[k] = re.sub(r"\]\((?!\w+:)([\w./]*\.md|)(?:#([\w-]+))?\)", link, parts[k])
         parts[k] = re.sub(r"\$\$(.+?)\$\$", r"@f[\1@f]", parts[k], flags=re.DOTALL)
         parts[k] = re.sub(r"\$([^$\n]+)\$", r"@f$\1@f$", parts[k])
     return "".join(parts)

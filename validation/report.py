@@ -155,9 +155,10 @@ def caption_of_section(s):
     return f"*Outline: {escaped(text)}. Dot: centroid.*"
 
 
-def caption_of_plot(units):
-    return f"*Amount of the difference in % against the size of elements in {unit_of_length(units)}, both by powers of " \
-           "ten; grey: the first and the second power of the size.*"
+def caption_of_plot(section):
+    sizes = [number(level["size"], 3) for level in section["levels"]]
+    return f"*Amount of the difference in % against the size of elements, {sizes[0]} to {sizes[-1]} in " \
+           f"{unit_of_length(section['units'])}, both by powers of ten; grey: the first and the second power of the size.*"
 
 
 def section_part(s):
@@ -188,7 +189,7 @@ def section_part(s):
         lines += [""] + [f"- {escaped(', '.join(names))}: {escaped(note)}" for note, names in notes.items()]
     if any(plotted(s)):
         lines += ["", f"![differences against the element size](drawings/validation_{s['name']}.svg)", "",
-                  caption_of_plot(s["units"])]
+                  caption_of_plot(s)]
     return lines + [""]
 
 
@@ -210,7 +211,7 @@ def study(plot, curves):
             for k, level in enumerate(curves[0][0]["levels"])]
     return [*table(["refinement", *(label for _, _, label in curves)], rows), "",
             f"![differences against the element size](drawings/validation_{plot}.svg)", "",
-            caption_of_plot(curves[0][0]["units"])]
+            caption_of_plot(curves[0][0])]
 
 
 def study_rows(values, parts, studies):

@@ -90,6 +90,7 @@ int material_of(const json& j, const std::string& where, const std::vector<Mater
     return j.contains("material") ? number_of(text(j, "material", where), where, materials) : 1;
 }
 
+// Materials and bars as the kit reads them, which the library's validation must do without.
 Material read_material(const json& j, const std::string& where) {
     check_keys(j, where, {"name", "E"}, {"G", "nu", "density", "strength"});
     Material material = {text(j, "name", where), {0, 0, 0, 1, 1, 1, 1, 1, 0, 0}};

@@ -18,8 +18,10 @@ end
 
 function Link(link)
   if link.target:match("^%a+://") then return link end
-  link.target = made(link.target)
-  return link.target and link or link.content
+  local target = made(link.target)
+  if not target then return link.content end
+  link.target = target
+  return link
 end
 
 function Header(header)

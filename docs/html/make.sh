@@ -6,7 +6,7 @@ output=$(realpath -m "$1")
 cd "$(dirname "$0")/../.."
 rm -rf "$output"
 mkdir -p "$output"
-pages=(README.md CHANGELOG.md CONTRIBUTING.md bindings/README.md docs/*.md)
+pages=(README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md bindings/README.md docs/*.md)
 export PAGES="${pages[*]}"
 for page in "${pages[@]}"; do
     made=$output/${page%.md}.html

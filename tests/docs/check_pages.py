@@ -1,4 +1,4 @@
-"""The pages quote what they say they quote, code and output; links lead somewhere, and to each page.
+"""The pages quote what they say they quote, code and output; links lead somewhere, and to each page; what they name is there.
 
     check_pages.py <project folder> <folder of the example programs> [<folder of the command velquor>]
 
@@ -149,10 +149,30 @@ for page in pages:
         if anchor and file.suffix == ".md" and file.exists():
             expect(anchor in anchors(file), f"{page.name}: no heading for {target}")
 
-# A picture has a line below that tells what it shows, with dimensions and units.
+# A picture has a caption below that tells what it shows, with dimensions and units.
+UNITS = r"(?<![a-z])(?:mm|cm|m|ft|k?N|kips?|bytes|nodes|elements)(?![a-z])|[°%]|any unit"
 for page in pages:
-    for picture, below in re.findall(r"^(!\[[^\]]*\]\(.*\)|<img .*>)\n+(.*)", page.read_text(), re.MULTILINE):
-        expect(re.match(r"\*\w", below), f"{page.name}: no caption below {picture}")
+    for picture, below in re.findall(r"^(!\[[^\]]*\]\(.*\)|<img .*>)\n+((?:.+\n?)*)", page.read_text(), re.MULTILINE):
+        told = re.search(r"\d", below) and re.search(UNITS, below) or "no scale" in below.lower()
+        expect(re.match(r"\*\w", below) and told, f"{page.name}: no caption with dimensions and units below {picture}")
+
+# Options of CMake and Debian packages of the page about building are those of the build, headers of the kit are there.
+building = (root / "docs/building.md").read_text()
+build = "".join(file.read_text() for file in (root / "CMakeLists.txt", *(root / "cmake").glob("*.cmake")))
+for option in sorted(set(re.findall(r"\bVQ_[A-Z_]+", building))):
+    expect(re.search(rf"(?:option|set)\({option}\b", build), f"building.md: there is no option {option}")
+asked = set(re.findall(r"[a-z0-9][\w.+-]+", "".join((root / file).read_text() for file in ("debian/control", "run"))))
+needed = "".join(re.findall(r"^\| [^|]* \| (.*) \|$", building.partition("## Building")[0], re.MULTILINE))
+words = [word for code in re.findall(r"`([^`]+)`", needed.replace("`-G Ninja`", "")) for word in code.split()]
+named = {*words, *re.findall(r"`((?:lib|python3-)[a-z0-9-]+|[a-z0-9-]+-dev)`", building)} - {"debian/control"}
+for name in sorted(named):
+    expect(name in asked, f"building.md: nothing asks for the package {name}")
+expect(len(named) > 20, f"building.md: packages {named}")
+headers = re.findall(r"^\| (`kit/.*?) \|", (root / "docs/kit.md").read_text(), re.MULTILINE)
+for header in (Path(name) for row in headers for name in re.findall(r"`([\w./]+\.h)`", row)):
+    folder = header.parent if len(header.parts) > 1 else folder  # those that follow in a row are beside the first
+    expect((root / folder / header.name).exists(), f"kit.md: there is no {folder / header.name}")
+expect(len(headers) > 15, "kit.md: no table of headers")
 
 # Every page and every picture is linked to from another page.
 pictures = [file for folder in ("docs", "docs/drawings", "docs/pictures") for ending in ("svg", "png", "jpg")

@@ -5,6 +5,7 @@
 Pages are held against the schemas, the two headers of the library and, where the command is given, its help and its own
 schemas, which list every value.
 """
+import fnmatch
 import json
 import re
 import sqlite3
@@ -65,6 +66,22 @@ if tool:
     for key, meaning, slots in listed:
         words = values.get(key, {"description": ""})["description"]
         expect(words.endswith(f": {meaning} [{slots}]" if slots else f": {meaning}"), f"results.md: {key} is {words}")
+
+
+# Tests by which promises are held are there.
+tests = set()
+for file in sorted((root / "tests").rglob("*")):
+    if file.suffix == ".cpp":
+        tests |= {".".join(names) for names in re.findall(r"^TEST(?:_F)?\((\w+), (\w+)\)", file.read_text(), re.MULTILINE)}
+    elif file.suffix == ".py":
+        for suite, body in re.findall(r"^class (\w+)\(.*?\):\n(.*?)(?=^\S|\Z)", file.read_text(), re.MULTILINE | re.DOTALL):
+            tests |= {f"{suite}.{name}" for name in re.findall(r"^    def (test_\w+)", body, re.MULTILINE)}
+    elif file.name == "CMakeLists.txt":
+        tests |= set(re.findall(r"(?:add_test\(NAME|add_script_test\() *([A-Z]\w+\.\w+)", file.read_text()))
+held = re.findall(r"`([A-Z]\w*\.[\w*]+)((?:\.\.\.)?)`", page("reliability"))
+expect(len(held) > 20, f"reliability.md: names of tests {held}")
+for name, more in held:
+    expect(fnmatch.filter(tests, name + "*" * bool(more)), f"reliability.md: there is no test {name}{more}")
 
 
 # Every option of the command is in the page about it, under the heading of its subcommand or in the table of those that
