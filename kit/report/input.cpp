@@ -27,6 +27,13 @@ std::string list_of(const std::map<std::string, double>& parameters) {
 }
 
 Table table_of_materials(const Section& s) {
+// Poisson's ratio of a solid that is alike in all directions; where G was given, as of timber, there may be none.
+std::string poisson_text(const Material& m) {
+    constexpr double ROUNDING = 1e-9;
+    const double nu = m.E / (2 * m.G) - 1;
+    return nu < -ROUNDING || nu > 0.5 + ROUNDING ? "–" : text_of(nu < ROUNDING ? 0 : nu, 4);
+}
+
     const std::string stress = raised(s.force + "/" + s.length + "2");
     Table table = {"Materials",
                    {{TEXT, "Material", ""},
@@ -38,7 +45,7 @@ Table table_of_materials(const Section& s) {
                     {NUMBER, "Compressive strength", stress}},
                    {}};
     for (const Material& m : s.materials)
-        table.rows.push_back({{m.name, number(m.E), text_of(m.E / (2 * m.G) - 1, 4), number(m.G), positive(m.density),
+        table.rows.push_back({{m.name, number(m.E), poisson_text(m), number(m.G), positive(m.density),
                                positive(m.tension), positive(m.compression)}});
     return table;
 }
