@@ -38,7 +38,7 @@ const char* const FORCES =
 
 void tell_findings(const Report& report, std::vector<Block>& blocks) {
     blocks.push_back(Heading{1, "Checks and warnings"});
-    Table table = {"Found; places are those of the file, counted from 0",
+    Table table = {"Found; places are those of the file, counted from 0, as in the tables of the input",
                    {{Column::Kind::text, "Place", ""}, {Column::Kind::text, "Warning", ""}},
                    {}};
     for (const Finding& finding : report.findings) {

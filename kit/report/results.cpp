@@ -164,7 +164,7 @@ Table table_of_bar_stresses(const Section& s, const LoadResult& result, double s
     for (std::size_t k = 0; k < s.bars.size(); ++k) {
         const Bar& bar = s.bars[k];
         if (!bar.as_point || point >= result.bars.size()) continue;
-        table.rows.push_back({{std::to_string(k + 1), coordinate(bar.at.y), coordinate(bar.at.z), bar.material,
+        table.rows.push_back({{place_of_bar(s, k), coordinate(bar.at.y), coordinate(bar.at.z), bar.material,
                                short_figures(result.bars[point++])}});
     }
     return table;
