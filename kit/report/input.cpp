@@ -189,12 +189,9 @@ Table table_of_loads(const Section& s) {
 void tell_input(const Report& report, std::vector<Block>& blocks) {
     const Section& s = report.section;
     blocks.push_back(Heading{1, "Drawing"});
-    Figure picture = {"The section with its dimensions and axes, and its coarsest mesh", {}};
-    for (const Shown what : {Shown::outline, Shown::mesh}) {
-        picture.sheet.panels.push_back({});
-        picture.sheet.panels.back().what = what;
-    }
-    blocks.push_back(std::move(picture));
+    std::vector<Panel> panels(2);
+    panels[1].what = Shown::mesh;
+    add_figures(report, "The section with its dimensions and axes, and its coarsest mesh", panels, blocks);
     blocks.push_back(Heading{1, "Input"});
     blocks.push_back(Paragraph{"Lengths are in " + s.length + " and forces in " + s.force + ", as they were given."});
     for (const std::string& note : report.notes) blocks.push_back(Paragraph{note});
