@@ -76,10 +76,10 @@ std::string place_text(const Place& place) {
     return text.empty() ? "as drawn" : text;
 }
 
-// By its place, as warnings name it, and by its name; a group of a mesh has one name for both.
+// By its place, as warnings name it, and by its name; the place tells that of a group of a mesh or a drawing's layer.
 std::string name_of_part(const Section& s, std::size_t k) {
     const Part& part = s.parts[k];
-    return place_of_owner(s, k) + (part.name.empty() || is_mesh(s) ? "" : " " + part.name);
+    return place_of_owner(s, k) + (part.name.empty() || is_mesh(s) || !part.where.empty() ? "" : " " + part.name);
 }
 
 Table table_of_parts(const Section& s) {

@@ -83,10 +83,11 @@ double height_below(const Setting& run, std::size_t block) {
     if (const auto* table = std::get_if<Table>(&next)) return least_height(run, *table);
     if (const auto* picture = std::get_if<Figure>(&next)) return LEAST_SHARE * height_of(run, *picture) + 20;
     const double height = size_of(layout_of(run, std::get<Paragraph>(next))).height;
-    if (height >= SHORT) return 3 * 1.5 * TEXT_SIZE;
-    const bool above_table =
-        block + 1 < run.document.blocks.size() && std::holds_alternative<Table>(run.document.blocks[block + 1]);
-    return height + 5 + (above_table ? height_below(run, block + 1) : 0);
+    constexpr double SOME_LINES = 3 * 1.5 * TEXT_SIZE;
+    if (height > SOME_LINES) return SOME_LINES;
+    const bool more =
+        block + 1 < run.document.blocks.size() && !std::holds_alternative<Heading>(run.document.blocks[block + 1]);
+    return height + 5 + (more ? height_below(run, block + 1) : 0);
 }
 
 // Title, and the block of fields below it, two in a line.
