@@ -94,7 +94,7 @@ void tell_method(const Report& report, std::vector<Block>& blocks) {
 
 void add_figures(const Report& report, const std::string& caption, const std::vector<Panel>& panels,
                  std::vector<Block>& blocks) {
-    constexpr double WIDE = 2.2;
+    constexpr double WIDE = 2.4;  // as in sheets, whose columns are then one
     const Extent y = extent_of(report.analysis.mesh, 0), z = extent_of(report.analysis.mesh, PI / 2);
     const bool apart = y.high - y.low > WIDE * (z.high - z.low);
     const auto add = [&](std::vector<Panel> of, bool last) {

