@@ -1,7 +1,7 @@
 // Files in and out: drawings and section files that are opened or dropped; documents that are downloaded.
 import {$, download} from "./dom.js";
 import {ask} from "./answers.js";
-import {change, state, save_link} from "./state.js";
+import {change, first_load, state, save_link} from "./state.js";
 import {is_sound} from "./section.js";
 import {read_text} from "./json_text.js";
 import {layers_of} from "./parts_panel.js";
@@ -27,7 +27,7 @@ async function open_file(file, say) {
   if (!is_sound(read)) return say(`${file.name} is no section file: it needs lists of materials and parts`, true);
   const other = read.drawing?.file ?? read.mesh?.file;
   if (other || read.mesh) return say(`${file.name} names another file, ${other ?? "of a mesh"}, which a page cannot read: ${read.mesh ? "velquor calc does" : "drop the drawing itself"}`, true);
-  change({section: read, template: null, dxf: "", part: 0});
+  change({section: read, template: null, dxf: "", part: 0, ...first_load(read)});
   say(`${file.name} opened`);
 }
 

@@ -1,6 +1,6 @@
 // The whole section as a file, two ways: what is typed is drawn, what is drawn is written, and a wrong text stays.
 import {make} from "./dom.js";
-import {change, state} from "./state.js";
+import {change, first_load, state} from "./state.js";
 import {is_sound} from "./section.js";
 import {text_of, read_text, line_of} from "./json_text.js";
 
@@ -34,7 +34,8 @@ export function json_panel(host) {
       tell(0, "");
       mine = read.value;
       if (JSON.stringify(mine) !== JSON.stringify(state.section))
-        change({section: mine, template: null, part: Math.min(state.part, Math.max(0, (mine.parts ?? []).length - 1))}, "json");
+        change({section: mine, template: null, part: Math.min(state.part, Math.max(0, (mine.parts ?? []).length - 1)),
+          ...(!state.section.loads?.length && first_load(mine))}, "json");
     } catch (error) {
       wrong = error;
       tell(error.line ?? 1, error.message);

@@ -156,8 +156,7 @@ function show_answer(kind) {
 }
 function show_fault() {
   $("fault").hidden = !fault;
-  $("picture").classList.toggle("dimmed", Boolean(fault));
-  $("values-box").classList.toggle("dimmed", Boolean(fault));
+  for (const old of ["picture", "values-box", "notes"]) $(old).classList.toggle("dimmed", Boolean(fault));
   if (!fault) return;
   const words = fault.remedy ? `${fault.message}; ${fault.remedy}` : fault.message;
   $("fault").replaceChildren(make("strong", {}, fault.kind === "lost" ? "No answer" : fault.at || "Not calculated"), ` ${words}`);

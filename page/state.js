@@ -42,6 +42,9 @@ export function edit_section(edit, merge = "", more = {template: null}) {
   change({section, ...more}, merge);
 }
 
+// What is to be seen of a section that brings load sets: the first of them, as in the command's pictures.
+export const first_load = (section) => section.loads?.length ? {see: {...state.see, load: "#0"}} : {};
+
 export const see = (next) => change({see: {...state.see, ...next}});
 export const can_undo = () => past.length > 0;
 export const can_redo = () => future.length > 0;

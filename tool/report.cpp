@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "kit/report/report.h"
 #include "kit/section/units.h"
 #include "tool/commands.h"
@@ -15,7 +17,9 @@ int report(const ReportOptions& options) {
         effort.stresses = !section.loads.empty();
         const Analysis analysis = analyse(section, effort);
         Report told = report_on(section, analysis, options.length, options.force);
-        told.input = name_of(options.inputs, 0);
+        const std::string name = name_of(options.inputs, 0);
+        std::error_code none;
+        told.input = std::filesystem::exists(name, none) ? std::filesystem::path(name).filename().string() : name;
         told.project = options.project;
         told.by = options.by;
         told.date = options.date;

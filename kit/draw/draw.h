@@ -29,6 +29,7 @@ struct Panel {
 struct Sheet {
     std::vector<Panel> panels;
     bool dark = false;
+    bool named = true;   // the section's name stands above all panels
     bool plain = false;  // without headings, keys, legends and dimensions: a small picture beside a text
     double width = 0;    // pixels of SVG and PNG, points of PDF; 0: 800 pixels, or 170 mm of a page; 200 of a plain one
 };

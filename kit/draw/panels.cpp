@@ -28,7 +28,10 @@ std::string subtitle_of(const Picture& picture, const Panel& panel) {
         return std::to_string(picture.values.nodes) + " nodes, " + std::to_string(picture.values.elements) +
                " elements; the coarsest of " + std::to_string(picture.values.levels) +
                (picture.values.levels == 1 ? " level" : " levels");
-    if (panel.what == Shown::outline) return "dimensions in " + picture.section.length;
+    if (panel.what == Shown::outline) {
+        const std::string& unit = picture.section.length;
+        return "dimensions in " + (unit == "in" ? "inches" : unit == "ft" ? "feet" : unit);
+    }
     if (panel.what == Shown::warping) return "";
     std::string text;
     for (const LoadKey& c : load_keys()) {

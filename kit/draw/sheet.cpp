@@ -41,13 +41,15 @@ struct Layout {
     double height = 0;
 };
 
+bool has_name(const Picture& p) { return p.sheet.named && !p.sheet.plain && !p.section.name.empty(); }
+
 Layout layout_of(const Picture& p, double width) {
     const std::size_t columns = columns_of(p);
     const bool plain = p.sheet.plain;
     const double edge = plain ? 4 : EDGE;
     const double wide = (width - 2 * edge - static_cast<double>(columns - 1) * BETWEEN) / static_cast<double>(columns);
     Layout layout;
-    double y = edge + (plain || p.section.name.empty() ? 0 : NAME_ROOM);
+    double y = edge + (has_name(p) ? NAME_ROOM : 0);
     for (std::size_t first = 0; first < p.sheet.panels.size(); first += columns) {
         double highest = 0;
         const std::size_t last = std::min(first + columns, p.sheet.panels.size());
@@ -264,7 +266,7 @@ void draw_sheet(const Picture& p, const Pen& pen, double width) {
         cairo_rectangle(pen.cairo, 0, 0, width, layout.height);
         cairo_fill(pen.cairo);
     }
-    if (!p.sheet.plain && !p.section.name.empty()) {
+    if (has_name(p)) {
         const Style name{NAME, true, pen.theme->ink, Anchor::start, false, false};
         write(pen, cut_to(pen, p.section.name, width - 2 * EDGE, name), {EDGE, EDGE + NAME - 3}, name);
     }

@@ -34,7 +34,7 @@ struct Table {
     std::vector<Row> rows;
 };
 
-// A picture of the document's section, as wide as the page.
+// A picture of the document's section, as wide as the page. Without a caption it belongs to the next one.
 struct Figure {
     std::string caption;
     Sheet sheet;
@@ -58,8 +58,9 @@ std::pair<std::string, std::string> letter_and_index(const std::string& symbol);
 std::string html_of(const Document& document);
 
 // A4 upright. Tables break between rows, with their header again on the next page; no heading stands alone at a page's
-// foot. The same document gives the same bytes on a machine with the same fonts. Throws what draw_on throws, and Error
-// where no font is installed.
+// foot, nor with no more than the words above a table. Pictures are a little smaller where a page has room for that.
+// The same document gives the same bytes on a machine with the same fonts. Throws what draw_on throws, and Error where
+// no font is installed.
 std::string pdf_of(const Document& document);
 
 }  // namespace velquor

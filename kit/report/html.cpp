@@ -140,8 +140,9 @@ struct Writer {
     }
 
     void operator()(const Figure& picture) {
-        text += "<figure>" + embedded(draw_svg(*document.section, *document.analysis, picture.sheet)) + "<figcaption>" +
-                in_markup(picture.caption) + "</figcaption></figure>\n";
+        text += "<figure>" + embedded(draw_svg(*document.section, *document.analysis, picture.sheet));
+        if (!picture.caption.empty()) text += "<figcaption>" + in_markup(picture.caption) + "</figcaption>";
+        text += "</figure>\n";
     }
 };
 

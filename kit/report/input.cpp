@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 #include "kit/report/report.h"
 #include "kit/section/geometry.h"
@@ -26,6 +27,13 @@ std::string list_of(const std::map<std::string, double>& parameters) {
     return text;
 }
 
+// Poisson's ratio of a solid that is alike in all directions; where G was given, as of timber, there may be none.
+std::string poisson_text(const Material& m) {
+    constexpr double ROUNDING = 1e-9;
+    const double nu = m.E / (2 * m.G) - 1;
+    return nu < -ROUNDING || nu > 0.5 + ROUNDING ? "–" : text_of(nu < ROUNDING ? 0 : nu, 4);
+}
+
 Table table_of_materials(const Section& s) {
     const std::string stress = raised(s.force + "/" + s.length + "2");
     Table table = {"Materials",
@@ -38,7 +46,7 @@ Table table_of_materials(const Section& s) {
                     {NUMBER, "Compressive strength", stress}},
                    {}};
     for (const Material& m : s.materials)
-        table.rows.push_back({{m.name, number(m.E), text_of(m.E / (2 * m.G) - 1, 4), number(m.G), positive(m.density),
+        table.rows.push_back({{m.name, number(m.E), poisson_text(m), number(m.G), positive(m.density),
                                positive(m.tension), positive(m.compression)}});
     return table;
 }
@@ -48,7 +56,7 @@ std::string drawn_as(const Section& s, std::size_t k) {
     if (is_mesh(s)) {
         const auto elements = std::count(s.mesh.owners.begin(), s.mesh.owners.end(), static_cast<std::int32_t>(k));
         return std::to_string(elements) + (elements == 1 ? " element" : " elements") +
-               (s.mesh.file.empty() ? "" : " of " + s.mesh.file);
+               (s.mesh.file.empty() ? "" : " of " + std::filesystem::path(s.mesh.file).filename().string());
     }
     if (!part.profile.empty()) {
         const Profile profile = profile_of(part.profile, s.length, "");
@@ -68,9 +76,10 @@ std::string place_text(const Place& place) {
     return text.empty() ? "as drawn" : text;
 }
 
+// By its place, as warnings name it, and by its name; the place tells that of a group of a mesh or a drawing's layer.
 std::string name_of_part(const Section& s, std::size_t k) {
     const Part& part = s.parts[k];
-    return std::to_string(k + 1) + (part.name.empty() ? "" : " " + part.name);
+    return place_of_owner(s, k) + (part.name.empty() || is_mesh(s) || !part.where.empty() ? "" : " " + part.name);
 }
 
 Table table_of_parts(const Section& s) {
@@ -97,7 +106,8 @@ bool has_arcs(const Outline& outline) {
     return std::any_of(outline.edges.begin(), outline.edges.end(), [](const Edge& edge) { return edge.arc; });
 }
 
-// The points of an outline: each with the edge that leads to it, or, of a polygon, several in a row.
+// The points of an outline, counted from 0 as in the file: each with the edge that leads to it, or, of a polygon,
+// several in a row.
 constexpr std::size_t ABREAST = 3;
 
 void add_points(const Outline& outline, const std::string& heading, bool abreast, Table& table) {
@@ -107,8 +117,7 @@ void add_points(const Outline& outline, const std::string& heading, bool abreast
         const Edge& edge = outline.edges[k];
         if (!abreast || k % ABREAST == 0) table.rows.push_back({});
         std::vector<std::string>& cells = table.rows.back().cells;
-        for (const std::string& text : {std::to_string(k + 1), number(edge.to.y), number(edge.to.z)})
-            cells.push_back(text);
+        for (const std::string& text : {std::to_string(k), number(edge.to.y), number(edge.to.z)}) cells.push_back(text);
         if (abreast) continue;
         const Circle circle = edge.arc ? circle_of(from, edge) : Circle{};
         cells.push_back(!edge.arc ? "line"
@@ -125,10 +134,9 @@ std::vector<std::pair<std::string, const Outline*>> outlines_of(const Section& s
     for (std::size_t k = 0; k < s.parts.size(); ++k) {
         const Part& part = s.parts[k];
         if (!part.profile.empty() || !part.shape.empty() || is_mesh(s)) continue;
-        outlines.emplace_back("Part " + name_of_part(s, k), &part.face.outer);
+        outlines.emplace_back(name_of_part(s, k), &part.face.outer);
         for (std::size_t h = 0; h < part.face.holes.size(); ++h)
-            outlines.emplace_back("Part " + name_of_part(s, k) + ", hole " + std::to_string(h + 1),
-                                  &part.face.holes[h]);
+            outlines.emplace_back(place_of_owner(s, k) + ".holes[" + std::to_string(h) + "]", &part.face.holes[h]);
     }
     return outlines;
 }
@@ -159,7 +167,7 @@ Table table_of_bars(const Section& s) {
                    {}};
     for (std::size_t k = 0; k < s.bars.size(); ++k) {
         const Bar& bar = s.bars[k];
-        table.rows.push_back({{std::to_string(k + 1), number(bar.at.y), number(bar.at.z), number(bar.area),
+        table.rows.push_back({{place_of_bar(s, k), number(bar.at.y), number(bar.at.z), number(bar.area),
                                number(std::sqrt(4 * bar.area / PI)), bar.material, bar.as_point ? "point" : "disc"}});
     }
     return table;
@@ -181,12 +189,9 @@ Table table_of_loads(const Section& s) {
 void tell_input(const Report& report, std::vector<Block>& blocks) {
     const Section& s = report.section;
     blocks.push_back(Heading{1, "Drawing"});
-    Figure picture = {"The section with its dimensions and axes, and its coarsest mesh", {}};
-    for (const Shown what : {Shown::outline, Shown::mesh}) {
-        picture.sheet.panels.push_back({});
-        picture.sheet.panels.back().what = what;
-    }
-    blocks.push_back(std::move(picture));
+    std::vector<Panel> panels(2);
+    panels[1].what = Shown::mesh;
+    add_figures(report, "The section with its dimensions and axes, and its coarsest mesh", panels, blocks);
     blocks.push_back(Heading{1, "Input"});
     blocks.push_back(Paragraph{"Lengths are in " + s.length + " and forces in " + s.force + ", as they were given."});
     for (const std::string& note : report.notes) blocks.push_back(Paragraph{note});

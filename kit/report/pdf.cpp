@@ -9,6 +9,8 @@ namespace pdf {
 namespace {
 
 constexpr double LARGEST_PICTURE = 0.92 * (BOTTOM - TOP);  // room for its caption
+constexpr double LEAST_SHARE = 0.82;                       // of a picture's height, where a page has no room for all
+constexpr double SHORT = (BOTTOM - TOP) / 4;               // of paragraphs that stay in one piece
 
 double height_of(const Setting& run, const Heading& heading) {
     const double size = heading.level == 1 ? 13 : 10.5;
@@ -30,13 +32,18 @@ void set(Setting& run, const Heading& heading) {
     run.y += 4;
 }
 
-void set(Setting& run, const Paragraph& paragraph) {
-    const Layout layout = words(run, printable(paragraph.text), {}, ROOM);
+Layout layout_of(const Setting& run, const Paragraph& paragraph) {
+    Layout layout = words(run, printable(paragraph.text), {}, ROOM);
     pango_layout_set_height(layout.get(), -1);
     pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_NONE);
     pango_layout_set_spacing(layout.get(), static_cast<int>(2.2 * PANGO_SCALE));
+    return layout;
+}
+
+void set(Setting& run, const Paragraph& paragraph) {
+    const Layout layout = layout_of(run, paragraph);
     const double height = size_of(layout).height;
-    if (height < (BOTTOM - TOP) / 4) need(run, height);
+    if (height < SHORT) need(run, height);
     for (int k = 0; k < pango_layout_get_line_count(layout.get()); ++k) {
         PangoLayoutLine* const line = pango_layout_get_line_readonly(layout.get(), k);
         PangoRectangle box;
@@ -56,25 +63,31 @@ double height_of(const Setting& run, const Figure& picture) {
 
 void set(Setting& run, const Figure& picture) {
     const Layout caption = words(run, printable(picture.caption), {SMALL + 0.6, false, 0.3}, ROOM);
-    const double height = height_of(run, picture);
-    need(run, height + size_of(caption).height + 4);
+    const double below = picture.caption.empty() ? 0 : 4 + size_of(caption).height;
+    double height = height_of(run, picture);
+    if (const double left = BOTTOM - run.y - below; left < height && left >= LEAST_SHARE * height) height = left;
+    need(run, height + below);
     if (run.pages > 0)
         draw_on(run.page, {LEFT, run.y, ROOM, height}, *run.document.section, *run.document.analysis, picture.sheet);
-    run.y += height + 4;
-    put(run, caption, LEFT, run.y, 0.3);
-    run.y += size_of(caption).height + GAP;
+    if (below > 0) put(run, caption, LEFT, run.y + height + 4, 0.3);
+    run.y += height + below + GAP;
 }
 
-// What must follow a heading on the same page: headings and paragraphs up to a table's first row, a picture, or text of
-// some lines.
+// What must follow a heading on the same page: headings, and words of some lines, up to a table's first rows, a
+// picture, or the beginning of a long text.
 double height_below(const Setting& run, std::size_t block) {
     if (block >= run.document.blocks.size()) return 0;
     const Block& next = run.document.blocks[block];
     if (const auto* heading = std::get_if<Heading>(&next))
         return height_of(run, *heading) + height_below(run, block + 1);
     if (const auto* table = std::get_if<Table>(&next)) return least_height(run, *table);
-    if (const auto* picture = std::get_if<Figure>(&next)) return height_of(run, *picture) + 20;
-    return 3 * 1.5 * TEXT_SIZE;
+    if (const auto* picture = std::get_if<Figure>(&next)) return LEAST_SHARE * height_of(run, *picture) + 20;
+    const double height = size_of(layout_of(run, std::get<Paragraph>(next))).height;
+    constexpr double SOME_LINES = 3 * 1.5 * TEXT_SIZE;
+    if (height > SOME_LINES) return SOME_LINES;
+    const bool more =
+        block + 1 < run.document.blocks.size() && !std::holds_alternative<Heading>(run.document.blocks[block + 1]);
+    return height + 5 + (more ? height_below(run, block + 1) : 0);
 }
 
 // Title, and the block of fields below it, two in a line.

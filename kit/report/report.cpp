@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "kit/analysis/extent.h"
+#include "kit/section/vectors.h"
 #include "kit/section/words.h"
 #include "kit/show/lines.h"
 #include "kit/show/show.h"
@@ -38,7 +40,7 @@ const char* const FORCES =
 
 void tell_findings(const Report& report, std::vector<Block>& blocks) {
     blocks.push_back(Heading{1, "Checks and warnings"});
-    Table table = {"Found; places are those of the file, counted from 0",
+    Table table = {"Found; places are those of the file, counted from 0, as in the tables of the input",
                    {{Column::Kind::text, "Place", ""}, {Column::Kind::text, "Warning", ""}},
                    {}};
     for (const Finding& finding : report.findings) {
@@ -89,6 +91,20 @@ void tell_method(const Report& report, std::vector<Block>& blocks) {
 }
 
 }  // namespace
+
+void add_figures(const Report& report, const std::string& caption, const std::vector<Panel>& panels,
+                 std::vector<Block>& blocks) {
+    constexpr double WIDE = 2.4;  // as in sheets, whose columns are then one
+    const Extent y = extent_of(report.analysis.mesh, 0), z = extent_of(report.analysis.mesh, PI / 2);
+    const bool apart = y.high - y.low > WIDE * (z.high - z.low);
+    const auto add = [&](std::vector<Panel> of, bool last) {
+        Figure figure = {last ? caption : "", {std::move(of)}};
+        figure.sheet.named = false;
+        blocks.push_back(std::move(figure));
+    };
+    if (!apart && !panels.empty()) return add(panels, true);
+    for (std::size_t k = 0; k < panels.size(); ++k) add({panels[k]}, k + 1 == panels.size());
+}
 
 Report report_on(const Section& section, const Analysis& analysis, const std::string& length,
                  const std::string& force) {

@@ -30,6 +30,11 @@ Report report_on(const Section& section, const Analysis& analysis, const std::st
 // Lives no longer than the section and the analysis.
 Document document_of(const Report& report);
 
+// Pictures of these panels under one caption, without the section's name, which the report has above. Of a wide
+// section, whose panels stand one below the other, each is a figure of its own: pages may break between them.
+void add_figures(const Report& report, const std::string& caption, const std::vector<Panel>& panels,
+                 std::vector<Block>& blocks);
+
 // Chapters, by report.cpp, of input.cpp and of results.cpp.
 void tell_input(const Report& report, std::vector<Block>& blocks);
 void tell_values(const Report& report, std::vector<Block>& blocks);

@@ -164,7 +164,7 @@ Table table_of_bar_stresses(const Section& s, const LoadResult& result, double s
     for (std::size_t k = 0; k < s.bars.size(); ++k) {
         const Bar& bar = s.bars[k];
         if (!bar.as_point || point >= result.bars.size()) continue;
-        table.rows.push_back({{std::to_string(k + 1), coordinate(bar.at.y), coordinate(bar.at.z), bar.material,
+        table.rows.push_back({{place_of_bar(s, k), coordinate(bar.at.y), coordinate(bar.at.z), bar.material,
                                short_figures(result.bars[point++])}});
     }
     return table;
@@ -197,18 +197,19 @@ void tell_stresses(const Report& report, std::vector<Block>& blocks) {
         blocks.push_back(table_of_resultants(report, result));
 
         if (!result.bars.empty()) blocks.push_back(table_of_bar_stresses(report.section, result, size));
-        Figure picture = {"Stresses under " + (load.name.empty() ? std::string("this load set") : load.name), {}};
+        std::vector<Panel> panels;
         const auto add = [&](Shown what) {
-            picture.sheet.panels.push_back({});
-            picture.sheet.panels.back().what = what;
-            picture.sheet.panels.back().load = load;
+            panels.push_back({});
+            panels.back().what = what;
+            panels.back().load = load;
         };
         const bool axial = load.N != 0 || load.My != 0 || load.Mz != 0 || load.B != 0;
         const bool shear = load.Vy != 0 || load.Vz != 0 || load.T != 0 || load.Tw != 0;
         if (axial) add(Shown::axial);
         if (shear) add(Shown::shear);
         if (axial && shear) add(Shown::mises);
-        if (axial || shear) blocks.push_back(std::move(picture));
+        add_figures(report, "Stresses under " + (load.name.empty() ? std::string("this load set") : load.name), panels,
+                    blocks);
     }
 }
 

@@ -154,12 +154,32 @@ walk("the section file, two ways, with messages at their lines", async (page) =>
   near((await values(page)).A, 2);
 });
 
+const drop_on = (page, name, text) => page.evaluate(([n, t]) => {
+  const data = new DataTransfer();
+  data.items.add(new File([t], n));
+  dispatchEvent(new DragEvent("drop", {dataTransfer: data, bubbles: true, cancelable: true}));
+}, [name, text]);
+
+walk("a file's load sets are shown first, its columns scroll and the page does not", async (page) => {
+  const section = JSON.parse(file("examples/sections/t_beam.json"));
+  section.loads = Array.from({length: 8}, (_, k) => ({name: `set ${k}`, My: `${10 * k + 10}kNm`}));
+  await page.check('#fields input[value="mises"]', {force: true});
+  await drop_on(page, "loads.json", JSON.stringify(section));
+  await changed(page);
+  assert.equal(await page.inputValue('[data-name="load-choice"]'), "#0");
+  for (const words of ["Materials and units", "Parts", "Bars", "Section file"]) await page.click(`summary:has-text('${words}')`);
+  for (const column of ["#input", "#output"]) assert.ok(await page.$eval(column, (e) => e.scrollHeight > 1.5 * e.clientHeight), column);
+  assert.equal(await page.evaluate(() => document.documentElement.scrollHeight), 800);
+  // What is refused leaves the old results, all of them pale.
+  assert.ok(await page.isVisible("#notes"));
+  await drop_on(page, "refused.json", '{"materials": [{"name": "a", "E": 1}], "parts": [{"outline": [[0, 0]]}]}');
+  await page.waitForTimeout(30);
+  assert.equal(await rest(page), "wrong");
+  for (const old of ["#notes", "#values", "#accuracy"]) assert.ok(await page.$eval(old, (e) => getComputedStyle(e).opacity < 0.5), old);
+});
+
 walk("a drawing and a section file are dropped", async (page) => {
-  const drop = (name, text) => page.evaluate(([n, t]) => {
-    const data = new DataTransfer();
-    data.items.add(new File([t], n));
-    dispatchEvent(new DragEvent("drop", {dataTransfer: data, bubbles: true, cancelable: true}));
-  }, [name, text]);
+  const drop = (name, text) => drop_on(page, name, text);
   await drop("encased.dxf", file("examples/sections/encased.dxf"));
   await changed(page);
   assert.ok(await page.isVisible("text=Drawing"));

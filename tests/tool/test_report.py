@@ -144,8 +144,9 @@ class Reports(Folder):
         rows = {}
         for number, page in enumerate(pages, 1):
             self.assertRegex(page, rf"{number} / {len(pages)}\s*$")
-            found = re.findall(r"^ *(\d+) +[-\d.]+ +[-\d.]+ +0.7853982 +1 +M +point$", page, re.M)
-            rows.update((int(bar), number) for bar in found)
+            found = re.findall(r"^ *bars\[(\d)\] \((\d+)\w\w of the row\) +[-\d.]+ +[-\d.]+ +0.7853982 +1 +M +point$",
+                               page, re.M)
+            rows.update((70 * int(row) + int(bar), number) for row, bar in found)
             if found:
                 self.assertRegex(page, r"Bar +y +z +Area +Diameter +Material +Taken as")
         self.assertEqual(list(rows), list(range(1, 211)))
@@ -153,10 +154,40 @@ class Reports(Folder):
         words = words_of(file)
         for word in ("A. Smith", "Checks and warnings", "How it was calculated", "second moment, bending about y"):
             self.assertIn(word, words)
-        for page in pages:  # a heading is not the last line above the number of the page
+        self.assert_nothing_ends_with_its_beginning(pages)
+
+    # The last line of a page, above its number, is no heading, nor the sentence between a heading and its table.
+    def assert_nothing_ends_with_its_beginning(self, pages):
+        for page in pages:
             last = [line.strip() for line in page.splitlines() if line.strip()][-2]
-            self.assertNotIn(last, ("Drawing", "Input", "Values", "Stresses", "Checks and warnings",
-                                    "How it was calculated"))
+            self.assertNotRegex(last, r"^((Drawing|Input|Values|Stresses|Checks and warnings|How it was calculated)$|"
+                                      r"Load set |Lengths are|In mm and|Transformed|repeat|My = )")
+
+    def test_pages_of_a_wide_section_break_where_they_may(self):
+        section = {"name": "Composite", "units": {"length": "mm", "force": "kN"},
+                   "materials": [{"name": "C30/37", "E": 33, "nu": 0.2, "strength": {"tension": 3e-3, "compression": 0.03}},
+                                 {"name": "S355", "E": 210, "strength": 0.355},
+                                 {"name": "B500", "E": 200, "strength": 0.5}, {"name": "GL24", "E": 11, "G": 0.69}],
+                   "parts": [{"name": "slab", "material": "C30/37",
+                              "outline": [[-1150, 300], [1150, 300], [1150, 450], [-1150, 450]]},
+                             {"material": "S355", "profile": "IPE 600"}],
+                   "bars": [{"from": [-1090, 415], "to": [1090, 415], "count": 13, "diameter": 12, "material": "B500"}],
+                   "loads": [{"name": "first", "My": -250e3}, {"name": "second", "My": -6e5, "Vz": 320}]}
+        source, file = self.path("wide.json"), self.path("wide.pdf")
+        pathlib.Path(source).write_text(json.dumps(section), encoding="utf-8")
+        run("report", source, "-o", file)
+        pages = words_of(file, "-layout").rstrip("\f").split("\f")
+        self.assertIn("Outline and axes", pages[0])
+        for page in pages[:-1]:  # none is left almost empty, for a picture did not fit
+            self.assertGreater(len([line for line in page.splitlines() if line.strip()]), 15)
+        self.assert_nothing_ends_with_its_beginning(pages)
+        told = "\n".join(pages)
+        self.assertIn("Input: wide.json, in", told)
+        self.assertRegex(told, r"GL24 +11 +– +0.69")
+        run("report", "IPE 300", "--load", "My=-20kNm Vz=30kN", "-o", file)  # whose pictures are set a little smaller
+        self.assertEqual(words_of(file).count("\f"), 4)
+        for place in (r"parts\[0\] slab +C30/37", r"parts\[1\] +S355", r"bars\[0\] \(13th of the row\) +1090"):
+            self.assertRegex(told, place)
 
     def test_refusals(self):
         cases = (
