@@ -6,6 +6,7 @@
 #include "kit/section/geometry.h"
 #include "kit/section/loads.h"
 #include "kit/section/parse.h"
+#include "kit/section/units.h"
 #include "kit/section/vectors.h"
 #include "kit/section/words.h"
 
@@ -195,6 +196,8 @@ Section section_of(const json& value) {
             throw Error("mesh", value.contains("parts") ? "beside parts" : "beside a drawing",
                         "a section is drawn or meshed: leave one out");
         s.mesh = mesh_of(value["mesh"]);
+        size_of(lengths(), s.length, "units.length");  // loads may be in others
+        size_of(forces(), s.force, "units.force");
     }
     if (value.contains("drawing")) s.drawing = drawing_of(value["drawing"]);
     each("parts", [&](const json& v, const std::string& at) { s.parts.push_back(part_of(v, at)); });

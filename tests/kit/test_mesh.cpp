@@ -403,7 +403,15 @@ TEST(Check, FindingsAreToldInTheWordsOfTheSection) {
     const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
         {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + "]}", {}},
         {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + ", " + plate(100, 0) + "]}",
-         {"parts[1]: touches none of the parts before it"}},
+         {"parts[1]: does not touch the others, 40 mm from parts[0]"}},
+        {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0, R"(, "name": "bottom")") + ", " +
+             plate(0, 15, R"(, "name": "web")") + ", " + plate(0, 45, R"(, "name": "top")") + "]}",
+         {"parts[2]: \"top\" does not touch the others, 10 mm from parts[1] \"web\""}},
+        {"{\"materials\": [" + steel + "], \"parts\": [" + plate(250, 0, R"(, "name": "beam")") +
+             R"(, {"shape": "rectangle",
+             "parameters": {"h": 40, "b": 90}, "material": "steel"}],
+             "bars": [{"from": [-30, -10], "to": [30, -10], "count": 3, "diameter": 8}]})",
+         {"parts[0]: \"beam\" does not touch the others, 175 mm from parts[1]"}},
         {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + ", " + plate(60, 20) + "]}",
          {"parts[0]: hangs in a single point, (30, 10)"}},
         {"{\"materials\": [" + steel + R"(, {"name": "x", "E": 1}, {"name": "t", "E": 9}], "parts": [)" + plate(0, 0) +

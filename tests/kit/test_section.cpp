@@ -197,6 +197,8 @@ TEST(File, WrongOnesAreToldTheirPlaceAndWhatWouldBeRight) {
         {with_more("\"bars\": [{\"at\": [0, 0], \"area\": 0}]"), "bars[0].area: 0 is given; it must be above 0"},
         {with_more("\"bars\": [{\"at\": [0, 0], \"area\": 5, \"material\": \"steal\"}]"),
          "bars[0].material: unknown material \"steal\"; did you mean \"steel\"?"},
+        {with_more(R"("units": {"length": "inch"}, "loads": [{"My": "20 kNm"}])"),
+         "units.length: unknown unit \"inch\"; did you mean \"in\"?"},
         {with_more("\"bars\": [{\"at\": [3, 0], \"diameter\": 2}, {\"at\": [0, 0], \"diameter\": 5}]"),
          "bars[1]: overlaps bars[0]; their centres are 3 apart, and must be 3.5"},
         {with_material(R"({"name": "s", "E": 0})"), "materials[0].E: 0 is given; it must be above 0"},
