@@ -5,6 +5,7 @@
 #include <set>
 
 #include "kit/analysis/extent.h"
+#include "kit/analysis/plausible.h"
 #include "kit/analysis/tables.h"
 #include "kit/section/file.h"
 #include "kit/section/words.h"
@@ -13,9 +14,9 @@ namespace velquor {
 
 namespace {
 
-std::string place_of_material(std::size_t i) { return "materials[" + std::to_string(i) + "]"; }
 constexpr std::size_t MOST_MEASURED = 10000;  // elements among which the gaps between pieces are looked for
 
+std::string place_of_material(std::size_t i) { return "materials[" + std::to_string(i) + "]"; }
 
 // What the user may not have meant, though nothing in the tables shows it.
 void look_at_materials(const Section& s, std::vector<Finding>& findings) {
@@ -64,7 +65,6 @@ struct Owners {
 
 std::string text_of_point(const Point& p) { return "(" + text_of(p.y) + ", " + text_of(p.z) + ")"; }
 
-void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& findings) {
 // Told of each piece but the largest, by its first part.
 void look_at_pieces(const Section& s, const Mesh& mesh, std::vector<Finding>& findings) {
     const std::vector<int> pieces = pieces_of(mesh);
@@ -92,6 +92,7 @@ void look_at_pieces(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
     }
 }
 
+void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& findings) {
     const Tables t = tables_of(s, mesh);
     const auto list = [&](vq_finding* into, std::int32_t capacity) {
         return vq_check(t.groups, t.NODES.data(), t.nodes, t.ELEMENTS.data(), t.elements, t.PROPS.data(),
@@ -101,8 +102,8 @@ void look_at_pieces(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
     list(found.data(), static_cast<std::int32_t>(found.size()));
     Owners owners = {s, mesh};
     std::set<std::string> said;  // a part once for each reason
-    for (const vq_finding& f : found) {
     bool told_of_pieces = false;
+    for (const vq_finding& f : found) {
         if (is_of_no_concern(f.REASON)) continue;
         Finding finding = {f.SEVERITY == VQ_ERROR, "", vq_reason(f.REASON), ""};
         if (f.TABLE == VQ_IN_NODES && f.ROW > 0) {
@@ -144,14 +145,15 @@ void look_at_pieces(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
 
 }  // namespace
 
-std::vector<Finding> check(const Section& section, const Mesh& mesh) {
 std::string name_in(const Section& s, std::size_t owner) {
     const bool named = owner < s.parts.size() && !is_mesh(s) && !s.parts[owner].name.empty();
     return named ? " " + in_quotes(s.parts[owner].name) : "";
 }
 
+std::vector<Finding> check(const Section& section, const Mesh& mesh) {
     std::vector<Finding> findings;
     look_at_materials(section, findings);
+    for (const Finding& finding : hardly_meant(section, mesh)) findings.push_back(finding);
     look_at_tables(section, mesh, findings);
     return findings;
 }
