@@ -62,6 +62,13 @@ Outline outline_of(const json& list, const std::string& place) {
                                  : "an arc must end elsewhere than it begins");
         outline.edges.push_back(arc_of(from, to(i), radius, item["turn"] == "left"));
     }
+    // An arc back to the first point takes the place of this, which no edge leads to.
+    const auto same = [](const Point& a, const Point& b) { return a.y == b.y && a.z == b.z; };
+    if (list.size() > 2 && list.front().is_array() && outline.edges.back().arc &&
+        same(outline.edges.back().to, outline.edges.front().to)) {
+        outline.edges.front() = outline.edges.back();
+        outline.edges.pop_back();
+    }
     return outline;
 }
 

@@ -293,6 +293,24 @@ TEST(File, OutlinesCrossNeitherThemselvesNorTheirHoles) {
         {"[0, 0], [9, 0], [4, 0], [4, 9]", "[1]: turns back on edge 2 at (9, 0)" + TOUCH},
         {"[0, 0], [9, 0], [9, 5], [6, 5], [6, 0], [3, 0], [3, 5]", "[1]: runs along edge 5 at (4.5, 0)" + TOUCH},
         // arcs and lines
+// As people draw a stadium. Edges keep their numbers.
+TEST(File, AnArcMayEndAtTheFirstPoint) {
+    const std::string hole = R"([0, 0], [100, 0], {"arc": [100, 50], "radius": 25, "turn": "left"}, [0, 50],
+        {"arc": [0, 0], "through": [-25, 25]})";
+    const auto part = [](const std::string& outline, const std::string& more = "") {
+        return read_section("{\"materials\": [{\"name\": \"s\", \"E\": 1}], \"parts\": [{\"outline\": [" + outline +
+                            "]" + more + "}]}")
+            .parts[0]
+            .face;
+    };
+    EXPECT_NEAR(area_of(part(hole)), 5000 + PI * 625, 1e-9);
+    EXPECT_NEAR(area_of(part("[-50, -50], [150, -50], [150, 100], [-50, 100]", ", \"holes\": [[" + hole + "]]")),
+                25000 - PI * 625, 1e-9);
+    EXPECT_NEAR(area_of(part(R"([0, 0], [2, 0], {"arc": [0, 0], "radius": 1, "turn": "left"})")), PI / 2, 1e-14);
+    EXPECT_EQ(refusal(with_outline(R"([0, 0], [9, 0], [9, 0], [0, 4], {"arc": [0, 0], "through": [-2, 2]})")),
+              "parts[0].outline[2]: the same point as the point before it; leave one of the two out");
+}
+
         {R"([0, 0], [20, 0], [20, 5], {"arc": [0, 5], "through": [10, 0.00001]})", ""},
         {R"([0, 0], [20, 0], [20, 5], {"arc": [0, 5], "through": [10, 0]})", "[1]: touches edge 3 at (10, 0)" + TOUCH},
         {R"([0, 0], [20, 0], [20, 2.5], {"arc": [0, 2.5], "through": [10, -2.5]})",
