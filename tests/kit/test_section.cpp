@@ -168,6 +168,19 @@ TEST(Profiles, AreFoundInTheSectionsUnitWhateverTheirBlanks) {
         EXPECT_EQ(profile.name, name);  // no two are the same without blanks
         EXPECT_GT(area_of(profile.shape, profile.parameters), 0);
     }
+    EXPECT_EQ(profile_of("HE 200 B", "mm", "").name + profile_of("he 1000A", "mm", "").name, "HEB 200HEA 1000");
+    const std::pair<const char*, const char*> meant[] = {{"HE 305 M", "did you mean \"HEM 300\"?"},
+                                                         {"L100x10", "did you mean \"L 100x100x10\"?"},
+                                                         {"L4x1/2", "did you mean \"L4x4x1/2\"?"},
+                                                         {"HP 12x53", ""}};
+    for (const auto& [name, remedy] : meant) {
+        try {
+            profile_of(name, "mm", "");
+            ADD_FAILURE() << name;
+        } catch (const Error& error) {
+            EXPECT_EQ(error.remedy, remedy) << name;
+        }
+    }
     EXPECT_EQ(refusal(with_part(R"("profile": "IPE 3000")")),
               "parts[0].profile: unknown profile \"IPE 3000\"; did you mean \"IPE 300\"?");
 }
@@ -184,6 +197,8 @@ TEST(File, WrongOnesAreToldTheirPlaceAndWhatWouldBeRight) {
         {"[1]", "a list is given; it must be an object in braces"},
         {"{}", "key \"materials\" is missing"},
         {with_more("\"bras\": []"), "unknown key \"bras\"; did you mean \"bars\"?"},
+        {with_more(R"("units": {"length": "inch"}, "loads": [{"My": "20 kNm"}])"),
+         "units.length: unknown unit \"inch\"; did you mean \"in\"?"},
         {with_more("\"units\": {\"length\": \"MM\"}"), "units.length: unknown unit \"MM\"; did you mean \"mm\"?"},
         {with_more("\"units\": {\"force\": \"ton\"}"),
          "units.force: unknown unit \"ton\"; it can be one of \"N\", \"kN\", \"MN\", \"kgf\", \"lbf\", \"kip\""},
@@ -197,8 +212,6 @@ TEST(File, WrongOnesAreToldTheirPlaceAndWhatWouldBeRight) {
         {with_more("\"bars\": [{\"at\": [0, 0], \"area\": 0}]"), "bars[0].area: 0 is given; it must be above 0"},
         {with_more("\"bars\": [{\"at\": [0, 0], \"area\": 5, \"material\": \"steal\"}]"),
          "bars[0].material: unknown material \"steal\"; did you mean \"steel\"?"},
-        {with_more(R"("units": {"length": "inch"}, "loads": [{"My": "20 kNm"}])"),
-         "units.length: unknown unit \"inch\"; did you mean \"in\"?"},
         {with_more("\"bars\": [{\"at\": [3, 0], \"diameter\": 2}, {\"at\": [0, 0], \"diameter\": 5}]"),
          "bars[1]: overlaps bars[0]; their centres are 3 apart, and must be 3.5"},
         {with_material(R"({"name": "s", "E": 0})"), "materials[0].E: 0 is given; it must be above 0"},
@@ -280,19 +293,6 @@ TEST(File, WrongOnesAreToldTheirPlaceAndWhatWouldBeRight) {
     for (const auto& [text, message] : cases) EXPECT_EQ(refusal(text), message) << text;
 }
 
-// Edges count from 0 as they stand in the file, each with the point that it leads to.
-TEST(File, OutlinesCrossNeitherThemselvesNorTheirHoles) {
-    const std::string CROSS = "; outlines must not cross themselves", TOUCH = "; outlines must not touch themselves";
-    const std::string IN = "; holes must lie inside the outline", APART = "; holes must lie apart from one another";
-    const std::vector<std::pair<std::string, std::string>> outlines = {
-        {"[0, 0], [9, 4], [9, 0], [0, 6]", "[1]: crosses edge 3 at (5.4, 2.4)" + CROSS},
-        {"[2, 2], [6, 6], [6, 2], [2, 6]", "[1]: crosses edge 3 at (4, 4)" + CROSS},  // an eight: no area
-        {"[5, 5], [0, 0], [9, 0], [9, 9], [5, 5.00001], [0, 9]", ""},
-        {"[0, 0], [9, 0], [5, 5], [9, 9], [0, 9], [5, 5]", "[0]: touches edge 2 at (5, 5)" + TOUCH},
-        {"[0, 0], [9, 0], [9, 9], [5, 0], [0, 9]", "[1]: touches edge 4 at (5, 0)" + TOUCH},
-        {"[0, 0], [9, 0], [4, 0], [4, 9]", "[1]: turns back on edge 2 at (9, 0)" + TOUCH},
-        {"[0, 0], [9, 0], [9, 5], [6, 5], [6, 0], [3, 0], [3, 5]", "[1]: runs along edge 5 at (4.5, 0)" + TOUCH},
-        // arcs and lines
 // As people draw a stadium. Edges keep their numbers.
 TEST(File, AnArcMayEndAtTheFirstPoint) {
     const std::string hole = R"([0, 0], [100, 0], {"arc": [100, 50], "radius": 25, "turn": "left"}, [0, 50],
@@ -311,6 +311,19 @@ TEST(File, AnArcMayEndAtTheFirstPoint) {
               "parts[0].outline[2]: the same point as the point before it; leave one of the two out");
 }
 
+// Edges count from 0 as they stand in the file, each with the point that it leads to.
+TEST(File, OutlinesCrossNeitherThemselvesNorTheirHoles) {
+    const std::string CROSS = "; outlines must not cross themselves", TOUCH = "; outlines must not touch themselves";
+    const std::string IN = "; holes must lie inside the outline", APART = "; holes must lie apart from one another";
+    const std::vector<std::pair<std::string, std::string>> outlines = {
+        {"[0, 0], [9, 4], [9, 0], [0, 6]", "[1]: crosses edge 3 at (5.4, 2.4)" + CROSS},
+        {"[2, 2], [6, 6], [6, 2], [2, 6]", "[1]: crosses edge 3 at (4, 4)" + CROSS},  // an eight: no area
+        {"[5, 5], [0, 0], [9, 0], [9, 9], [5, 5.00001], [0, 9]", ""},
+        {"[0, 0], [9, 0], [5, 5], [9, 9], [0, 9], [5, 5]", "[0]: touches edge 2 at (5, 5)" + TOUCH},
+        {"[0, 0], [9, 0], [9, 9], [5, 0], [0, 9]", "[1]: touches edge 4 at (5, 0)" + TOUCH},
+        {"[0, 0], [9, 0], [4, 0], [4, 9]", "[1]: turns back on edge 2 at (9, 0)" + TOUCH},
+        {"[0, 0], [9, 0], [9, 5], [6, 5], [6, 0], [3, 0], [3, 5]", "[1]: runs along edge 5 at (4.5, 0)" + TOUCH},
+        // arcs and lines
         {R"([0, 0], [20, 0], [20, 5], {"arc": [0, 5], "through": [10, 0.00001]})", ""},
         {R"([0, 0], [20, 0], [20, 5], {"arc": [0, 5], "through": [10, 0]})", "[1]: touches edge 3 at (10, 0)" + TOUCH},
         {R"([0, 0], [20, 0], [20, 2.5], {"arc": [0, 2.5], "through": [10, -2.5]})",
