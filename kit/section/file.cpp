@@ -196,6 +196,8 @@ Section section_of(const json& value) {
     if (value.contains("units")) {
         s.length = value["units"].value("length", s.length);
         s.force = value["units"].value("force", s.force);
+        size_of(lengths(), s.length, "units.length");  // loads may be in others
+        size_of(forces(), s.force, "units.force");
     }
     each("materials", [&](const json& v, const std::string& at) { s.materials.push_back(material_of(v, at)); });
     if (value.contains("mesh")) {
@@ -203,8 +205,6 @@ Section section_of(const json& value) {
             throw Error("mesh", value.contains("parts") ? "beside parts" : "beside a drawing",
                         "a section is drawn or meshed: leave one out");
         s.mesh = mesh_of(value["mesh"]);
-        size_of(lengths(), s.length, "units.length");  // loads may be in others
-        size_of(forces(), s.force, "units.force");
     }
     if (value.contains("drawing")) s.drawing = drawing_of(value["drawing"]);
     each("parts", [&](const json& v, const std::string& at) { s.parts.push_back(part_of(v, at)); });
@@ -290,6 +290,8 @@ ordered_json text_of(const Part& part) {
 
 Section section_from(const json& value, bool with_parts) {
     try {
+        if (value.is_object() && value.contains("sweep"))
+            throw Error("sweep", "many sections, and not one", "a sweep is for velquor batch");
         check_structure(value, section_pattern());
         Section section = section_of(value);
         for (const auto& [key, file] :

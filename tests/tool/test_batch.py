@@ -244,8 +244,8 @@ class Export(Folder):
         self.assertEqual((rows[4]["Iy"], rows[4]["id"], rows[4]["length"]), ("", "c", "mm"))
 
     def test_what_it_does_not_do(self):
-        self.results = self.folder / "results.csv"
         self.batch(self.lines({"name": "IPE 300"}))
+        self.results = self.results.rename(self.folder / "results.csv")
         for arguments, message in ((["-o", "a.vtu"], "it must be .csv or .jsonl"),
                                    (["-o", "./results.csv"], "is the file of results itself"),
                                    (["-o", "a.csv", "--fine"], "results of a batch have values alone")):

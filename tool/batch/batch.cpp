@@ -247,6 +247,12 @@ void check(const BatchOptions& o) {
         throw Error("--memory", std::to_string(o.memory), "must be from 64 to 16777216 megabytes");
     if (!(o.wait >= 0 && o.wait <= 1e6)) throw Error("--wait", text_of(o.wait), "must be from 0 to 1e6 seconds");
     if (o.output.empty()) throw Error("-o", "has no name", "as in -o results.sqlite");
+    const std::string ending = plain(fs::path(o.output).extension().string());
+    for (const char* const text : {".csv", ".tsv", ".json", ".jsonl", ".txt", ".xlsx"})
+        if (ending == text)
+            throw Error("-o", in_quotes(o.output) + " would be an SQLite file",
+                        "give -o " + fs::path(o.output).replace_extension(".sqlite").string() +
+                            ", of which velquor export makes .csv and .jsonl");
     std::set<std::string> names;
     for (const std::string& name : o.inputs) {
         if (!names.insert(source_name(o.output, name)).second) throw Error(name, "is given twice", "once is enough");
