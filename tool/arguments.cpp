@@ -111,7 +111,8 @@ void add_calc(Arguments& a) {
     command.add_option("--columns", a.columns, "of a table: keys as in A,Iy,Wpl_y")->type_name("KEYS");
     auto* const json = command.add_flag("--json", a.json, "JSON, in the form of velquor schema --result");
     command.add_flag("--csv", a.csv, "comma-separated values, one section a row")->excludes(json);
-    command.add_option("-o,--output", a.calc.output, "file for the results")->type_name("FILE");
+    command.add_option("-o,--output", a.calc.output, "file for the results: .json and .csv tell the form too")
+        ->type_name("FILE");
     command.footer(
         "Parameters of a shape are options too, in mm: velquor shapes NAME lists them.\n\n"
         "Examples: velquor calc \"IPE 300\" section.json --csv -o values.csv\n"
@@ -328,7 +329,9 @@ std::function<int()> command_of(int count, char** arguments) {
         if (a->app.exit(error, help, complaint) == 0) return [text = help.str()] { return tell(text); };
         check_command(a->app, arguments[1]);
         for (const CLI::App* command : a->app.get_subcommands()) check_options(*command);
-        throw Misuse(std::string(error.what()) + "; see velquor --help");
+        const auto commands = a->app.get_subcommands();
+        throw Misuse(std::string(error.what()) + "; see velquor " +
+                     (commands.empty() ? "" : commands.front()->get_name() + " ") + "--help");
     }
     if (a->version) return version;
     const auto asked = a->app.get_subcommands();
@@ -338,6 +341,9 @@ std::function<int()> command_of(int count, char** arguments) {
     for (std::string key; std::getline(columns, key, ',');) a->calc.columns.push_back(key);
     std::istringstream cases(a->cases);
     for (std::string unit; std::getline(cases, unit, ',');) a->fields.cases.push_back(unit);
+    // Where nothing else is said, the ending tells the form.
+    const std::string ending = plain(std::filesystem::path(a->calc.output).extension().string());
+    if (!a->json && !a->csv) a->json = ending == ".json", a->csv = ending == ".csv";
     if (a->json) a->calc.form = CalcOptions::Form::json;
     if (a->csv) a->calc.form = CalcOptions::Form::csv;
     const std::map<std::string, const Inputs*> inputs = {{"calc", &a->calc.inputs},

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "kit/analysis/analysis.h"
+#include "kit/analysis/plausible.h"
 #include "kit/section/file.h"
 #include "kit/section/units.h"
 #include "tool/commands.h"
@@ -44,6 +45,8 @@ int calc(const CalcOptions& options) {
             tell(outcome.input, section.notes);
             check_section(section);
             const Analysis analysis = analyse(section, {tells_stresses && !section.loads.empty()});
+            for (const Finding& f : hardly_meant(section, analysis.mesh))
+                complain(outcome.input, {"warning: " + f.place, f.message, f.remedy, DONE});
             const Values values = values_of(section, analysis);
             outcome.values = in_units(values, options.length.empty() ? values.length : options.length,
                                       options.force.empty() ? values.force : options.force);

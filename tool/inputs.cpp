@@ -77,6 +77,9 @@ Section profile_named(const std::string& name) {
     try {
         return section_of_profile(name);
     } catch (const Error& error) {
+        if (name.find('/') != std::string::npos)
+            throw Error(error.place, "no such file, nor a profile",
+                        error.remedy.empty() ? "velquor profiles lists all" : error.remedy);
         if (!error.remedy.empty()) throw;
         throw Error(error.place, error.fault + ", and no such file",
                     "velquor profiles lists all; names with blanks stand in quotes");
@@ -126,14 +129,10 @@ void take_wishes(const std::map<std::string, std::string>& given_wishes, Wishes&
     wishes.levels = static_cast<int>(levels);
 }
 
-// A name is that of a file, and not of a profile.
+// A name is that of a file, and not of a profile, of which some have a slash too: L8x8x5/8.
 bool is_file(const std::string& name) {
     std::error_code none;
-    const std::vector<std::string>& profiles = profile_names();  // of which some have a slash: L8x8x5/8
-    const bool slash = name.find('/') != std::string::npos &&
-                       std::none_of(profiles.begin(), profiles.end(),
-                                    [&](const std::string& profile) { return plain(profile) == plain(name); });
-    return name == "-" || slash || std::filesystem::path(name).extension() == ".json" || is_mesh_file(name) ||
+    return name == "-" || std::filesystem::path(name).extension() == ".json" || is_mesh_file(name) ||
            is_drawing_file(name) || std::filesystem::exists(name, none);
 }
 

@@ -110,7 +110,8 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stre
     a.strengths = t.strengths;
     if (mesh.has_corners) a.bound[VQ_WT] = std::numeric_limits<double>::infinity();
     without_warping(a);
-    a.pieces = pieces_of(mesh);
+    const std::vector<int> pieces = pieces_of(mesh);
+    a.pieces = 1 + *std::max_element(pieces.begin(), pieces.end());
     measure(a, section.wishes.accuracy);
     if (stresses) a.field = field_of(recovery, t, reach_of_corners(mesh, a.sharp), a.warps);
     return a;

@@ -4,6 +4,8 @@
 #include <map>
 #include <set>
 
+#include "kit/analysis/extent.h"
+#include "kit/analysis/plausible.h"
 #include "kit/analysis/tables.h"
 #include "kit/section/file.h"
 #include "kit/section/words.h"
@@ -11,6 +13,8 @@
 namespace velquor {
 
 namespace {
+
+constexpr std::size_t MOST_MEASURED = 10000;  // elements among which the gaps between pieces are looked for
 
 std::string place_of_material(std::size_t i) { return "materials[" + std::to_string(i) + "]"; }
 
@@ -61,6 +65,33 @@ struct Owners {
 
 std::string text_of_point(const Point& p) { return "(" + text_of(p.y) + ", " + text_of(p.z) + ")"; }
 
+// Told of each piece but the largest, by its first part.
+void look_at_pieces(const Section& s, const Mesh& mesh, std::vector<Finding>& findings) {
+    const std::vector<int> pieces = pieces_of(mesh);
+    const auto count = static_cast<std::size_t>(1 + *std::max_element(pieces.begin(), pieces.end()));
+    Mesh whole = mesh;
+    whole.owners.assign(pieces.begin(), pieces.end());
+    const std::vector<double> areas = areas_of(whole, count);
+    const auto largest = static_cast<std::size_t>(std::max_element(areas.begin(), areas.end()) - areas.begin());
+    std::vector<std::size_t> first(count, s.parts.size() + s.bars.size());
+    for (std::size_t e = 0; e < pieces.size(); ++e)
+        first[pieces[e]] = std::min(first[pieces[e]], static_cast<std::size_t>(mesh.owners[e]));
+    std::set<std::size_t> said;
+    for (std::size_t piece = 0; piece < count; ++piece) {
+        if (piece == largest || !said.insert(first[piece]).second) continue;
+        const std::string name = first[piece] == first[largest] ? " a piece of it" : name_in(s, first[piece]);
+        std::string message = (name + " does not touch the others").substr(1);
+        if (mesh.elements.size() <= MOST_MEASURED) {
+            const Gap gap = gap_around(mesh, pieces, static_cast<int>(piece));
+            const auto next = static_cast<std::size_t>(mesh.owners[gap.there]);
+            message += ", " + text_beside(gap.distance, gap.distance, 3) + " " + s.length + " from " +
+                       place_of_owner(s, next) + name_in(s, next);
+        }
+        findings.push_back(
+            {false, place_of_owner(s, first[piece]), message, "let them touch, or torsion and shear have no meaning"});
+    }
+}
+
 void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& findings) {
     const Tables t = tables_of(s, mesh);
     const auto list = [&](vq_finding* into, std::int32_t capacity) {
@@ -71,6 +102,7 @@ void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
     list(found.data(), static_cast<std::int32_t>(found.size()));
     Owners owners = {s, mesh};
     std::set<std::string> said;  // a part once for each reason
+    bool told_of_pieces = false;
     for (const vq_finding& f : found) {
         if (is_of_no_concern(f.REASON)) continue;
         Finding finding = {f.SEVERITY == VQ_ERROR, "", vq_reason(f.REASON), ""};
@@ -78,8 +110,9 @@ void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
             const Point p = mesh.nodes[std::min<std::size_t>(f.ROW - 1, mesh.nodes.size() - 1)];
             finding.place = owners.node(f.ROW);
             if (f.REASON == VQ_LOOSE_PIECE) {
-                finding.message = "touches none of the parts before it";
-                finding.remedy = "let them touch, or torsion and shear have no meaning";
+                if (!told_of_pieces) look_at_pieces(s, mesh, findings);
+                told_of_pieces = true;
+                continue;
             } else if (f.REASON == VQ_HINGE) {
                 finding.message = "hangs in a single point, " + text_of_point(p);
                 finding.remedy = "a point holds nothing: let parts touch along a line";
@@ -112,9 +145,15 @@ void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
 
 }  // namespace
 
+std::string name_in(const Section& s, std::size_t owner) {
+    const bool named = owner < s.parts.size() && !is_mesh(s) && !s.parts[owner].name.empty();
+    return named ? " " + in_quotes(s.parts[owner].name) : "";
+}
+
 std::vector<Finding> check(const Section& section, const Mesh& mesh) {
     std::vector<Finding> findings;
     look_at_materials(section, findings);
+    for (const Finding& finding : hardly_meant(section, mesh)) findings.push_back(finding);
     look_at_tables(section, mesh, findings);
     return findings;
 }

@@ -13,6 +13,9 @@ struct Finding {
     std::string place, message, remedy;
 };
 
+// The quoted name of a part with a blank before it, for messages; empty where it has none, or its place tells it.
+std::string name_in(const Section& section, std::size_t owner);
+
 // Looks at a section as it was read: checks and meshes it, and looks at the tables of the call. Ends at the first
 // error, which is then the last of the findings.
 std::vector<Finding> check(const Section& section);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <numeric>
 
@@ -124,22 +125,48 @@ Extent extent_of(const Mesh& mesh, double angle) {
     return extent;
 }
 
-int pieces_of(const Mesh& mesh) {
+std::vector<int> pieces_of(const Mesh& mesh) {
     std::vector<std::int32_t> root(mesh.nodes.size() + 1);
     std::iota(root.begin(), root.end(), 0);
     const auto find = [&](std::int32_t n) {
         while (root[n] != n) n = root[n] = root[root[n]];
         return n;
     };
-    int pieces = 0;
-    std::vector<bool> seen(root.size());
     for (const auto& element : mesh.elements) each_edge(element, [&](auto a, auto b) { root[find(a)] = find(b); });
+    std::vector<int> number(root.size(), -1), pieces;
+    int count = 0;
     for (const auto& element : mesh.elements) {
-        const std::int32_t r = find(element[0]);
-        if (!seen[r]) ++pieces;
-        seen[r] = true;
+        int& piece = number[find(element[0])];
+        if (piece < 0) piece = count++;
+        pieces.push_back(piece);
     }
     return pieces;
+}
+
+Gap gap_around(const Mesh& mesh, const std::vector<int>& pieces, int piece) {
+    struct Side {
+        std::size_t element;
+        Point from, to;
+    };
+    std::vector<Side> own, others;
+    const Ways ways = outline_of(mesh);
+    for (std::size_t e = 0; e < pieces.size(); ++e)
+        each_edge(mesh.elements[e], [&](auto a, auto b) {
+            const auto [begin, end] = ways.equal_range(a);
+            if (std::any_of(begin, end, [&](const auto& way) { return way.second == b; }))
+                (pieces[e] == piece ? own : others).push_back({e, node_of(mesh, a), node_of(mesh, b)});
+        });
+    const auto from_side = [](const Point& p, const Side& side) {
+        const Point along = side.to - side.from;
+        const double share = dot(p - side.from, along) / dot(along, along);
+        return apart(p, side.from + std::clamp(share, 0.0, 1.0) * along);
+    };
+    Gap gap = {std::numeric_limits<double>::infinity(), 0, 0};
+    for (const Side& a : own)
+        for (const Side& b : others)
+            if (const double d = std::min(from_side(a.from, b), from_side(b.from, a)); d < gap.distance)
+                gap = {d, a.element, b.element};
+    return gap;
 }
 
 }  // namespace velquor

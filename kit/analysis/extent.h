@@ -21,7 +21,14 @@ struct Extent {
 };
 Extent extent_of(const Mesh& mesh, double angle);
 
-// Pieces that share no edge and no node with each other.
-int pieces_of(const Mesh& mesh);
+// The piece that each element belongs to, counted from 0: pieces share no edge and no node with each other.
+std::vector<int> pieces_of(const Mesh& mesh);
+
+// The least distance of a piece from the others. Arcs count as the chords of their edges.
+struct Gap {
+    double distance = 0;
+    std::size_t here = 0, there = 0;  // elements of the piece and of another one
+};
+Gap gap_around(const Mesh& mesh, const std::vector<int>& pieces, int piece);
 
 }  // namespace velquor

@@ -69,6 +69,22 @@ Entry entry_of(const Quantity& q, const Measured& s) {
     return {&q, value, "", true};
 }
 
+std::string limit_of(const Section& section, const Analysis& a) {
+    if (a.met || a.levels < 2) return "";
+    const std::string next = std::to_string(a.levels + 1), most = std::to_string(Effort().most_nodes);
+    const bool drawn = !is_mesh(section);
+    std::string limit, remedy = "; smaller elements may help: --size tells theirs";
+    if (a.levels >= VQ_MAXLEVELS) {
+        limit = std::to_string(a.levels) + " levels are the most";
+    } else if (static_cast<std::int64_t>(a.mesh.nodes.size()) << (2 * a.levels) > Effort().most_nodes) {
+        limit = "level " + next + " would have more than " + most + " nodes";
+        remedy = ", and is taken with --levels " + next;
+    } else {
+        limit = "level " + next + " was not solved";
+    }
+    return drawn ? limit + remedy : limit;
+}
+
 double power(double base, int exponent) {
     double result = 1;
     for (int k = std::abs(exponent); k > 0; --k) result *= base;
@@ -123,6 +139,7 @@ Values values_of(const Section& section, const Analysis& analysis) {
     values.reached = analysis.levels > 1 ? analysis.reached : std::nan("");
     values.worst = slots()[static_cast<std::size_t>(analysis.worst)].name;
     values.met = analysis.levels > 1 && analysis.met;
+    values.limit = limit_of(section, analysis);
     values.notes = section.notes;
     return values;
 }

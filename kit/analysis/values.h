@@ -72,6 +72,7 @@ struct Values {
     double wished = 0, reached = 0;  // bounds relative to natural sizes; not a number: none is known
     std::string worst;               // the slot of the largest bound
     bool met = false;
+    std::string limit;               // what keeps the bounds above the wished one, and what helps; empty: they are met
     std::vector<std::string> notes;  // as Section::notes
 
     const Entry& operator[](const std::string& key) const;  // throws std::out_of_range

@@ -6,6 +6,7 @@
 #include "kit/section/geometry.h"
 #include "kit/section/loads.h"
 #include "kit/section/parse.h"
+#include "kit/section/units.h"
 #include "kit/section/vectors.h"
 #include "kit/section/words.h"
 
@@ -60,6 +61,13 @@ Outline outline_of(const json& list, const std::string& place) {
                         half > 0 ? "must be at least half of the distance = " + text_of(half)
                                  : "an arc must end elsewhere than it begins");
         outline.edges.push_back(arc_of(from, to(i), radius, item["turn"] == "left"));
+    }
+    // An arc back to the first point takes the place of this, which no edge leads to.
+    const auto same = [](const Point& a, const Point& b) { return a.y == b.y && a.z == b.z; };
+    if (list.size() > 2 && list.front().is_array() && outline.edges.back().arc &&
+        same(outline.edges.back().to, outline.edges.front().to)) {
+        outline.edges.front() = outline.edges.back();
+        outline.edges.pop_back();
     }
     return outline;
 }
@@ -188,6 +196,8 @@ Section section_of(const json& value) {
     if (value.contains("units")) {
         s.length = value["units"].value("length", s.length);
         s.force = value["units"].value("force", s.force);
+        size_of(lengths(), s.length, "units.length");  // loads may be in others
+        size_of(forces(), s.force, "units.force");
     }
     each("materials", [&](const json& v, const std::string& at) { s.materials.push_back(material_of(v, at)); });
     if (value.contains("mesh")) {
@@ -280,6 +290,8 @@ ordered_json text_of(const Part& part) {
 
 Section section_from(const json& value, bool with_parts) {
     try {
+        if (value.is_object() && value.contains("sweep"))
+            throw Error("sweep", "many sections, and not one", "a sweep is for velquor batch");
         check_structure(value, section_pattern());
         Section section = section_of(value);
         for (const auto& [key, file] :

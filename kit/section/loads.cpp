@@ -13,16 +13,20 @@ namespace {
 
 constexpr double LARGEST = 1e30;
 
-// The unit's size over the section's own of the same kind.
+// The unit's size over the section's own of the same kind: "kN m", "kN*m", "kN-m" and "kNm" are one, and so is "m-kN".
 double unit_size(std::string unit, const LoadKey& key, const Section& section, const std::string& place) {
     std::string plain;
+    bool parted = false;
     for (std::size_t i = 0; i < unit.size(); ++i) {
         if (unit.compare(i, 2, "²") == 0) {
             plain += '2';
             ++i;
         } else if (unit.compare(i, 2, "·") == 0) {
+            parted = true;
             ++i;
-        } else if (unit[i] != ' ' && unit[i] != '*') {
+        } else if (unit[i] == ' ' || unit[i] == '*' || unit[i] == '-') {
+            parted = true;
+        } else {
             plain += unit[i];
         }
     }
@@ -31,13 +35,14 @@ double unit_size(std::string unit, const LoadKey& key, const Section& section, c
     for (const Unit& force : forces()) {
         const std::string name = force.name;
         if (key.length == 0 && plain == name) return force.size / own_force;
-        for (const Unit& length : lengths())
-            if (key.length > 0 && plain == name + length.name + (key.length == 2 ? "2" : ""))
+        for (const Unit& length : lengths()) {
+            const std::string raised = std::string(length.name) + (key.length == 2 ? "2" : "");
+            if (key.length > 0 && (plain == name + raised || (parted && plain == raised + name)))
                 return force.size / own_force * std::pow(length.size / own_length, key.length);
+        }
     }
-    const char* const examples[] = {"\"kN\"", "\"kNm\"", "\"kNm2\""};
     throw Error(place, "unknown unit " + in_quotes(unit) + " of " + key.name,
-                std::string("as in ") + examples[key.length]);
+                "as in " + in_quotes(load_unit(key, section.length, section.force)));
 }
 
 bool is_gap(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == ','; }

@@ -1,5 +1,6 @@
 #include "kit/section/profiles.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <unordered_map>
 
@@ -54,14 +55,44 @@ const Tables& tables() {
     return all;
 }
 
+bool is_letter(char c) { return c >= 'a' && c <= 'z'; }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+// Another spelling of a plain name: "he200b" is HEB 200.
+std::string usual_spelling(const std::string& name) {
+    const bool is_he = name.size() > 3 && name.compare(0, 2, "he") == 0 &&
+                       std::all_of(name.begin() + 2, name.end() - 1, is_digit) &&
+                       std::string("abm").find(name.back()) != std::string::npos;
+    return is_he ? "he" + name.substr(name.size() - 1) + name.substr(2, name.size() - 3) : name;
+}
+
+// Of names that share a letter of their family with the wanted one, for no HP is a W. An equal angle may have one leg.
+std::string meant(const std::string& name) {
+    const std::string wanted = usual_spelling(plain(name));
+    const std::size_t cross = wanted.find('x');
+    if (wanted[0] == 'l' && cross != std::string::npos) {
+        const auto angle = tables().rows.find(wanted.substr(0, cross) + "x" + wanted.substr(1));
+        if (angle != tables().rows.end()) return "did you mean " + in_quotes(angle->second.name) + "?";
+    }
+    std::vector<std::string> near;
+    for (const std::string& known : tables().names) {
+        const std::string family = plain(known);
+        const auto of_family = [&](char c) {
+            return family.substr(0, family.find_first_of("0123456789")).find(c) != std::string::npos;
+        };
+        const auto end = std::find_if_not(wanted.begin(), wanted.end(), is_letter);
+        if (wanted.begin() == end || std::any_of(wanted.begin(), end, of_family)) near.push_back(known);
+    }
+    return near.empty() ? "" : did_you_mean(wanted, near);
+}
+
 }  // namespace
 
 const std::vector<std::string>& profile_names() { return tables().names; }
 
 Profile profile_of(const std::string& name, const std::string& length, const std::string& place) {
-    const auto found = tables().rows.find(plain(name));
-    if (found == tables().rows.end())
-        throw Error(place, "unknown profile " + in_quotes(name), did_you_mean(name, profile_names()));
+    const auto found = tables().rows.find(usual_spelling(plain(name)));
+    if (found == tables().rows.end()) throw Error(place, "unknown profile " + in_quotes(name), meant(name));
     const Row& row = found->second;
     const Family& family = *row.family;
     Profile profile = {row.name, family.name, family.standard, family.unit, family.shape, {}};

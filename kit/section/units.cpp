@@ -1,5 +1,7 @@
 #include "kit/section/units.h"
 
+#include <algorithm>
+
 #include "kit/section/section.h"
 #include "kit/section/words.h"
 
@@ -18,12 +20,27 @@ const std::vector<Unit>& forces() {
     return units;
 }
 
+namespace {
+
+// As people write them out; each is told its sign.
+struct Word {
+    const char *word, *sign;
+};
+constexpr Word WORDS[] = {{"inch", "in"}, {"inches", "in"}, {"foot", "ft"},       {"feet", "ft"},
+                          {"metre", "m"}, {"meter", "m"},   {"millimetre", "mm"}, {"millimeter", "mm"},
+                          {"lb", "lbf"},  {"lbs", "lbf"},   {"pound", "lbf"},     {"newton", "N"}};
+
+}  // namespace
+
 double size_of(const std::vector<Unit>& units, const std::string& name, const std::string& place) {
     std::vector<std::string> names;
     for (const Unit& unit : units) {
         if (unit.name == name) return unit.size;
         names.emplace_back(unit.name);
     }
+    for (const Word& word : WORDS)
+        if (plain(name) == word.word && std::count(names.begin(), names.end(), word.sign) > 0)
+            throw Error(place, "unknown unit " + in_quotes(name), "did you mean " + in_quotes(word.sign) + "?");
     throw Error(place, "unknown unit " + in_quotes(name), did_you_mean(name, names));
 }
 

@@ -60,7 +60,10 @@ std::vector<Missing> missing_of(const Values& values) {
 
 std::string accuracy_of(const Values& v) {
     if (!std::isfinite(v.reached)) return "";
-    std::string text = "bounds up to " + bound_text({1, v.reached}) + " (" + v.worst + ")";
+    std::string name = v.worst;  // in the library; the value's own where there is one of it alone
+    for (const Quantity& q : quantities())
+        if (v.worst == q.slots) name = q.symbol;
+    std::string text = "bounds up to " + bound_text({1, v.reached}) + " (" + name + ")";
     if (!v.met) text += ", more than the " + text_of(v.wished) + " that was wished";
     return text;
 }

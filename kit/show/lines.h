@@ -24,7 +24,7 @@ struct Missing {
 };
 std::vector<Missing> missing_of(const Values& values);
 
-// "bounds up to 0.0004 (GJ), more than the 0.0001 that was wished"; empty where no bound is known.
+// "bounds up to 0.0004 (GIt), more than the 0.0001 that was wished"; empty where no bound is known.
 std::string accuracy_of(const Values& values);
 
 // "1.1.0"

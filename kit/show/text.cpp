@@ -50,6 +50,7 @@ std::string heading(const Values& v) {
     std::string text = (v.name.empty() ? "Section" : printable(v.name)) + "\n";
     text += std::to_string(v.nodes) + " nodes, " + std::to_string(v.levels) + (v.levels == 1 ? " level" : " levels");
     if (const std::string accuracy = accuracy_of(v); !accuracy.empty()) text += "; " + accuracy;
+    if (!v.limit.empty()) text += "\n" + v.limit;
     if (v.materials.size() > 1 && !v.reference.empty()) text += "\nmoduli of reference: " + printable(v.reference);
     return text + "\n";
 }

@@ -394,6 +394,44 @@ TEST(Analysis, PlanksAndTheirBars) {
         EXPECT_EQ(t.PROPS[(VQ_GROUP - 1) * mesh.elements.size() + e], mesh.owners[e] == 0 ? 1 : 2);
 }
 
+TEST(Check, FiguresAndPartsThatAreHardlyMeant) {
+    const auto found = [](const std::string& units, const std::string& figures, const std::string& parts) {
+        std::string text;
+        for (const Finding& f : check(read_section(R"({"units": {)" + units + R"(}, "materials": [{"name": "steel", )" +
+                                                   figures + "}], \"parts\": [" + parts + "]}")))
+            text += f.place + ": " + f.message + "; " + f.remedy + "\n";
+        return text;
+    };
+    const std::string plate = R"({"shape": "rectangle", "parameters": {"h": 20, "b": 60}})";
+    EXPECT_EQ(found("", R"("E": 210000, "strength": 235, "density": 7.85e-6)", plate), "");
+    EXPECT_EQ(found(R"("length": "in", "force": "kip")", R"("E": 29000, "strength": 50, "density": 0.1284)", plate),
+              "");
+    EXPECT_EQ(found("", R"("E": 210000, "density": 7850)", plate),
+              "materials[0].density: 7850 kg/mm3 is that of no building material; steel has 7.85e-06 kg/mm3\n");
+    EXPECT_EQ(found(R"("length": "m", "force": "kN")", R"("E": 2.1e11)", plate),
+              "materials[0].E: 2.1e+11 kN/m2 is that of no building material; steel has 2.1e+08 kN/m2\n");
+    EXPECT_EQ(found("", R"("E": 210, "strength": 235)", plate),
+              "materials[0]: E = 210 N/mm2 is less than 10 times the strength of 235 N/mm2; "
+              "steel has E = 2.1e+05 N/mm2\n");
+
+    const std::string tube =
+                          R"({"name": "tube", "shape": "hollow_rectangle", "parameters": {"h": 60, "b": 90, "t": 20}})",
+                      core = R"({"shape": "rectangle", "parameters": {"h": 20, "b": 50}})",
+                      in_wall =
+                          R"({"name": "strip", "shape": "rectangle", "parameters": {"h": 10, "b": 70}, "at": [0, 20]})",
+                      into_hole = R"({"shape": "rectangle", "parameters": {"h": 15, "b": 40}, "at": [0, 15]})";
+    const std::string figures = R"("E": 210000)";
+    EXPECT_EQ(found("", figures, tube + ", " + in_wall),
+              "parts[1]: \"strip\" lies wholly inside parts[0] \"tube\", of the same material: adds nothing; "
+              "move it, or leave it out\n");
+    for (const std::string& other : {core, into_hole}) EXPECT_EQ(found("", figures, tube + ", " + other), "");
+    EXPECT_EQ(found("", figures + R"(}, {"name": "grout", "E": 30000)",
+                    tube.substr(0, tube.size() - 1) + R"(, "material": "steel"}, )" +
+                        into_hole.substr(0, into_hole.size() - 1) + R"(, "material": "grout"}, )" +
+                        in_wall.substr(0, in_wall.size() - 1) + R"(, "material": "steel"})"),
+              "");
+}
+
 TEST(Check, FindingsAreToldInTheWordsOfTheSection) {
     const std::string steel = R"({"name": "steel", "E": 210000, "strength": 235})";
     const auto plate = [](double y, double z, const std::string& more = "") {
@@ -403,7 +441,15 @@ TEST(Check, FindingsAreToldInTheWordsOfTheSection) {
     const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
         {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + "]}", {}},
         {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + ", " + plate(100, 0) + "]}",
-         {"parts[1]: touches none of the parts before it"}},
+         {"parts[1]: does not touch the others, 40 mm from parts[0]"}},
+        {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0, R"(, "name": "bottom")") + ", " +
+             plate(0, 15, R"(, "name": "web")") + ", " + plate(0, 45, R"(, "name": "top")") + "]}",
+         {"parts[2]: \"top\" does not touch the others, 10 mm from parts[1] \"web\""}},
+        {"{\"materials\": [" + steel + "], \"parts\": [" + plate(250, 0, R"(, "name": "beam")") +
+             R"(, {"shape": "rectangle",
+             "parameters": {"h": 40, "b": 90}, "material": "steel"}],
+             "bars": [{"from": [-30, -10], "to": [30, -10], "count": 3, "diameter": 8}]})",
+         {"parts[0]: \"beam\" does not touch the others, 175 mm from parts[1]"}},
         {"{\"materials\": [" + steel + "], \"parts\": [" + plate(0, 0) + ", " + plate(60, 20) + "]}",
          {"parts[0]: hangs in a single point, (30, 10)"}},
         {"{\"materials\": [" + steel + R"(, {"name": "x", "E": 1}, {"name": "t", "E": 9}], "parts": [)" + plate(0, 0) +

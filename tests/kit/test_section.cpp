@@ -168,6 +168,19 @@ TEST(Profiles, AreFoundInTheSectionsUnitWhateverTheirBlanks) {
         EXPECT_EQ(profile.name, name);  // no two are the same without blanks
         EXPECT_GT(area_of(profile.shape, profile.parameters), 0);
     }
+    EXPECT_EQ(profile_of("HE 200 B", "mm", "").name + profile_of("he 1000A", "mm", "").name, "HEB 200HEA 1000");
+    const std::pair<const char*, const char*> meant[] = {{"HE 305 M", "did you mean \"HEM 300\"?"},
+                                                         {"L100x10", "did you mean \"L 100x100x10\"?"},
+                                                         {"L4x1/2", "did you mean \"L4x4x1/2\"?"},
+                                                         {"HP 12x53", ""}};
+    for (const auto& [name, remedy] : meant) {
+        try {
+            profile_of(name, "mm", "");
+            ADD_FAILURE() << name;
+        } catch (const Error& error) {
+            EXPECT_EQ(error.remedy, remedy) << name;
+        }
+    }
     EXPECT_EQ(refusal(with_part(R"("profile": "IPE 3000")")),
               "parts[0].profile: unknown profile \"IPE 3000\"; did you mean \"IPE 300\"?");
 }
@@ -184,6 +197,8 @@ TEST(File, WrongOnesAreToldTheirPlaceAndWhatWouldBeRight) {
         {"[1]", "a list is given; it must be an object in braces"},
         {"{}", "key \"materials\" is missing"},
         {with_more("\"bras\": []"), "unknown key \"bras\"; did you mean \"bars\"?"},
+        {with_more(R"("units": {"length": "inch"}, "loads": [{"My": "20 kNm"}])"),
+         "units.length: unknown unit \"inch\"; did you mean \"in\"?"},
         {with_more("\"units\": {\"length\": \"MM\"}"), "units.length: unknown unit \"MM\"; did you mean \"mm\"?"},
         {with_more("\"units\": {\"force\": \"ton\"}"),
          "units.force: unknown unit \"ton\"; it can be one of \"N\", \"kN\", \"MN\", \"kgf\", \"lbf\", \"kip\""},
@@ -276,6 +291,24 @@ TEST(File, WrongOnesAreToldTheirPlaceAndWhatWouldBeRight) {
          "literal"},
     };
     for (const auto& [text, message] : cases) EXPECT_EQ(refusal(text), message) << text;
+}
+
+// As people draw a stadium. Edges keep their numbers.
+TEST(File, AnArcMayEndAtTheFirstPoint) {
+    const std::string hole = R"([0, 0], [100, 0], {"arc": [100, 50], "radius": 25, "turn": "left"}, [0, 50],
+        {"arc": [0, 0], "through": [-25, 25]})";
+    const auto part = [](const std::string& outline, const std::string& more = "") {
+        return read_section("{\"materials\": [{\"name\": \"s\", \"E\": 1}], \"parts\": [{\"outline\": [" + outline +
+                            "]" + more + "}]}")
+            .parts[0]
+            .face;
+    };
+    EXPECT_NEAR(area_of(part(hole)), 5000 + PI * 625, 1e-9);
+    EXPECT_NEAR(area_of(part("[-50, -50], [150, -50], [150, 100], [-50, 100]", ", \"holes\": [[" + hole + "]]")),
+                25000 - PI * 625, 1e-9);
+    EXPECT_NEAR(area_of(part(R"([0, 0], [2, 0], {"arc": [0, 0], "radius": 1, "turn": "left"})")), PI / 2, 1e-14);
+    EXPECT_EQ(refusal(with_outline(R"([0, 0], [9, 0], [9, 0], [0, 4], {"arc": [0, 0], "through": [-2, 2]})")),
+              "parts[0].outline[2]: the same point as the point before it; leave one of the two out");
 }
 
 // Edges count from 0 as they stand in the file, each with the point that it leads to.

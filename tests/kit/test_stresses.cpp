@@ -293,12 +293,17 @@ TEST(Loads, AreReadWithTheirUnits) {
     EXPECT_NEAR(load.Mz, 150, 1e-9);
     EXPECT_NEAR(load.B, 30000, 1e-8);
     EXPECT_NEAR(load.T, 2 * 4.4482216152605 * 2.54, 1e-9);
+    for (const char* const unit :
+         {"kip-ft", "kip*ft", "kip ft", "kipft", "ft-kip", "ft kip", "kip\u00b7ft", "ft\u00b7kip"})
+        EXPECT_NEAR(load_of(std::string("My=2 ") + unit, s, "").My, 2 * 4.4482216152605 * 30.48, 1e-9) << unit;
+    EXPECT_NEAR(load_of("T=3 kN-m B=3 kN-m2", s, "").B, 30000, 1e-8);
     const std::pair<const char*, const char*> wrong[] = {
         {"", "--load: a load without values; as in \"N=100 My=20kNm\""},
         {"Nx=3",
          "--load: unknown load \"Nx\"; it can be one of \"N\", \"My\", \"Mz\", \"Vy\", \"Vz\", \"T\", \"Tw\", \"B\""},
         {"N=3kNm", "--load: unknown unit \"kNm\" of N; as in \"kN\""},
-        {"My=3 kN", "--load: unknown unit \"kN\" of My; as in \"kNm\""},
+        {"My=3 kN", "--load: unknown unit \"kN\" of My; as in \"kN cm\""},
+        {"My=3 mkN", "--load: unknown unit \"mkN\" of My; as in \"kN cm\""},
         {"N=1,5", "--load: N: \"1,5\" with a comma; decimals follow a point"},
         {"N=+-5", "--load: N: \"+-5\" is not a number; as in 12.5 or 12.5kN"},
         {"N=nan", "--load: N: \"nan\" is not a number; as in 12.5 or 12.5kN"},
@@ -313,7 +318,7 @@ TEST(Loads, AreReadWithTheirUnits) {
         }
     }
     const std::pair<const char*, const char*> files[] = {
-        {R"({"Vz": "3 kNm"})", "loads[1].Vz: unknown unit \"kNm\" of Vz; as in \"kN\""},
+        {R"({"Vz": "3 kNm"})", "loads[1].Vz: unknown unit \"kNm\" of Vz; as in \"N\""},
         {R"({"name": "load 1", "N": 1})", "loads[1].name: \"load 1\" is the name of loads[0]; names must differ"}};
     for (const auto& [second, message] : files) {
         try {

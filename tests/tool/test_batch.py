@@ -145,7 +145,10 @@ class Results(Folder):
         with open(self.folder / "in.jsonl", "ab") as file:
             file.write(b'{"id": 3, "name": "IP')  # as a program leaves it that was killed
         said = self.batch(self.folder / "in.jsonl", status=1)
-        self.assertIn("1 refused, 8 request", said)
+        self.assertIn("without values: 1 refused, 8 not understood\n", said)
+        told = [line.split("in.jsonl:", 1)[1] for line in said.splitlines() if "in.jsonl:" in line]
+        self.assertEqual([line.split(": ")[0] for line in told], ["2", "3", "4"])
+        self.assertIn("2: a list is given; it must be an object in braces", told)
         rows = self.rows("SELECT line, error_kind, error_message FROM sections")
         self.assertEqual([line for line, *_ in rows], list(range(1, 11)))
         self.assertEqual([kind for _, kind, _ in rows], [None] + 5 * ["request"] + ["refused"] + 3 * ["request"])
@@ -241,8 +244,8 @@ class Export(Folder):
         self.assertEqual((rows[4]["Iy"], rows[4]["id"], rows[4]["length"]), ("", "c", "mm"))
 
     def test_what_it_does_not_do(self):
-        self.results = self.folder / "results.csv"
         self.batch(self.lines({"name": "IPE 300"}))
+        self.results = self.results.rename(self.folder / "results.csv")
         for arguments, message in ((["-o", "a.vtu"], "it must be .csv or .jsonl"),
                                    (["-o", "./results.csv"], "is the file of results itself"),
                                    (["-o", "a.csv", "--fine"], "results of a batch have values alone")):
@@ -370,7 +373,7 @@ class Faults(Folder):
 
     def test_too_long_is_an_error_that_is_tried_again(self):
         self.lines({"id": 1, **circle(10, levels=1)}, {"id": 2, **circle(10, levels=6, size=0.06)})
-        self.assertIn("without values: 1 timeout", self.batch("in.jsonl", status=2, options=["--timeout", "1.5"]))
+        self.assertIn("without values: 1 out of time", self.batch("in.jsonl", status=2, options=["--timeout", "1.5"]))
         self.assertIn("0 calculated, 2 there before", self.batch("in.jsonl", status=2))
         self.assertIn("1 calculated, 1 there before",
                       self.batch("in.jsonl", status=2, options=["--retry", "--timeout", "1.5"]))

@@ -15,6 +15,7 @@ import xml.etree.ElementTree
 ROOT = pathlib.Path(__file__).parents[2]
 COMMAND = os.environ["VELQUOR_COMMAND"]
 T_BEAM = str(ROOT / "examples" / "sections" / "t_beam.json")
+SWEEP = str(ROOT / "examples" / "sections" / "sweep.json")
 SQUARE = {"name": "square", "materials": [{"name": "steel", "E": 210000}],
           "parts": [{"outline": [[0, 0], [10, 0], [10, 10], [0, 10]]}]}
 WRONG = {**SQUARE, "parts": [{"shape": "circel", "parameters": {"d": 10}}]}
@@ -56,6 +57,11 @@ class Statuses(unittest.TestCase):
             (["calc", "--shape", "i", "--h", "300"], 1, "velquor: --shape i: "),
             (["calc", "--shape", "circle", "--d", "-5"], 1, "d = -5: must be above 0"),
             (["mesh", "IPE 300", "-o", "/no/folder"], 3, "velquor: /no/folder: cannot be written"),
+            (["calc", SWEEP], 1, "sweep.json: sweep: many sections, and not one; a sweep is for velquor batch"),
+            (["report", "IPE 300"], 1, "velquor: --output is required; see velquor report --help"),
+            (["calc", "HSS 6x4x1/4"], 1, "velquor: HSS 6x4x1/4: no such file, nor a profile; velquor profiles lists all"),
+            (["calc", "L4x1/2"], 1, 'velquor: L4x1/2: no such file, nor a profile; did you mean "L4x4x1/2"?'),
+            (["batch", SWEEP, "-o", "s3.csv"], 1, 'velquor: -o: "s3.csv" would be an SQLite file; give -o s3.sqlite'),
             (["draw", "IPE 300", "-o", "ipe.jpg"], 1, 'velquor: IPE 300: -o: "ipe.jpg" has an unknown ending; it must be .svg'),
             (["draw", "IPE 300", "-o", "ipe"], 1, 'velquor: IPE 300: -o: "ipe" has no ending; it must be .svg'),
             (["draw", "IPE 300", "--field", "shaer"], 1, 'velquor: IPE 300: --field: unknown field "shaer"; did you mean'),
@@ -70,6 +76,22 @@ class Statuses(unittest.TestCase):
                 self.assertIn(message, done.stderr)
                 self.assertEqual(bool(done.stderr), bool(message))
                 self.assertEqual(bool(done.stdout), status == 0)
+
+    def test_endings_tell_the_form_and_bounds_what_limits_them(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for ending, flag in ((".json", "--json"), (".csv", "--csv"), (".txt", "--all")):
+                file = pathlib.Path(folder) / ("values" + ending)
+                run("calc", "IPE 300", "-o", file, *(["--all"] if ending == ".txt" else []))
+                self.assertEqual(file.read_text(encoding="utf-8"), run("calc", "IPE 300", flag).stdout)
+        said = run("calc", "IPE 300", "--accuracy", "1e-6", "--levels", "2").stdout
+        self.assertRegex(said, r"\(GIt\), more than the 1e-06 that was wished\n"
+                               r"level 6 would have more than 300000 nodes, and is taken with --levels 6\n")
+        said = run("calc", "IPE 300", "--accuracy", "1e-8", "--size", "50", "--levels", "6").stdout
+        self.assertIn("\n6 levels are the most; smaller elements may help: --size tells theirs\n", said)
+        square = {**SQUARE, "materials": [{"name": "steel", "E": 210000, "density": 7850}]}
+        done = run("calc", "-", text=json.dumps(square))
+        self.assertIn("velquor: -: warning: materials[0].density: 7850 kg/mm3 is that of no building material", done.stderr)
+        self.assertEqual(done.returncode, 0)
 
     def test_worst_of_several_and_the_others_are_shown(self):
         done = run("calc", "IPE 300", "-", "HEB 200", text=json.dumps(WRONG))

@@ -26,6 +26,7 @@ using nlohmann::json;
 constexpr int STOPPED = 130;
 constexpr std::size_t MOST_PENDING = 1000;  // rows of inputs that are kept together
 constexpr std::size_t MOST_OPEN = 100;      // inputs that are held open
+constexpr std::size_t MOST_TOLD = 3;        // of what is wrong with inputs
 constexpr auto ROUND = std::chrono::milliseconds(200);
 
 volatile std::sig_atomic_t stops = 0;  // signals that asked for the end
@@ -42,6 +43,16 @@ void heed_signals() {
 
 bool may_be_tried_again(const std::string& kind) {
     return kind == "timeout" || kind == "memory" || kind == "crashed" || kind == "internal";
+}
+
+// Kinds of errors, as a sentence has them.
+std::string in_words(const std::string& kind) {
+    return kind == "request"    ? "not understood"
+           : kind == "unsolved" ? "not solved"
+           : kind == "timeout"  ? "out of time"
+           : kind == "memory"   ? "out of memory"
+           : kind == "internal" ? "failed by a fault of ours"
+                                : kind;
 }
 
 int status_of(const std::string& kind) {
@@ -72,6 +83,7 @@ struct Run {
     std::vector<std::pair<std::uint64_t, json>> answers = {};  // that are still to be kept
     std::vector<Item> inputs = {};                             // the same
     std::int64_t source = 0;
+    std::vector<std::int64_t> sources = {};  // of the inputs, as the store numbers them
 };
 
 void take(Run& run, Item item) {
@@ -189,6 +201,7 @@ void read_inputs(Run& run, std::vector<Input>& inputs) {
         }
         const std::string& name = run.options.inputs[i];
         run.source = run.store.source(source_name(run.options.output, name));
+        run.sources.push_back(run.source);
         try {
             while (turn(run, &source)) run.counts.share = (before + source.share() * inputs[i].bytes) / all;
         } catch (const Error& error) {
@@ -212,11 +225,17 @@ void summarise(const Run& run) {
     std::string kinds;
     bool again = false;
     for (const auto& [kind, number] : c.errors) {
-        kinds += (kinds.empty() ? "" : ", ") + count_text(number) + " " + kind;
+        kinds += (kinds.empty() ? "" : ", ") + count_text(number) + " " + in_words(kind);
         again = again || may_be_tried_again(kind);
     }
     if (!kinds.empty())
         say("without values: " + kinds + (again ? "; --retry tries again what failed by time, memory or a crash" : ""));
+    std::size_t told = 0;
+    for (std::size_t i = 0; !kinds.empty() && stops == 0 && i < run.sources.size(); ++i)
+        for (const std::string& fault : run.store.faults(run.sources[i], MOST_TOLD - told)) {
+            say(run.options.inputs[i] + ":" + fault);
+            ++told;
+        }
     if (stops == 0) say("velquor export " + run.options.output + " -o results.csv writes a table");
 }
 
@@ -228,6 +247,12 @@ void check(const BatchOptions& o) {
         throw Error("--memory", std::to_string(o.memory), "must be from 64 to 16777216 megabytes");
     if (!(o.wait >= 0 && o.wait <= 1e6)) throw Error("--wait", text_of(o.wait), "must be from 0 to 1e6 seconds");
     if (o.output.empty()) throw Error("-o", "has no name", "as in -o results.sqlite");
+    const std::string ending = plain(fs::path(o.output).extension().string());
+    for (const char* const text : {".csv", ".tsv", ".json", ".jsonl", ".txt", ".xlsx"})
+        if (ending == text)
+            throw Error("-o", in_quotes(o.output) + " would be an SQLite file",
+                        "give -o " + fs::path(o.output).replace_extension(".sqlite").string() +
+                            ", of which velquor export makes .csv and .jsonl");
     std::set<std::string> names;
     for (const std::string& name : o.inputs) {
         if (!names.insert(source_name(o.output, name)).second) throw Error(name, "is given twice", "once is enough");

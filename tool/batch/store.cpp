@@ -290,6 +290,18 @@ void Store::end_of(std::int64_t source) {
     step(drop_inputs);
 }
 
+std::vector<std::string> Store::faults(std::int64_t source, std::size_t most) {
+    Statement get = prepare(
+        "SELECT i.line, e.at, e.message, e.remedy FROM inputs i JOIN errors e ON e.key = i.key WHERE i.source = ?"
+        " ORDER BY i.line, i.ordinal LIMIT ?");
+    get.bind(1, source);
+    get.bind(2, static_cast<std::uint64_t>(most));
+    std::vector<std::string> faults;
+    while (step(get))
+        faults.push_back(std::to_string(get.whole(0)) + ": " + Error(get.text(1), get.text(2), get.text(3)).what());
+    return faults;
+}
+
 bool Store::put(const ContentKey& key, const json& answer) {
     if (answer.contains("error")) {
         const json& error = answer["error"];

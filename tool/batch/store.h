@@ -5,6 +5,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 #include "tool/batch/key.h"
 #include "tool/batch/source.h"
@@ -72,6 +73,10 @@ public:
     void end_of(std::int64_t source);  // no rows behind the last
     // Of an answer as workers give it. False where it was there already.
     bool put(const ContentKey& key, const nlohmann::json& answer);
+
+    // The errors of the first inputs of a source that have one, in their order: "2: shape: has no parameter "hh"", by
+    // their lines.
+    std::vector<std::string> faults(std::int64_t source, std::size_t most);
 
     Statement prepare(const std::string& text);
     bool step(Statement& statement);  // whether there is a row
