@@ -113,6 +113,8 @@ void look_at_tables(const Section& s, const Mesh& mesh, std::vector<Finding>& fi
 }  // namespace
 
 std::vector<Finding> check(const Section& section, const Mesh& mesh) {
+    check_section(section);
+    check_fits(section, mesh);
     std::vector<Finding> findings;
     look_at_materials(section, findings);
     look_at_tables(section, mesh, findings);
