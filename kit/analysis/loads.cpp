@@ -33,6 +33,7 @@ bool is_coupled(const Section& s) {
 void check_load(const Section& section, const Analysis& a, const Load& load) {
     const std::string place = "load " + in_quotes(load.name);
     check_values(load, place);
+    if (a.field.elements.empty()) throw Error(place, "no stresses were calculated", "ask the analysis for stresses");
     const LoadKey* const warping = any_of(load, {&Load::B, &Load::Tw});
     const LoadKey* const held = any_of(load, {&Load::Vy, &Load::Vz, &Load::T, &Load::B, &Load::Tw});
     if (!a.warps && warping)

@@ -334,7 +334,7 @@ TEST(Records, AreRefusedWithTheirPlace) {
                                       R"(, "wishes": {"levels": 2}, "loads": [{"name": "wind", "My": 1}],
             "bars": [{"at": [0, 1], "area": 0.5, "material": "steel", "as_point": true}])");
     const Mesh mesh = mesh_of(good);
-    const Analysis analysis = analyse(good, {true});
+    const Analysis analysis = analyse(good, {true}), without = analyse(good);
     EXPECT_NO_THROW(values_of(good, analysis));
     EXPECT_NO_THROW(result_of(good, analysis, good.loads[0]));
 
@@ -403,7 +403,9 @@ TEST(Records, AreRefusedWithTheirPlace) {
         {[&] { mesh_of(good, nan); }, "fineness: nan; must be above 0, and at most 1000"},
         {[&] { values_of(good, Analysis()); }, "analysis: nothing was calculated; analyse gives one"},
         {[&] { values_of(good, barless); }, "analysis: is one of another section; analyse this one"},
-        {[&] { result_of(good, analysis, load); }, "load \"wind\".B: nan; must be a number from -1e30 to 1e30"}};
+        {[&] { result_of(good, analysis, load); }, "load \"wind\".B: nan; must be a number from -1e30 to 1e30"},
+        {[&] { result_of(good, without, good.loads[0]); },
+         "load \"wind\": no stresses were calculated; ask the analysis for stresses"}};
     for (const auto& [call, message] : calls) refused(call, message);
 }
 
