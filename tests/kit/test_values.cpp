@@ -16,6 +16,7 @@
 #include "kit/analysis/extent.h"
 #include "kit/analysis/loads.h"
 #include "kit/analysis/values.h"
+#include "kit/draw/draw.h"
 #include "kit/section/file.h"
 #include "kit/section/vectors.h"
 #include "kit/show/fields.h"
@@ -383,7 +384,8 @@ TEST(Records, AreRefusedWithTheirPlace) {
         for (const std::function<void()>& call : std::initializer_list<std::function<void()>>{
                  [&] { check_section(s); }, [&] { mesh_of(s); }, [&] { analyse(s); }, [&] { analyse(s, mesh, 2); },
                  [&] { check(s, mesh); }, [&] { values_of(s, analysis); },
-                 [&] { result_of(s, analysis, good.loads[0]); }})
+                 [&] { result_of(s, analysis, good.loads[0]); }, [&] { draw_svg(s, analysis, {}); },
+                 [&] { fields_of(s, analysis, {}, true); }, [&] { show_mesh(s, mesh); }})
             refused(call, message);
     }
 
@@ -404,6 +406,7 @@ TEST(Records, AreRefusedWithTheirPlace) {
         {[&] { values_of(good, Analysis()); }, "analysis: nothing was calculated; analyse gives one"},
         {[&] { values_of(good, barless); }, "analysis: is one of another section; analyse this one"},
         {[&] { result_of(good, analysis, load); }, "load \"wind\".B: nan; must be a number from -1e30 to 1e30"},
+        {[&] { fields_of(good, without, {}, false); }, "no stresses were calculated; ask the analysis for stresses"},
         {[&] { result_of(good, without, good.loads[0]); },
          "load \"wind\": no stresses were calculated; ask the analysis for stresses"}};
     for (const auto& [call, message] : calls) refused(call, message);
