@@ -9,6 +9,9 @@ function(vq_shared_library target map)
   target_link_options(${target} PRIVATE LINKER:--version-script=${map})
   # Addresses resolved when the library is loaded, and nothing of it both writable and executable, then or later.
   target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now LINKER:-z,text LINKER:-z,noexecstack LINKER:--as-needed)
+  # By a host's -ffast-math or -Ofast the linker would add what sets the processor's rounding of tiny numbers in the whole
+  # process that loads the library.
+  target_link_options(${target} PRIVATE -fno-fast-math -fno-unsafe-math-optimizations -O2)
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
   set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
     LINKER_LANGUAGE CXX)

@@ -2,6 +2,10 @@
  *
  *     ipe300 [layers]     layers of elements through the web, a multiple of 4 from 4 to 40; 4 if not given
  *
+ * It is built with the mesher beside it:
+ *
+ *     cc ipe300.c mesher.c profiles.c $(pkg-config --cflags --libs velquor) -lm -o ipe300
+ *
  * Units are the host's choice, and the results follow from them. Here they are N, mm and kg: moduli and strengths are
  * in N/mm2 and the unit weight is in kg/mm3, so that the weight comes out in kg for each mm of the beam. */
 #include <math.h>

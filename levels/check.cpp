@@ -193,6 +193,7 @@ extern "C" const char* vq_reason(std::int32_t REASON) {
         case VQ_STRENGTH_NEGATIVE: return "has a negative strength: FNEG and FPOS are both positive";
         case VQ_BAR_OUTSIDE: return "lies outside its ELEMENT, and is pulled to its boundary";
         case VQ_HINGE: return "joins corners that share no edge, and holds them less on every finer mesh";
+        case VQ_COUPLING_UNLIKE: return "has another COUPLING than its group: moments take the group's last";
         default: return "has a reason that is not known here";
     }
 }

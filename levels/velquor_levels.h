@@ -118,7 +118,8 @@ enum {
     VQ_STRENGTH_MIXED = 22,    /* PROPS, plastic modes: this row has none, others have */
     VQ_STRENGTH_NEGATIVE = 23, /* PROPS, plastic modes */
     VQ_BAR_OUTSIDE = 24,       /* POINTS: the bar's node lies outside its element */
-    VQ_HINGE = 25              /* NODES: joins corners that share no edge, which holds them less on every finer mesh */
+    VQ_HINGE = 25,             /* NODES: joins corners that share no edge, which holds them less on every finer mesh */
+    VQ_COUPLING_UNLIKE = 26    /* PROPS, coupled sections: the first row of a group that differs from its first */
 };
 
 typedef struct vq_finding {

@@ -1,6 +1,7 @@
 // What the library accepts though it is seldom meant, in the order of the tables.
 #include <algorithm>
 #include <limits>
+#include <map>
 
 #include "levels/check.h"
 #include "levels/pieces.h"
@@ -57,6 +58,29 @@ bool is_flat_triangle(const Host& t, std::int32_t e) {
     return std::fabs(area) <= 4 * std::numeric_limits<double>::epsilon() * (farthest / L);
 }
 
+// The first row of each group of a coupled section that has another factor than the group's first: the library's
+// moments take the group's last, its stresses each element's own.
+std::vector<std::int32_t> unlike_factors(const Host& t) {
+    std::vector<std::int32_t> rows;
+    bool coupled = false;
+    for (std::int32_t e = 1; e <= t.NELEMS && !coupled; ++e) coupled = property(t, e, VQ_COUPLING) < 1.0;
+    if (!coupled) return rows;
+    struct Group {
+        double factor;
+        bool told;
+    };
+    std::map<std::int64_t, Group> groups;
+    for (std::int32_t e = 1; e <= t.NELEMS; ++e) {
+        const double factor = property(t, e, VQ_COUPLING);
+        const auto number = static_cast<std::int64_t>(std::fabs(property(t, e, VQ_GROUP)));
+        Group& group = groups.try_emplace(number, Group{factor, false}).first->second;
+        if (group.told || factor == group.factor) continue;
+        group.told = true;
+        rows.push_back(e);
+    }
+    return rows;
+}
+
 void find_in_properties(const Host& t, Findings& findings) {
     const double ELIM = (property(t, reference_element(t), VQ_EMOD) + 10.0) / 1000000.0;
     const auto counts = [&](std::int32_t e) {
@@ -70,16 +94,20 @@ void find_in_properties(const Host& t, Findings& findings) {
         for (std::int32_t e = 1; e <= t.NELEMS && !any; ++e) any = counts(e) && has_both(e);
         if (!any) add(findings, VQ_IN_PROPS, 0, VQ_STRENGTH_MISSING);
     }
+    const std::vector<std::int32_t> unlike = unlike_factors(t);
+    auto next = unlike.begin();
     bool cleared = false;
     for (std::int32_t e = 1; e <= t.NELEMS; ++e) {
         if (!cleared && property(t, e, VQ_COUPLING) == 0.0) {
             add(findings, VQ_IN_PROPS, e, VQ_COUPLING_ZERO);
             cleared = true;
         }
-        if (!t.plastic || !counts(e)) continue;
-        if (any && !has_both(e)) add(findings, VQ_IN_PROPS, e, VQ_STRENGTH_MIXED);
-        if (property(t, e, VQ_FNEG) < 0.0 || property(t, e, VQ_FPOS) < 0.0)
-            add(findings, VQ_IN_PROPS, e, VQ_STRENGTH_NEGATIVE);
+        if (t.plastic && counts(e)) {
+            if (any && !has_both(e)) add(findings, VQ_IN_PROPS, e, VQ_STRENGTH_MIXED);
+            if (property(t, e, VQ_FNEG) < 0.0 || property(t, e, VQ_FPOS) < 0.0)
+                add(findings, VQ_IN_PROPS, e, VQ_STRENGTH_NEGATIVE);
+        }
+        if (next != unlike.end() && *next == e) add(findings, VQ_IN_PROPS, *next++, VQ_COUPLING_UNLIKE);
     }
 }
 

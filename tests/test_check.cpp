@@ -145,7 +145,21 @@ TEST(Check, WarnsOfWhatIsSeldomMeant) {
         expect({{VQ_IN_PROPS, row, reason}}, change);
         if (reason != VQ_COUPLING_ZERO) expect({}, change, VQ_ELASTIC);
     };
-    props(2, VQ_COUPLING_ZERO, [](Section& s) { s.materials[1].COUPLING = s.materials[4].COUPLING = 0; });
+    props(4, VQ_COUPLING_ZERO, [](Section& s) {
+        for (std::size_t e = 3; e < 6; ++e) s.materials[e].COUPLING = 0;
+    });
+    // The first row of each group in which it turns; GROUP 2.1 and -2.5 are one. Without slip factors decide nothing.
+    const auto stiffer = [](Section& s) { s.materials[1].COUPLING = 1.2; };
+    const auto slipping = [&](Section& s) {
+        stiffer(s), s.materials[4].GROUP = 2.1;
+        s.materials[4].COUPLING = s.materials[5].COUPLING = 0.5;
+    };
+    for (const double mode : {VQ_ELASTIC, VQ_PLASTIC}) {
+        expect({{VQ_IN_PROPS, 2, VQ_COUPLING_UNLIKE}, {VQ_IN_PROPS, 5, VQ_COUPLING_UNLIKE}}, slipping, mode);
+        expect({}, stiffer, mode);
+    }
+    expect({{VQ_IN_PROPS, 5, VQ_STRENGTH_MIXED}, {VQ_IN_PROPS, 5, VQ_COUPLING_UNLIKE}},
+           [](Section& s) { s.materials[4].FPOS = 0, s.materials[4].COUPLING = 0.5; });
     props(5, VQ_STRENGTH_MIXED, [](Section& s) { s.materials[4].FPOS = 0; });
     props(6, VQ_STRENGTH_NEGATIVE, [](Section& s) { s.materials[5].FNEG = -1; });
     props(0, VQ_STRENGTH_MISSING, [](Section& s) {
@@ -333,8 +347,8 @@ TEST(Check, LeavesTheThreadAsItWas) {
 
 TEST(Check, EveryReasonHasItsSentence) {
     std::set<std::string> sentences;
-    for (std::int32_t reason = 0; reason <= VQ_HINGE; ++reason) sentences.insert(vq_reason(reason));
-    EXPECT_EQ(sentences.size(), VQ_HINGE + 1);
+    for (std::int32_t reason = 0; reason <= VQ_COUPLING_UNLIKE; ++reason) sentences.insert(vq_reason(reason));
+    EXPECT_EQ(sentences.size(), VQ_COUPLING_UNLIKE + 1);
     EXPECT_EQ(sentences.count(vq_reason(INT32_MIN)), 1);
 }
 

@@ -44,6 +44,7 @@ module velquor
   integer(c_int), parameter :: VQ_LOOSE_PIECE = 16, VQ_MIDDLE_AT_100 = 17, VQ_FLAT_TRIANGLE = 18, VQ_OBLONG = 19
   integer(c_int), parameter :: VQ_COUPLING_ZERO = 20, VQ_STRENGTH_MISSING = 21, VQ_STRENGTH_MIXED = 22
   integer(c_int), parameter :: VQ_STRENGTH_NEGATIVE = 23, VQ_BAR_OUTSIDE = 24, VQ_HINGE = 25
+  integer(c_int), parameter :: VQ_COUPLING_UNLIKE = 26
 
   ! A reinforcement bar, 184 bytes. The library fills NELNODES, ELNODES, SHAPE, RS and STRESS.
   type, bind(c) :: VYZTUZE_INFO

@@ -8,7 +8,9 @@
 #include "kit/analysis/extent.h"
 #include "kit/analysis/recovery.h"
 #include "kit/analysis/tables.h"
+#include "kit/section/file.h"
 #include "kit/section/vectors.h"
+#include "kit/section/words.h"
 
 namespace velquor {
 
@@ -70,9 +72,8 @@ bool fits(const Mesh& mesh, int levels, const Effort& effort) {
     return static_cast<std::int64_t>(mesh.nodes.size()) << (2 * levels - 2) <= effort.most_nodes;
 }
 
-}  // namespace
-
-Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stresses) {
+// Of a section and a mesh that were checked.
+Analysis calculated(const Section& section, const Mesh& mesh, int levels, bool stresses) {
     Tables t = tables_of(section, mesh);
     Analysis a;
     a.mesh = mesh;
@@ -117,6 +118,16 @@ Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stre
     return a;
 }
 
+}  // namespace
+
+Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stresses) {
+    check_section(section);
+    check_fits(section, mesh);
+    if (levels < 1 || levels > VQ_MAXLEVELS)
+        throw Error("levels", text_of(levels), "must be from 1 to " + text_of(VQ_MAXLEVELS));
+    return calculated(section, mesh, levels, stresses);
+}
+
 Analysis analyse(const Section& section, const Effort& effort) {
     const Mesh mesh = mesh_of(section, 1, effort.stresses);
     int levels = section.wishes.levels;
@@ -124,12 +135,26 @@ Analysis analyse(const Section& section, const Effort& effort) {
     if (effort.stresses && !effort.quick && levels == Wishes().levels && fits(mesh, levels + 1, effort)) ++levels;
     // A mesh that is given may be fine already. Two levels are the fewest that tell a bound.
     while (is_mesh(section) && levels > 2 && !fits(mesh, levels, effort)) --levels;
-    Analysis a = analyse(section, mesh, levels, effort.stresses);
+    Analysis a = calculated(section, mesh, levels, effort.stresses);
     while (!a.met && a.levels == levels && levels < VQ_MAXLEVELS) {
         if (!fits(mesh, levels + 1, effort)) break;
-        a = analyse(section, mesh, ++levels, effort.stresses);
+        a = calculated(section, mesh, ++levels, effort.stresses);
     }
     return a;
+}
+
+void check_fits(const Section& section, const Analysis& a) {
+    check_section(section);
+    if (a.levels < 1) throw Error("analysis", "nothing was calculated", "analyse gives one");
+    check_fits(section, a.mesh);
+    const auto points =
+        std::count_if(section.bars.begin(), section.bars.end(), [](const Bar& b) { return b.as_point; });
+    const auto in_list = [&](const Field::Spot& s) {
+        return static_cast<std::size_t>(s.material) < section.materials.size();
+    };
+    if (static_cast<std::ptrdiff_t>(a.bars.size()) != points || a.warping.size() != 3 * a.mesh.nodes.size() ||
+        !std::all_of(a.field.spots.begin(), a.field.spots.end(), in_list))
+        throw Error("analysis", "is one of another section", "analyse this one");
 }
 
 }  // namespace velquor

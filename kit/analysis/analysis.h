@@ -35,10 +35,10 @@ struct Unsolved : Error {
     using Error::Error;
 };
 
-// Calculates a checked section. Where the wished accuracy is not met by the wished number of levels, takes further
-// levels as long as the finest has at most this number of nodes; of a mesh that is given and fine, fewer than wished,
-// but two. Throws Error where the section cannot be meshed or is
-// refused, Unsolved where there is no solution.
+// Calculates a section, which is looked at by check_section first. Where the wished accuracy is not met by the wished
+// number of levels, takes further levels as long as the finest has at most this number of nodes; of a mesh that is
+// given and fine, fewer than wished, but two. Throws Error where records are wrong, or the section cannot be meshed or
+// is refused; Unsolved where there is no solution.
 struct Effort {
     bool stresses = false;  // fills Analysis::field, and takes a level more than the usual three
     std::int64_t most_nodes = 300000;
@@ -48,5 +48,8 @@ Analysis analyse(const Section& section, const Effort& effort = {});
 
 // The same on a mesh that stands, with this number of levels alone.
 Analysis analyse(const Section& section, const Mesh& mesh, int levels, bool stresses = false);
+
+// Throws Error where records are wrong, or the analysis is not one of this section.
+void check_fits(const Section& section, const Analysis& analysis);
 
 }  // namespace velquor

@@ -151,6 +151,8 @@ std::string name_in(const Section& s, std::size_t owner) {
 }
 
 std::vector<Finding> check(const Section& section, const Mesh& mesh) {
+    check_section(section);
+    check_fits(section, mesh);
     std::vector<Finding> findings;
     look_at_materials(section, findings);
     for (const Finding& finding : hardly_meant(section, mesh)) findings.push_back(finding);

@@ -20,7 +20,8 @@ std::string name_in(const Section& section, std::size_t owner);
 // error, which is then the last of the findings.
 std::vector<Finding> check(const Section& section);
 
-// The same of a section on a mesh that stands.
+// The same of a section on a mesh that stands. Throws Error where records are wrong, or the mesh is not one of this
+// section.
 std::vector<Finding> check(const Section& section, const Mesh& mesh);
 
 }  // namespace velquor

@@ -32,6 +32,8 @@ bool is_coupled(const Section& s) {
 // Refuses what the section cannot carry, or of which nothing is known.
 void check_load(const Section& section, const Analysis& a, const Load& load) {
     const std::string place = "load " + in_quotes(load.name);
+    check_values(load, place);
+    if (a.field.elements.empty()) throw Error(place, "no stresses were calculated", "ask the analysis for stresses");
     const LoadKey* const warping = any_of(load, {&Load::B, &Load::Tw});
     const LoadKey* const held = any_of(load, {&Load::Vy, &Load::Vz, &Load::T, &Load::B, &Load::Tw});
     if (!a.warps && warping)
@@ -195,6 +197,7 @@ std::string warning_of(const Analysis& a) {
 }  // namespace
 
 LoadResult result_of(const Section& section, const Analysis& a, const Load& load) {
+    check_fits(section, a);
     check_load(section, a, load);
     LoadResult r;
     r.load = load;

@@ -47,9 +47,9 @@ struct LoadResult {
     std::string warning;  // of what makes shear stresses mean nothing; empty: they hold
 };
 
-// Of an analysis with stresses, in the section's units. Throws Error where a section that does not warp is to carry a
-// bimoment or a torque by warping, one in pieces shear, torsion or a bimoment, one of groups that slip anything by bars
-// that are points.
+// Of an analysis with stresses, in the section's units. Throws Error where there are none, a section that does not warp
+// is to carry a bimoment or a torque by warping, one in pieces shear, torsion or a bimoment, one of groups that slip
+// anything by bars that are points.
 LoadResult result_of(const Section& section, const Analysis& analysis, const Load& load);
 
 // The same in other units. Throws Error where there is no such unit.

@@ -66,6 +66,26 @@ std::vector<std::int32_t> hosts_of(const Section& section, const Mesh& mesh) {
 
 }  // namespace
 
+void check_fits(const Section& section, const Mesh& mesh) {
+    const char* const remedy = "mesh_of gives the mesh of a section";
+    if (mesh.elements.empty()) throw Error("mesh", "has no elements", remedy);
+    if (mesh.owners.size() != mesh.elements.size())
+        throw Error("mesh", "elements and owners are not equally many", remedy);
+    const std::size_t nodes = mesh.nodes.size(), owners = section.parts.size() + section.bars.size();
+    for (std::size_t e = 0; e < mesh.elements.size(); ++e) {
+        const auto& element = mesh.elements[e];
+        const std::string place = "mesh.elements[" + std::to_string(e) + "]";
+        if (std::any_of(element.begin(), element.end(),
+                        [&](auto node) { return node < 1 || static_cast<std::size_t>(node) > nodes; }))
+            throw Error(place, "has a node that there is not", remedy);
+        if (mesh.owners[e] < 0 || static_cast<std::size_t>(mesh.owners[e]) >= owners)
+            throw Error(place, "belongs to a part that there is not", remedy);
+    }
+    for (std::size_t i = 0; i < nodes; ++i)
+        if (!std::isfinite(mesh.nodes[i].y) || !std::isfinite(mesh.nodes[i].z))
+            throw Error("mesh.nodes[" + std::to_string(i) + "]", "has a coordinate that is no number", remedy);
+}
+
 std::size_t material_of(const Section& section, const Mesh& mesh, std::int32_t element) {
     const auto owner = static_cast<std::size_t>(mesh.owners[element - 1]), parts = section.parts.size();
     return material_named(section,

@@ -30,6 +30,9 @@ struct Tables {
     Point origin;            // in the section's frame
 };
 
+// Throws Error where the mesh is not one of this section: elements name nodes, parts or bars that there are not.
+void check_fits(const Section& section, const Mesh& mesh);
+
 // The material of an element, numbered from 1: index in the section's list.
 std::size_t material_of(const Section& section, const Mesh& mesh, std::int32_t element);
 

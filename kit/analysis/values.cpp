@@ -124,6 +124,7 @@ const Entry& Values::operator[](const std::string& key) const {
 }
 
 Values values_of(const Section& section, const Analysis& analysis) {
+    check_fits(section, analysis);
     const Measured measured(section, analysis);
     Values values;
     values.name = section.name;

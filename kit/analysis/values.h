@@ -78,7 +78,8 @@ struct Values {
     const Entry& operator[](const std::string& key) const;  // throws std::out_of_range
 };
 
-// In the section's own units; angles in degrees, masses in kg/m whatever the unit of length.
+// In the section's own units; angles in degrees, masses in kg/m whatever the unit of length. Throws Error where the
+// analysis is not one of this section.
 Values values_of(const Section& section, const Analysis& analysis);
 
 // The same in other units. Throws Error where there is no such unit.

@@ -9,6 +9,7 @@
 #include "kit/mesh/given.h"
 #include "kit/mesh/plane.h"
 #include "kit/mesh/walls.h"
+#include "kit/section/file.h"
 #include "kit/section/vectors.h"
 #include "kit/section/words.h"
 
@@ -16,7 +17,8 @@ namespace velquor {
 
 namespace {
 
-constexpr int ATTEMPTS = 6;    // with walls, without them, then both again on elements half as large
+constexpr int ATTEMPTS = 6;  // with walls, without them, then both again on elements half as large
+constexpr double FINEST = 1000;
 constexpr double FAR = 1000;   // distance from the origin over the extent
 constexpr double LOST = 1e-6;  // of the area to be filled, by which what is filled may differ from it
 
@@ -207,6 +209,9 @@ Point place_of(const Plane& plane) {
 }  // namespace
 
 Mesh mesh_of(const Section& section, double fineness, bool for_stresses) {
+    check_section(section);
+    if (!(fineness > 0 && fineness <= FINEST))
+        throw Error("fineness", text_of(fineness), "must be above 0, and at most 1000");
     if (is_mesh(section)) {
         if (section.mesh.elements.empty())
             throw Error("mesh.file", in_quotes(section.mesh.file) + " was not read", "read_mesh does that");

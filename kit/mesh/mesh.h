@@ -25,11 +25,11 @@ struct Mesh {
     bool has_corners = false;  // re-entrant ones, or of several materials: there shear stresses have no limit
 };
 
-// The mesh of a checked section. `fineness` 2 halves the sizes of all elements; `for_stresses` takes more of them along
-// fillets. Throws Error where bars lie outside of all parts, parts leave nothing of one another, or a part cannot be
-// meshed. A section that comes as a mesh gives its own elements, with straight sides, and is refused another fineness
-// than 1. Meshes are made one at a time in a
-// process: calls from several threads wait for each other.
+// The mesh of a section, which is looked at by check_section first. `fineness` 2 halves the sizes of all elements;
+// `for_stresses` takes more of them along fillets. Throws Error where records are wrong, bars lie outside of all parts,
+// parts leave nothing of one another, or a part cannot be meshed. A section that comes as a mesh gives its own
+// elements, with straight sides, and is refused another fineness than 1. Meshes are made one at a time in a process:
+// calls from several threads wait for each other.
 Mesh mesh_of(const Section& section, double fineness = 1, bool for_stresses = false);
 
 }  // namespace velquor

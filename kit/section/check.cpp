@@ -6,6 +6,7 @@
 #include "kit/section/crossings.h"
 #include "kit/section/file.h"
 #include "kit/section/geometry.h"
+#include "kit/section/loads.h"
 #include "kit/section/profiles.h"
 #include "kit/section/shapes.h"
 #include "kit/section/units.h"
@@ -16,8 +17,11 @@ namespace velquor {
 
 namespace {
 
-constexpr double LARGEST = 1e9;              // coordinate
-constexpr double STIFFEST = 1e30;            // modulus
+constexpr double LARGEST = 1e9;                  // coordinate
+constexpr double STIFFEST = 1e30;                // modulus
+constexpr double MOST_TURNED = 36000;            // degrees
+constexpr double FINEST = 1e-9, COARSEST = 0.5;  // accuracy
+constexpr int MOST_LEVELS = 6, MOST_GROUPS = 1000;
 constexpr double ROUNDING = 1e-9;            // of a distance
 constexpr double SHORTEST = 4 * SAME_PLACE;  // of an outline's extent: an edge that is shorter is none
 constexpr double FLATTEST = 1e-6;            // rise of an arc over the line between its ends
@@ -34,7 +38,8 @@ void check_material(const Material& m, const std::string& place) {
     };
     demand(m.E, "E", true);
     demand(m.G, "G", true);
-    if (m.G > STIFFEST) throw Error(place, "G = " + text_of(m.G) + ": must be at most 1e30");
+    for (const auto& [name, value] : {std::pair{"E", m.E}, {"G", m.G}})
+        if (value > STIFFEST) throw Error(place, std::string(name) + " = " + text_of(value) + ": must be at most 1e30");
     demand(m.density, "density", false);
     demand(m.tension, "tension", false);
     demand(m.compression, "compression", false);
@@ -146,13 +151,17 @@ void check_inside(const Section& s, const std::vector<Region>& regions) {
 void check_group(const std::string& material, int group, double factor, const std::vector<Material>& materials,
                  const std::string& place) {
     check_material_of(material, materials, place);
-    if (group < 1) throw Error(place + ".group", text_of(group), "must be at least 1");
+    if (group < 1 || group > MOST_GROUPS) throw Error(place + ".group", text_of(group), "must be from 1 to 1000");
     if (!(factor >= 0 && factor <= 1)) throw Error(place + ".factor", text_of(factor), "must be from 0 to 1");
 }
 
 std::vector<Region> check_part(const Section& s, const Part& part, const std::string& place) {
     check_group(part.material, part.group, part.factor, s.materials, place);
     if (is_mesh(s)) return {};
+    check_point(part.place.at, place + ".at");
+    if (!(std::abs(part.place.angle) <= MOST_TURNED))
+        throw Error(place + ".turn", "an angle of " + text_of(part.place.angle),
+                    "must be from -36000 to 36000 degrees");
     if (part.shape.empty() && part.profile.empty()) {
         check_outline(part.face.outer, place + ".outline");
         for (std::size_t i = 0; i < part.face.holes.size(); ++i)
@@ -162,6 +171,17 @@ std::vector<Region> check_part(const Section& s, const Part& part, const std::st
     std::vector<Region> regions;
     for (const Face& face : faces_of(s, part, place)) regions.push_back(region_of(face));
     return regions;
+}
+
+void check_wishes(const Wishes& wishes) {
+    const auto demand = [](double value, const char* name, double least, double most, const char* more = "") {
+        if (!(value >= least && value <= most))
+            throw Error("wishes." + std::string(name), text_of(value),
+                        "must be from " + text_of(least) + " to " + text_of(most) + more);
+    };
+    demand(wishes.accuracy, "accuracy", FINEST, COARSEST);
+    demand(wishes.levels, "levels", 1, MOST_LEVELS);
+    demand(wishes.size, "size", 0, LARGEST, "; 0: from the thickness of the walls");
 }
 
 // What can be said before the file is read, and of elements that are there.
@@ -209,6 +229,8 @@ void check_names(const std::vector<Named>& list, const char* key) {
 void check_section(const Section& s) {
     size_of(lengths(), s.length, "units.length");
     size_of(forces(), s.force, "units.force");
+    check_wishes(s.wishes);
+    for (std::size_t i = 0; i < s.loads.size(); ++i) check_values(s.loads[i], numbered("loads", i));
     const bool drawn = s.drawing.file.empty();  // all of it
     if (is_mesh(s)) {
         check_mesh(s);

@@ -31,7 +31,8 @@ Section read_materials(std::string_view text);
 std::string write_section(const Section& section);
 
 // What the schema cannot say: that names are known and unlike, what excludes what, that outlines enclose something and
-// do not cross, and that bars lie in parts and apart. Throws Error with the place as in the text.
+// do not cross, and that bars lie in parts and apart; and of a section that a program filled what the schema says of
+// numbers. Throws Error with the place as in the text.
 void check_section(const Section& section);
 
 // The faces of a part, in its place and in the section's unit of length. `place` is that of the part in the text.

@@ -71,6 +71,12 @@ const std::vector<LoadKey>& load_keys() {
 
 bool has_shear(const Load& load) { return load.Vy != 0 || load.Vz != 0 || load.T != 0 || load.Tw != 0; }
 
+void check_values(const Load& load, const std::string& place) {
+    for (const LoadKey& key : load_keys())
+        if (const double value = load.*key.value; !(std::abs(value) <= LARGEST))
+            throw Error(place + "." + key.name, text_of(value), "must be a number from -1e30 to 1e30");
+}
+
 double load_value(std::string_view text, const LoadKey& key, const Section& section, const std::string& place) {
     text = trimmed(text);
     const bool plus = !text.empty() && text.front() == '+' && text.substr(0, 2) != "+-";

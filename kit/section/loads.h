@@ -20,6 +20,9 @@ const std::vector<LoadKey>& load_keys();
 // Whether it has a shear force or a torque.
 bool has_shear(const Load& load);
 
+// Throws Error with this place where a value is no number, or too large.
+void check_values(const Load& load, const std::string& place);
+
 // A number in the section's own units, or followed by its unit: "20", "20 kNm", "1.5 kip*in", "3 kN cm2".
 // Throws Error with this place.
 double load_value(std::string_view text, const LoadKey& key, const Section& section, const std::string& place);

@@ -89,6 +89,8 @@ std::vector<Case> cases_of(const Section& section, const Analysis& analysis) {
 }
 
 Fields fields_of(const Section& section, const Analysis& a, const std::vector<Case>& cases, bool finest) {
+    check_fits(section, a);
+    if (a.field.elements.empty()) throw Error("", "no stresses were calculated", "ask the analysis for stresses");
     Fields fields;
     if (finest) {
         fields.mesh = finest_of(a);

@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include "kit/analysis/tables.h"
+#include "kit/section/file.h"
 #include "kit/section/words.h"
 #include "kit/show/fields.h"
 #include "kit/show/show.h"
@@ -58,6 +60,8 @@ std::string show_mesh(const Section& section, const Fields& fields) {
 }
 
 std::string show_mesh(const Section& section, const Mesh& mesh) {
+    check_section(section);
+    check_fits(section, mesh);
     const auto surfaces = surfaces_of(section, mesh);
     std::vector<std::string> materials;
     for (const Surface& s : surfaces)

@@ -7,11 +7,16 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <functional>
+#include <limits>
 #include <random>
 #include <sstream>
 
+#include "kit/analysis/check.h"
 #include "kit/analysis/extent.h"
+#include "kit/analysis/loads.h"
 #include "kit/analysis/values.h"
+#include "kit/draw/draw.h"
 #include "kit/section/file.h"
 #include "kit/section/vectors.h"
 #include "kit/show/fields.h"
@@ -321,6 +326,90 @@ TEST(Extents, OfAHoleThatIsOpenInANode) {
     mesh.owners.push_back(0);
     EXPECT_EQ(perimeter_of(mesh).outside, 12);
     EXPECT_EQ(perimeter_of(mesh).inside, 4);
+}
+
+// Records that a program fills are looked at by whatever takes them: the host gets an Error, and keeps its process.
+TEST(Records, AreRefusedWithTheirPlace) {
+    const double nan = std::nan("");
+    const Section good = section_with(R"({"shape": "rectangle", "material": "steel", "parameters": {"b": 3, "h": 5}})",
+                                      R"(, "wishes": {"levels": 2}, "loads": [{"name": "wind", "My": 1}],
+            "bars": [{"at": [0, 1], "area": 0.5, "material": "steel", "as_point": true}])");
+    const Mesh mesh = mesh_of(good);
+    const Analysis analysis = analyse(good, {true}), without = analyse(good);
+    EXPECT_NO_THROW(values_of(good, analysis));
+    EXPECT_NO_THROW(result_of(good, analysis, good.loads[0]));
+
+    using Spoil = std::function<void(Section&)>;
+    const std::pair<Spoil, const char*> sections[] = {
+        {[](Section& s) { s = {}; },
+         "nothing is drawn: key \"parts\" is missing; give \"parts\", a \"drawing\", or a "
+         "\"mesh\""},
+        {[](Section& s) { s.parts.clear(); },
+         "nothing is drawn: key \"parts\" is missing; give \"parts\", a "
+         "\"drawing\", or a \"mesh\""},
+        {[](Section& s) { s.materials.clear(); }, "parts[0].material: unknown material \"steel\""},
+        {[](Section& s) { s.parts[0].material = "stele"; },
+         "parts[0].material: unknown material \"stele\"; did you mean \"steel\"?"},
+        {[](Section& s) { s.parts[0].shape.clear(); },
+         "parts[0].outline: 0 edges enclose nothing; three are needed, or two with an arc"},
+        {[&](Section& s) { s.parts[0].parameters["b"] = nan; },
+         "parts[0].parameters: b = nan: must be a number between -1e9 and 1e9"},
+        {[&](Section& s) { s.parts[0].place.angle = nan; },
+         "parts[0].turn: an angle of nan; must be from -36000 to 36000 degrees"},
+        {[&](Section& s) { s.parts[0].place.at.z = nan; },
+         "parts[0].at: a coordinate of nan; must be between -1e9 and 1e9"},
+        {[](Section& s) { s.parts[0].group = 5000; }, "parts[0].group: 5000; must be from 1 to 1000"},
+        {[&](Section& s) { s.bars[0].at.y = nan; }, "bars[0]: a coordinate of nan; must be between -1e9 and 1e9"},
+        {[&](Section& s) { s.loads[0].My = nan; }, "loads[0].My: nan; must be a number from -1e30 to 1e30"},
+        {[](Section& s) { s.wishes.accuracy = -1; }, "wishes.accuracy: -1; must be from 1e-09 to 0.5"},
+        {[&](Section& s) { s.wishes.accuracy = nan; }, "wishes.accuracy: nan; must be from 1e-09 to 0.5"},
+        {[](Section& s) { s.wishes.size = -5; },
+         "wishes.size: -5; must be from 0 to 1e+09; 0: from the thickness of the walls"},
+        {[&](Section& s) { s.wishes.size = nan; },
+         "wishes.size: nan; must be from 0 to 1e+09; 0: from the thickness of the walls"},
+        {[](Section& s) { s.wishes.levels = 0; }, "wishes.levels: 0; must be from 1 to 6"},
+        {[](Section& s) { s.wishes.levels = 99; }, "wishes.levels: 99; must be from 1 to 6"}};
+    const auto refused = [](const std::function<void()>& call, const std::string& message) {
+        try {
+            call();
+            ADD_FAILURE() << message;
+        } catch (const Error& error) {
+            EXPECT_EQ(error.what(), message);
+        }
+    };
+    for (const auto& [spoil, message] : sections) {
+        Section s = good;
+        spoil(s);
+        EXPECT_EQ(check(s).back().is_error, true) << message;
+        for (const std::function<void()>& call : std::initializer_list<std::function<void()>>{
+                 [&] { check_section(s); }, [&] { mesh_of(s); }, [&] { analyse(s); }, [&] { analyse(s, mesh, 2); },
+                 [&] { check(s, mesh); }, [&] { values_of(s, analysis); },
+                 [&] { result_of(s, analysis, good.loads[0]); }, [&] { draw_svg(s, analysis, {}); },
+                 [&] { fields_of(s, analysis, {}, true); }, [&] { show_mesh(s, mesh); }})
+            refused(call, message);
+    }
+
+    Mesh node = mesh, owner = mesh;
+    node.elements.back()[3] = 99999;
+    owner.owners.front() = 2;
+    Analysis barless = analysis;
+    barless.bars.clear();
+    const std::string remedy = "; mesh_of gives the mesh of a section", last = std::to_string(mesh.elements.size() - 1);
+    Load load = good.loads[0];
+    load.B = nan;
+    const std::pair<std::function<void()>, std::string> calls[] = {
+        {[&] { analyse(good, Mesh(), 2); }, "mesh: has no elements" + remedy},
+        {[&] { analyse(good, node, 2); }, "mesh.elements[" + last + "]: has a node that there is not" + remedy},
+        {[&] { analyse(good, owner, 2); }, "mesh.elements[0]: belongs to a part that there is not" + remedy},
+        {[&] { analyse(good, mesh, 7); }, "levels: 7; must be from 1 to 6"},
+        {[&] { mesh_of(good, nan); }, "fineness: nan; must be above 0, and at most 1000"},
+        {[&] { values_of(good, Analysis()); }, "analysis: nothing was calculated; analyse gives one"},
+        {[&] { values_of(good, barless); }, "analysis: is one of another section; analyse this one"},
+        {[&] { result_of(good, analysis, load); }, "load \"wind\".B: nan; must be a number from -1e30 to 1e30"},
+        {[&] { fields_of(good, without, {}, false); }, "no stresses were calculated; ask the analysis for stresses"},
+        {[&] { result_of(good, without, good.loads[0]); },
+         "load \"wind\": no stresses were calculated; ask the analysis for stresses"}};
+    for (const auto& [call, message] : calls) refused(call, message);
 }
 
 TEST(Show, AsManyDigitsAsTheBoundAllows) {

@@ -25,6 +25,8 @@ sort -r "$build/headers.cpp" >"$build/headers_reversed.cpp"
 
 PKG_CONFIG_LIBDIR=$(dirname "$(find "$prefix" -name velquor-kit.pc)")
 libdir=$(dirname "$PKG_CONFIG_LIBDIR")
+told=$(PKG_CONFIG_LIBDIR=$PKG_CONFIG_LIBDIR pkg-config --libs velquor-kit 2>&1) && fail "found by pkg-config without its libraries"
+for needed in dxflib cairo pangocairo gobject-2.0; do grep -qF "'$needed'" <<<"$told" || fail "$needed: $told"; done
 PKG_CONFIG_LIBDIR+=:$(env -u PKG_CONFIG_LIBDIR pkg-config --variable pc_path pkg-config)  # pango's
 export PKG_CONFIG_LIBDIR
 c++ -std=c++17 "$example" -o "$build/by_pkg_config" $(pkg-config --cflags --libs velquor-kit)

@@ -26,6 +26,10 @@ one_build() {
     "$cmake" --install "$build" --prefix "$build/installed" >/dev/null
 }
 one_build shared -DBUILD_SHARED_LIBS=ON
+# What a linker adds by -ffast-math, which changes the arithmetic of the process that loads a library.
+expect "libraries" "$(find "$scratch/shared/velquor" -name 'libvelquor*.so' | wc -l)" 2
+expect "changes the host's arithmetic" \
+    "$(find "$scratch/shared/velquor" -name 'libvelquor*.so' -exec nm {} + | grep -o set_fast_math || true)" ""
 expect "installed where the host does not ask for it" "$(ls "$scratch/shared/installed" 2>/dev/null || true)" ""
 
 one_build static -DBUILD_SHARED_LIBS=OFF -DVQ_INSTALL=ON

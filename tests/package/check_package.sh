@@ -13,6 +13,8 @@ trap 'rm -rf "$scratch"' EXIT
 # What Debian's packages call themselves.
 [ "$(sed -n '1s/velquor (\(.*\)-.*/\1/p' "$here/../../debian/changelog")" = \
     "$(sed -n 's/^Version: //p' "$(find "$scratch/first" -name velquor.pc)")" ] || { echo "debian/changelog: another version" >&2 && exit 1; }
+twice=$(sort "$build/install_manifest.txt" | uniq -d)
+[ -z "$twice" ] || { echo "installed twice: $twice" >&2 && exit 1; }
 mv "$scratch/first" "$scratch/moved"
 loaded=$(env -u LD_LIBRARY_PATH ldd "$(find "$scratch/moved" -name libvelquor-levels.so)")
 grep -qF " => $scratch/moved/" <<<"$loaded" || { echo "$loaded" >&2 && exit 1; }
@@ -21,6 +23,7 @@ grep -qF " => $scratch/moved/" <<<"$loaded" || { echo "$loaded" >&2 && exit 1; }
 for component in development python tools; do
     [ "$component$kit" != tools0 ] || continue
     "$cmake" --install "$build" --prefix "$scratch/$component" --component "$component" >/dev/null
+    [ -s "$scratch/$component/share/doc/velquor/copyright" ] || { echo "$component: no licences" >&2 && exit 1; }
 done
 env -u LD_LIBRARY_PATH "$here/build_hosts.sh" "$cmake" "$scratch/development" "$scratch/host_of_development"
 told=$(env -u LD_LIBRARY_PATH -u VELQUOR_LIBRARY PYTHONPATH="$scratch/python/share/velquor/python" /usr/bin/python3 -B -c \
