@@ -1,5 +1,6 @@
 """The Python binding. The library is named by VELQUOR_LIBRARY. Values and bits: tests/abi."""
 import contextlib
+import itertools
 import math
 import os
 import pathlib
@@ -11,6 +12,7 @@ import tempfile
 import threading
 import time
 import unittest
+import warnings
 from unittest import mock
 
 import numpy as np
@@ -133,6 +135,27 @@ class Tables(unittest.TestCase):
         self.assertEqual(bits(core.calculate(NODES, ELEMENTS, PROPS, bars=none)), bits(by_mode[core.PLASTIC]))
         without_strengths = core.property_table(4, EMOD=200, GMOD=80)
         self.assertEqual(core.calculate(NODES, ELEMENTS, without_strengths).PLMOD_Z, 0)
+
+
+    def test_a_middle_that_ends_the_plastic_search_is_warned_of_where_check_finds_it(self):
+        nodes, elements, props = plate(8, 4)
+        nodes = nodes * 25.0
+        apart = np.vstack([nodes + (0, 50), [(1e3, 1e3)]])  # of a node that nothing uses nothing but the origin counts
+        bar = core.bar_table([len(apart)], [1], AREA=1, EMODUL=2)
+        for y, bars, mode, levels in itertools.product((-50, 0, 50), (None, bar), (core.PLASTIC, core.ELASTIC), (None, 2)):
+            tables = {"nodes": apart + (y, -50), "elements": elements, "props": props, "bars": bars, "mode": mode}
+            found = [finding for finding in core.check(**tables) if finding.name == "MIDDLE_AT_100"]
+            with warnings.catch_warnings(record=True) as told:
+                warnings.simplefilter("always")
+                core.calculate(**tables, levels=levels)
+            self.assertEqual([(warning.category, warning.filename) for warning in told],
+                             [(core.MeshWarning, __file__)] * (len(found) if levels is None else 0))
+            self.assertEqual(len(found), mode == core.PLASTIC and bars is None)
+        props[:, core.COLUMNS.index("FNEG")] = 0.1
+        with self.assertWarns(core.MeshWarning):
+            wrong = core.calculate(nodes, elements, props)
+        right = core.calculate(nodes + (0, 1), elements, props)
+        self.assertGreater(wrong.PLMOM_Z, 1.5 * right.PLMOM_Z)
 
 
 class Levels(unittest.TestCase):

@@ -25,6 +25,7 @@ import ctypes
 import functools
 import operator
 import os
+import warnings
 from dataclasses import dataclass, field, fields
 from typing import Optional, Sequence
 
@@ -57,6 +58,7 @@ REASONS = ("NULL_TABLE", "NEGATIVE_COUNT", "COUNT_TOO_LARGE", "NOT_FINITE", "NOD
 ERROR = 2  # severity
 
 MAXLEVELS = 6
+FIRST_LINE, FIRST_STEP = 100.0, 1e-9  # a middle of the nodes as near as this to the line ends the plastic search
 MODE_SLOT = 31  # of the result, holds the mode on entry
 _LARGEST = 2**31 - 1  # 32-bit integer
 
@@ -85,6 +87,10 @@ class NotSolved(Error):
 class OutOfMemory(Error):
     status = 3
     meaning = "memory could not be had, or the run found itself inconsistent (a line on the error stream says so)"
+
+
+class MeshWarning(UserWarning):
+    """Values of calculate() are seldom meant, for the sake of where the mesh lies: check() has the finding."""
 
 
 @dataclass(frozen=True)
@@ -216,7 +222,8 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, leve
 
     Anything that numpy makes an array of will do; a table that is no column-ordered array of 64-bit reals (elements: of
     32-bit integers) is copied. None is changed. ValueError: a table is not of these shapes, or names a node that is not
-    there. Refused, NotSolved, OutOfMemory: the library gave no results. OSError: there is no library.
+    there. Refused, NotSolved, OutOfMemory: the library gave no results. OSError: there is no library. MeshWarning, by
+    `warnings`: plastic values may be wrong, as check() finds by MIDDLE_AT_100.
     """
     vq_velquor = load(library)
     nodes, elements, props, bars, groups, mode = _tables(nodes, elements, props, bars, groups, mode)
@@ -253,6 +260,10 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, leve
         error = kind(f"status {status.value}: " + f"level {done.value + 1}: " * (done.value > 0) + told)
         error.status, error.findings = status.value, findings
         raise error
+    if levels is None and mode != ELASTIC and _is_middle_at_first_line(nodes, elements, bars):
+        warnings.warn(f"the middle of the mesh lies at {FIRST_LINE:g} along Y or Z, where the plastic search ends at once: "
+                      "PLAXIS, PLMOD and PLMOM may be wrong; move the mesh, so that its middle lies at 0, or give levels=2",
+                      MeshWarning, stacklevel=2)
     return Section(*result.tolist(), nodeout, elemout[:, :, 0:8:2], elemout[:, :, 1:8:2], elemout[:, :, 8:12], bars,
                    *extra)
 
@@ -307,6 +318,15 @@ def _find(library, nodes, elements, props, bars, groups, mode):
     return [Finding(TABLES[table], row, "".join(REASONS[reason - 1:reason]), routines.vq_reason(reason).decode(),
                     severity == ERROR)
             for table, row, reason, severity in found[:count].tolist()]
+
+
+def _is_middle_at_first_line(nodes, elements, bars):
+    """Whether check() finds MIDDLE_AT_100, of tables that were calculated: nodes that nothing uses stand at the origin."""
+    used = np.zeros(len(nodes), bool)
+    used[elements - 1] = True
+    used[bars["NODE"][(bars["NODE"] >= 1) & (bars["NODE"] <= len(nodes))] - 1] = True
+    at = np.where(used[:, None] & np.isfinite(nodes).all(axis=1, keepdims=True), nodes, 0.0)
+    return bool((abs(FIRST_LINE - (at.min(axis=0) + at.max(axis=0)) * 0.5) < FIRST_STEP).any())
 
 
 def _placing(place, raised):
