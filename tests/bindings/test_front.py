@@ -10,6 +10,7 @@ import os
 import pathlib
 import pickle
 import re
+import shutil
 import signal
 import stat
 import subprocess
@@ -199,6 +200,26 @@ class Errors(unittest.TestCase):
             next(velquor.batch(["IPE 300"], files="\0"))
         with program("print('hello', flush=True)\nsys.stdin.read()") as command, self.assertRaisesRegex(OSError, "no answers"):
             velquor.section("IPE 300", command=command)
+
+    def test_in_a_source_tree_its_own_build_is_found_where_nothing_else_is_named(self):
+        with tempfile.TemporaryDirectory() as folder:
+            tree = pathlib.Path(folder).resolve()
+            shutil.copytree(ROOT / "bindings" / "python", tree / "bindings" / "python")
+            (tree / "build" / "release" / "tool").mkdir(parents=True)
+            ask = "from velquor import places\nprint(places.find_library())\nprint(places.find_command({!r}))"
+            own = {"PYTHONPATH": str(tree / "bindings" / "python"), "PATH": "/usr/bin:/bin"}
+
+            def found(command="", **variables):
+                return subprocess.run([sys.executable, "-B", "-c", ask.format(command)], env={**own, **variables}, cwd=folder,
+                                      capture_output=True, encoding="utf-8").stdout.splitlines()
+
+            library, command = tree / "build/release/libvelquor.so.1", tree / "build/release/tool/velquor"
+            self.assertEqual(found()[:1], ["libvelquor.so.1"])
+            for path in library, command:
+                path.touch(0o755)
+            self.assertEqual(found(), [str(library), str(command)])
+            self.assertEqual(found(VELQUOR_COMMAND="/bin/true")[1], "/bin/true")
+            self.assertEqual(found("/bin/false", VELQUOR_COMMAND="/bin/true")[1], "/bin/false")
 
     def test_findings_are_those_of_the_command(self):
         self.assertEqual(velquor.check(plate()), [])

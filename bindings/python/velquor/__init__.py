@@ -13,7 +13,8 @@
             print(result.id, result.Iy)
 
 Sections are calculated by worker processes of the command velquor, which is found by the argument `command`, else by the
-environment variable VELQUOR_COMMAND, else beside this package's installation, else on the path. velquor.core is the
+environment variable VELQUOR_COMMAND, else beside this package's installation, or in build/release of its source tree, else
+on the path. velquor.core is the
 library on meshes of one's own, within the process. docs/python.md and docs/cluster.md tell the rest.
 """
 import importlib

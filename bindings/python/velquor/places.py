@@ -9,6 +9,7 @@ HERE = Path(__file__).resolve().parent
 IN_WHEEL = (HERE / "lib").is_dir()
 INSTALLED = HERE.parts[-4:-1] == ("share", "velquor", "python") or HERE.parts[-4:-1] == ("lib", "python3", "dist-packages")
 PREFIX = HERE if IN_WHEEL else HERE.parents[3] if INSTALLED else None  # None: in the sources
+BUILD = HERE.parents[2] / "build" / "release" if HERE.parts[-3:-1] == ("bindings", "python") else None  # of the sources
 
 
 def find_command(command: Optional[str] = None) -> str:
@@ -17,7 +18,7 @@ def find_command(command: Optional[str] = None) -> str:
     folders = os.get_exec_path()
     if IN_WHEEL:  # its own script velquor is no command
         folders = [folder for folder in folders if Path(folder).resolve() != Path(sys.prefix, "bin").resolve()]
-    beside = PREFIX and shutil.which(str(PREFIX / "bin/velquor"))
+    beside = shutil.which(str(PREFIX / "bin/velquor" if PREFIX else BUILD / "tool/velquor")) if PREFIX or BUILD else None
     found = shutil.which(wanted) if wanted else beside or shutil.which("velquor", path=os.pathsep.join(folders))
     if not found:
         missing = f"no command {wanted or 'velquor'}"
@@ -29,9 +30,10 @@ def find_command(command: Optional[str] = None) -> str:
 
 
 def find_library() -> str:
-    """Of libvelquor: its path where it is installed with this package, else the name by which the system's loader has it."""
-    for folder in ("lib", "lib64") if PREFIX else ():
-        if (library := PREFIX / folder / "libvelquor.so.1").exists():
+    """Of libvelquor: its path where it is installed with this package, or built in its source tree, else the name by which
+    the system's loader has it."""
+    for folder in [PREFIX / "lib", PREFIX / "lib64"] if PREFIX else [BUILD] if BUILD else []:
+        if (library := folder / "libvelquor.so.1").exists():
             return str(library)
     return "libvelquor.so.1"
 
