@@ -113,6 +113,18 @@ class Values(unittest.TestCase):
             with self.assertRaisesRegex(failure, message):
                 ask()
 
+    def test_names_are_those_of_the_command(self):
+        for text in "", "he b2", "nothing":
+            done = subprocess.run([COMMAND, "profiles", text], capture_output=True, encoding="utf-8")
+            lines, names = done.stdout.splitlines(), velquor.profiles(text)
+            self.assertEqual(len(names), len(lines))
+            self.assertEqual([name for name, line in zip(names, lines) if not line.startswith(f"{name} ")], [])
+        self.assertEqual(velquor.shapes()["rectangle"]["r"], "radius of the corners, optional")
+        done = subprocess.run([COMMAND, "--version"], capture_output=True, encoding="utf-8")
+        self.assertEqual(done.stdout.splitlines()[0], f"velquor {velquor.__version__}")
+        with self.assertRaisesRegex(OSError, "/bin/true has no catalogue"):
+            velquor.profiles(command="/bin/true")
+
     def test_no_key_is_hidden_by_an_attribute(self):
         hidden = set(velquor.section("IPE 300", levels=1).values) & ({*dir(velquor.Section)} | {"index", "id"})
         self.assertEqual(hidden, set())
@@ -356,6 +368,13 @@ class Pictures(unittest.TestCase):
             self.assertTrue(events.count(tag) == events.count("/" + tag) > 0, tag)
         picture, = (event for event in events if event.startswith("data:"))
         self.assertIn(b"<svg", base64.b64decode(picture.partition("base64,")[2]))
+        concrete = velquor.section(SECTIONS / "t_beam.json", levels=2)._repr_html_()
+        text = re.sub("<[^>]*>", " ", concrete)
+        self.assertRegex(text, "Wpl_y  [^W]*plastic modulus, tension on top +Wpl_y_neg [^W]*tension at the bottom")
+        self.assertIn("Mpl_y_neg", text)
+        self.assertNotIn("Wpl_z_neg", text)  # as Wpl_z
+        self.assertRegex(text, "Not given +stresses grow without limit[^:]*: Wt ")
+        self.assertNotIn("Not given", velquor.section("IPE 300", levels=2)._repr_html_())
         self.assertIn("exact", velquor.section("IPE 300", values=["z_max"])._repr_html_())
         self.assertRegex(velquor.section("IPE 300", values=["y_M"])._repr_html_(), ">0</td>.*± ")
 

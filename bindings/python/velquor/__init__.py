@@ -19,10 +19,13 @@ library on meshes of one's own, within the process. docs/python.md and docs/clus
 """
 import importlib
 
+from .catalogue import profiles, shapes
 from .front import batch, check, section
 from .results import Field, Fields, Mesh, Record, Section, SectionError
 
-__all__ = ["Field", "Fields", "Mesh", "Record", "Section", "SectionError", "batch", "check", "core", "section"]
+__version__ = "1.1.0"
+__all__ = ["Field", "Fields", "Mesh", "Record", "Section", "SectionError", "batch", "check", "core", "profiles", "section",
+           "shapes"]
 
 
 def __getattr__(name):  # loaded where it is asked for

@@ -8,6 +8,7 @@ from typing import Any, Dict, List, Optional, Tuple
 
 import numpy as np
 
+from .catalogue import catalogue_of
 from .places import find_command
 from .requests import text_of
 from .results import Field, Fields, Section, SectionError, _unknown
@@ -94,26 +95,49 @@ def _edges(fields: Fields) -> np.ndarray:
 
 
 def html_of(section: Section) -> str:
-    """A table of the main values, or of all where few were wanted, beside the drawing; every text is escaped."""
-    entries = section._answer["values"]
-    keys = list(entries) if len(entries) <= len(MAIN) else [key for key in MAIN if key in entries]
-    rows = []
+    """A table of the main values, or of all where few were wanted, beside the drawing; every text is escaped.
+
+    Moduli against the usual direction are shown where they are others. What is missing is told below.
+    """
+    entries, meanings = section._answer["values"], _meanings(section)
+    keys = list(entries) if len(entries) <= len(MAIN) else [
+        key for main in MAIN for key in (main, f"{main}_neg") if key in entries and (key == main or _differ(section, main, key))]
+    rows, missing = [], {}  # type: ignore[var-annotated]
     for key in keys:
         value, bound, unit = entries[key]["value"], section.bounds[key], html.escape(entries[key]["unit"])
+        if value is None:
+            missing.setdefault(entries[key].get("reason", "not known"), []).append(key)
         texts = [key, *(("–", "") if value is None else _texts(value, bound))]
         cells = "".join(f'<td style="text-align:{side}">{html.escape(text)}</td>' for side, text in
                         zip(("left", "right", "left"), texts))
-        why = f' title="{html.escape(entries[key]["reason"])}"' if "reason" in entries[key] else ""
         unit = unit[:-1] + f'<sup style="line-height:0">{unit[-1]}</sup>' if unit[-1:].isdigit() else unit
-        rows.append(f'<tr{why}>{cells}<td style="text-align:left">{unit}</td></tr>')
+        rows.append(f'<tr>{cells}<td style="text-align:left">{unit}</td>'
+                    f'<td style="text-align:left">{html.escape(meanings.get(key, ""))}</td></tr>')
     picture = _drawing(section)
     shown = "" if not picture else (f'<img style="max-width:480px;height:auto;background:#fff" alt="{html.escape(section.name)}" '
                                     f'src="data:image/svg+xml;base64,{base64.b64encode(picture).decode()}">')
     heads = "".join(f'<th style="text-align:{side}">{text}</th>' for side, text in
-                    (("left", "value"), ("right", ""), ("left", "bound"), ("left", "unit")))
+                    (("left", "value"), ("right", ""), ("left", "bound"), ("left", "unit"), ("left", "")))
+    reasons = "".join(f"<br>{html.escape(reason)}: {', '.join(keys)}" for reason, keys in missing.items())
     return (f'<div><strong>{html.escape(section.name)}</strong><div style="display:flex;flex-wrap:wrap;gap:2em;'
-            f'align-items:flex-start"><table><thead><tr>{heads}</tr></thead><tbody>{"".join(rows)}</tbody></table>{shown}'
-            "</div></div>")
+            f'align-items:flex-start"><div><table><thead><tr>{heads}</tr></thead><tbody>{"".join(rows)}</tbody></table>'
+            f'{f"<div>Not given{reasons}</div>" if missing else ""}</div>{shown}</div></div>')
+
+
+def _differ(section: Section, one: str, other: str) -> bool:
+    """By more than their bounds and rounding allow, as `velquor calc` tells them apart."""
+    a, b = section.values[one], section.values[other]
+    if a is None or b is None:
+        return b is not None
+    bounds = [bound for bound in (section.bounds[one], section.bounds[other]) if math.isfinite(bound)]
+    return bool(abs(a - b) > sum(bounds) + 1e-9 * (abs(a) + abs(b)))
+
+
+def _meanings(section: Section) -> Dict[str, str]:
+    try:
+        return {value["key"]: value["meaning"] for value in catalogue_of(find_command(section._settings.command))["values"]}
+    except OSError:  # of a result that has come from another machine
+        return {}
 
 
 def _texts(value: float, bound: float) -> Tuple[str, str]:
