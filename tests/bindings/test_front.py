@@ -94,7 +94,7 @@ class Values(unittest.TestCase):
                 for key, entry in expected["values"].items():
                     self.assertEqual((getattr(section, key), section.values[key], section.unit(key), section.reason(key)),
                                      (entry["value"], entry["value"], entry["unit"], entry.get("reason")))
-                    bound = math.inf if entry["value"] is not None and entry["bound"] is None else entry["bound"]
+                    bound = math.inf if entry["bound"] is None else entry["bound"]
                     self.assertEqual(getattr(section.bounds, key), bound)
                 self.assertEqual(section.accuracy.levels, expected["accuracy"]["levels"])
                 again = pickle.loads(pickle.dumps(section))
@@ -108,10 +108,13 @@ class Values(unittest.TestCase):
                 (lambda: section.Wpl_x, AttributeError, "no value 'Wpl_x'; did you mean 'Wpl_y'"),
                 (lambda: section.it, AttributeError, "did you mean 'It'"),
                 (lambda: section.bounds.Itt, AttributeError, "did you mean 'It'"),
+                (lambda: section.bounds["Itt"], KeyError, "no value 'Itt'; did you mean 'It'"),
                 (lambda: section.unit("A"), KeyError, "no value 'A'"),
                 (lambda: section.field("Tv"), KeyError, "no load 'Tv'; did you mean 'T")):
             with self.assertRaisesRegex(failure, message):
                 ask()
+        done = python("velquor.section('IPE 300', values=['It'], levels=1).Itt")  # to which the interpreter adds nothing
+        self.assertEqual(done.stderr.splitlines()[-1], "AttributeError: no value 'Itt'; did you mean 'It'?")
 
     def test_names_are_those_of_the_command(self):
         for text in "", "he b2", "nothing":
@@ -156,10 +159,16 @@ class Errors(unittest.TestCase):
                 ("IPE 301", ("refused", "name", 'unknown profile "IPE 301"', 'did you mean "IPE 300"?')),
                 (circle, ("refused", "parts[0].shape", 'unknown shape "circel"', 'did you mean "circle"?')),
                 ({"name": "IPE 300", "value": []}, ("request", "", 'unknown key "value"', 'did you mean "values"?')),
-                (plate(math.nan), ("request", "parts[0].outline[1][0]", "cannot be written as JSON: Out of range float", "")),
+                ({"material": [], "part": []}, ("refused", "", 'unknown key "material"', 'did you mean "materials"?')),
+                ({"name": "a", "matrials": []}, ("refused", "", 'unknown key "matrials"', 'did you mean "materials"?')),
+                ({}, ("refused", "", 'key "materials" is missing', "")),
+                ({"levels": 2}, ("request", "", "no section", "")),
+                (velquor.section("IPE 300", **QUICK).to_dict(), ("request", "", "that is an answer", "give the section")),
+                (velquor.section("IPE 300", **QUICK), ("request", "", "that is an answer", "give the section")),
+                (plate(math.nan), ("request", "parts[0].outline[1][0]", "is not a finite number", "")),
                 (plate(name="\ud800"), ("request", "name", "cannot be written as JSON: ", "")),
                 (plate(name=object()), ("request", "name", "cannot be written as JSON: object", "")),
-                ({"section": plate(bars=np.array([1, math.nan]))}, ("request", "bars[1]", "cannot be written as JSON: Out", "")),
+                ({"section": plate(bars=np.array([1, math.nan]))}, ("request", "bars[1]", "is not a finite number", "")),
                 (7, ("request", "", "int is no section", "give a profile")),
                 ("missing.json", ("refused", "", "missing.json: cannot be read: No such file", ""))):
             with self.subTest(expected), self.assertRaises(velquor.SectionError) as raised:
@@ -168,6 +177,10 @@ class Errors(unittest.TestCase):
             self.assertEqual((error.kind, error.at), expected[:2])
             self.assertTrue(error.message.startswith(expected[2]) and error.remedy.startswith(expected[3]), repr(error))
         self.assertEqual(str(velquor.SectionError("refused", "parts[0]", "a", "b")), "parts[0]: a; b")
+        with self.assertRaisesRegex(velquor.SectionError, "allow it more by timeout=, or"):
+            velquor.section("IPE 300", timeout=0.001, levels=6)
+        done = python("velquor.section('missing.json')")
+        self.assertEqual(done.stderr.count("Traceback"), 1)
 
     def test_of_files_are_those_of_the_command(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -197,6 +210,8 @@ class Errors(unittest.TestCase):
                               (lambda: velquor.section("IPE 300", mesh="fine"), ValueError),
                               (lambda: velquor.batch("IPE 300"), TypeError), (lambda: velquor.batch([], jobs=0), ValueError),
                               (lambda: velquor.section("IPE 300", units=("cm", "kN", "s")), ValueError),
+                              (lambda: velquor.section("IPE 300", units=("kN", "cm")), ValueError),
+                              (lambda: velquor.check("IPE 300", h=3), TypeError), (lambda: velquor.check(), TypeError),
                               (lambda: velquor.section("IPE 300", timeout=None), ValueError),
                               (lambda: velquor.section("IPE 300", memory=math.nan), ValueError)):
             self.assertRaises(failure, call)
@@ -241,8 +256,13 @@ class Errors(unittest.TestCase):
                          ("error", "parts[0].shape", 'did you mean "circle"?'))
         done = subprocess.run([COMMAND, "check", "-"], input=json.dumps(wrong), capture_output=True, encoding="utf-8")
         self.assertEqual(done.stdout, f"-: {error['place']}: {error['message']}; {error['remedy']}\n")
-        with self.assertRaisesRegex(velquor.SectionError, "`section` tells what is wrong with a shape"):
-            velquor.check({"shape": "circle", "parameters": {"d": 10}})
+        for given in {"shape": "circel", "d": 10}, {"source": {"shape": "circle", "parameters": {"d": -10}}}:
+            with self.assertRaises(velquor.SectionError) as raised:
+                velquor.section(**given)
+            error, = velquor.check(**given)
+            self.assertEqual((error["place"], error["message"]), (raised.exception.at, raised.exception.message))
+        self.assertEqual(velquor.check(shape="circle", d=10, accuracy=0.01, units=("cm", "kN")), [])
+        self.assertEqual(velquor.check(json.loads((SECTIONS / "encased.json").read_text()), files=SECTIONS), [])
         self.assertIn("unknown profile", velquor.check("--help")[0]["message"])
         self.assertEqual(velquor.check(SECTIONS / "encased.json"), velquor.check(str(SECTIONS / "encased.json")))
 
@@ -306,6 +326,8 @@ class OverTheMesh(unittest.TestCase):
         self.assertRaises(KeyError, section.field, "snow")
         self.assertEqual((fields, {fields}), (section.fields, {section.fields}))
         self.assertRegex(repr(fields), "^<velquor.Fields: [0-9]+ points, N, My, ")
+        self.assertRegex(repr(snow), "^<velquor.Field 'snow T': axial, shear, mises at [0-9]+ points, in N/mm2>$")
+        self.assertLess(len(repr(section.values)), 300)
 
 
 class Pictures(unittest.TestCase):

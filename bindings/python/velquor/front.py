@@ -39,13 +39,7 @@ def section(source: Optional[Source] = None, *, shape: Optional[str] = None, mat
 
     SectionError: there are no values, for the reason that it tells. OSError: there are no workers.
     """
-    if (source is None) == (shape is None):
-        raise TypeError("section: one of source and shape expected")
-    if parameters and shape is None:
-        raise TypeError(f"section: unexpected argument {next(iter(parameters))!r}; parameters are those of a shape")
-    if mesh not in ("coarse", "finest"):
-        raise ValueError(f'mesh: "coarse" or "finest" expected, not {mesh!r}')
-    wishes = wishes_of(units, accuracy, levels, size, values)
+    wishes = _wishes(source, shape, parameters, mesh, units, accuracy, levels, size, values)
     request = request_of({"shape": shape, "parameters": parameters} if source is None else source, wishes, materials, True)
     if files is None and any(key in request.get("section", ()) for key in ("mesh", "drawing")):
         files = folder_of(source)  # only where it is read: workers with and without a folder are not the same
@@ -89,18 +83,29 @@ def batch(sections: Iterable[Source], jobs: Optional[int] = None, timeout: float
     return _results(functools.partial(stream, client, chunk, retries), settings, requests, mesh)
 
 
-def check(source: Source, materials: Any = None, command: Optional[str] = None) -> List[Dict[str, Any]]:
+def check(source: Optional[Source] = None, materials: Any = None, command: Optional[str] = None, *,
+          shape: Optional[str] = None, units: Units = None, accuracy: Optional[float] = None, levels: Optional[int] = None,
+          size: Optional[float] = None, values: Union[None, str, Iterable[str]] = None, mesh: str = "coarse",
+          timeout: float = 60, memory: float = 2048, files: Union[None, str, "os.PathLike[str]"] = None,
+          **parameters: float) -> List[Dict[str, Any]]:
     """What is wrong with a section, or seldom meant: a list of severity ("error", "warning"), place, message, remedy.
 
-    source, materials, command: as `section` has them.
+    Takes what `section` takes. Of a shape it tells the first error, for which it is calculated on a coarse mesh.
     """
-    given = request_of(source, {}, materials, True)
+    wishes = _wishes(source, shape, parameters, mesh, units, accuracy, levels, size, values)
+    given = request_of({"shape": shape, "parameters": parameters} if source is None else source, wishes, materials, True)
+    settings = _settings(None, timeout, memory, files, command)
     if "section" not in given and "name" not in given:
-        raise SectionError("request", "", "only sections, files and profiles are checked",
-                           "`section` tells what is wrong with a shape")
+        try:
+            answer_to({**given, "levels": 1, "values": ["A"]}, settings)
+        except SectionError as error:
+            if error.kind not in ("request", "refused"):
+                raise
+            return [{"severity": "error", "place": error.at, "message": error.message, "remedy": error.remedy}]
+        return []
     name, text = given.get("name", "-"), text_of(given["section"]) if "section" in given else ""
     done = subprocess.run([find_command(command), "check", "--json", "--", name], input=text, capture_output=True,
-                          encoding="utf-8", cwd=folder_of(source))
+                          encoding="utf-8", cwd=folder_of(source) or settings.files)
     try:
         return list(json.loads(done.stdout)["sections"][0]["findings"])
     except (ValueError, LookupError, TypeError):
@@ -114,8 +119,26 @@ def answer_to(request: Mapping[str, Any], settings: workers.Settings) -> Dict[st
         raise answer
     assert isinstance(answer, dict)
     if "error" in answer:
-        raise SectionError(**answer["error"])
+        raise _error(answer["error"])
     return {key: value for key, value in answer.items() if key != "id"}
+
+
+def _wishes(source: Optional[Source], shape: Optional[str], parameters: Mapping[str, float], mesh: str,
+            *wishes: Any) -> Dict[str, Any]:
+    """Those of one section, whose arguments are such as go together."""
+    if (source is None) == (shape is None):
+        raise TypeError("one of source and shape expected")
+    if parameters and shape is None:
+        raise TypeError(f"unexpected argument {next(iter(parameters))!r}; parameters are those of a shape")
+    if mesh not in ("coarse", "finest"):
+        raise ValueError(f'mesh: "coarse" or "finest" expected, not {mesh!r}')
+    return wishes_of(*wishes)
+
+
+def _error(told: Mapping[str, str], index: Optional[int] = None, id: Any = None) -> SectionError:
+    """Of an answer: the command's options by their names here."""
+    remedy = told["remedy"].replace("--timeout", "timeout=").replace("--memory", "memory=")
+    return SectionError(told["kind"], told["at"], told["message"], remedy, index, id)
 
 
 def _settings(jobs: Optional[int], timeout: float, memory: float, files: Any, command: Optional[str]) -> workers.Settings:
@@ -150,6 +173,6 @@ def _results(stream: Any, settings: workers.Settings, requests: Any, mesh: str) 
         if isinstance(answer, SectionError):
             yield SectionError(answer.kind, answer.at, answer.message, answer.remedy, index, id)
         elif "error" in answer:
-            yield SectionError(**answer["error"], index=index, id=id)
+            yield _error(answer["error"], index, id)
         else:
             yield Section({**answer, "id": id}, request, settings, mesh, index, id)

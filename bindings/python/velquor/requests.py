@@ -1,10 +1,11 @@
 """What a caller means by a section, as a request of docs/protocol.md."""
+import difflib
 import json
 import os
 from pathlib import Path
 from typing import Any, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
-from .results import SectionError
+from .results import Section, SectionError
 
 Source = Union[str, "os.PathLike[str]", Mapping[str, Any]]  # a profile's name, a file, a section or a request
 Units = Union[None, str, Sequence[str], Mapping[str, str]]
@@ -12,6 +13,8 @@ Units = Union[None, str, Sequence[str], Mapping[str, str]]
 MESHES = (".msh", ".bdf", ".nas", ".unv", ".vtk", ".mesh", ".stl")
 FILES = (".json", ".dxf", *MESHES)
 OF_SECTIONS = ("materials", "parts", "mesh", "drawing", "bars")  # keys by which a section is told from a request
+OF_REQUESTS = ("id", "name", "values", "levels", "size", "accuracy", "parameters", "fields")
+FORCES = ("N", "kN", "MN", "kgf", "lbf", "kip")
 
 
 def is_file(source: Optional[Source]) -> bool:
@@ -27,9 +30,9 @@ def read(path: Union[str, "os.PathLike[str]"]) -> Any:
     try:
         return json.loads(Path(path).read_text(encoding="utf-8-sig"), object_pairs_hook=_each_once)
     except OSError as error:
-        raise SectionError("refused", "", f"{path}: cannot be read: {error.strerror}") from error
+        raise SectionError("refused", "", f"{path}: cannot be read: {error.strerror}") from None
     except (ValueError, RecursionError) as error:
-        raise SectionError("refused", "", f"{path}: {error}", "a section file is JSON") from error
+        raise SectionError("refused", "", f"{path}: {error}", "a section file is JSON") from None
 
 
 def _each_once(entries: List[Tuple[str, Any]]) -> Dict[str, Any]:
@@ -45,9 +48,10 @@ def request_of(source: Source, wishes: Mapping[str, Any], materials: Any = None,
 
     A file's path stands in the request as it was given, or, if `relative`, without its folder.
     """
+    if isinstance(source, Section) or isinstance(source, Mapping) and isinstance(source.get("values"), Mapping):
+        raise SectionError("request", "", "that is an answer, and no section", "give the section that it was made of")
     if isinstance(source, Mapping):
-        is_request = "section" in source or "shape" in source or not any(key in source for key in OF_SECTIONS)
-        return {**wishes, **source} if is_request else {**wishes, "section": source}
+        return {**wishes, **source} if _is_request(source) else {**wishes, "section": source}
     if not isinstance(source, (str, os.PathLike)):
         raise SectionError("request", "", f"{type(source).__name__} is no section",
                            "give a profile's name, a file's path or a dictionary")
@@ -69,6 +73,14 @@ def request_of(source: Source, wishes: Mapping[str, Any], materials: Any = None,
     return {**wishes, "section": section}
 
 
+def _is_request(source: Mapping[str, Any]) -> bool:
+    """By its keys; where none of them tells, misspelt ones are taken for those of a section."""
+    if "section" in source or "shape" in source:
+        return True
+    near = [key for key in source if key not in OF_REQUESTS and difflib.get_close_matches(str(key), OF_SECTIONS, 1, 0.7)]
+    return not near and any(key in source for key in OF_REQUESTS)
+
+
 def wishes_of(units: Units = None, accuracy: Optional[float] = None, levels: Optional[int] = None,
               size: Optional[float] = None, values: Union[None, str, Iterable[str]] = None,
               loads: Optional[str] = None) -> Dict[str, Any]:
@@ -78,6 +90,8 @@ def wishes_of(units: Units = None, accuracy: Optional[float] = None, levels: Opt
     elif units is not None and not isinstance(units, Mapping):
         if not 1 <= len(units) <= 2:
             raise ValueError(f'units: of length, or of length and force, ("cm", "kN"), expected, not {units!r}')
+        if units[0] in FORCES:
+            raise ValueError(f'units: of length first, then of force, ("cm", "kN"), expected, not {units!r}')
         units = dict(zip(("length", "force"), units))
     if values is not None:
         values = [values] if isinstance(values, str) else list(values)
@@ -92,8 +106,8 @@ def text_of(value: Mapping[str, Any]) -> str:
         text.encode("utf-8")
         return text
     except (TypeError, ValueError, RecursionError) as error:
-        raise SectionError("request", _fault_in(value), f"cannot be written as JSON: {error}",
-                           "numbers are finite, keys and texts are Unicode") from error
+        told = "is not a finite number" if str(error).startswith("Out of range float") else f"cannot be written as JSON: {error}"
+        raise SectionError("request", _fault_in(value), told, "numbers are finite, keys and texts are Unicode") from None
 
 
 def _fault_in(value: Any, depth: int = 20) -> str:

@@ -34,6 +34,12 @@ def _unknown(kind: str, name: Any, known: Any) -> str:
     return f"no {kind} {name!r}" + (f"; did you mean {near[0]!r}?" if near else all_of_them)
 
 
+def _no_attribute(kind: str, name: str, known: Any) -> AttributeError:
+    error = AttributeError(_unknown(kind, name, known))
+    error.name, error.obj = "", None  # for which the interpreter, from 3.10 on, adds no hint of its own
+    return error
+
+
 class Record(Mapping[str, Any]):
     """A mapping whose entries are attributes too."""
 
@@ -41,6 +47,8 @@ class Record(Mapping[str, Any]):
         self._kind, self._entries = kind, dict(entries)
 
     def __getitem__(self, key: str) -> Any:
+        if key not in self._entries:
+            raise KeyError(_unknown(self._kind, key, self._entries))
         return self._entries[key]
 
     def __iter__(self) -> Iterator[str]:
@@ -53,14 +61,17 @@ class Record(Mapping[str, Any]):
         if name.startswith("_"):  # while it is made from a pickle there are no entries
             raise AttributeError(name)
         if name not in self._entries:
-            raise AttributeError(_unknown(self._kind, name, self._entries))
+            raise _no_attribute(self._kind, name, self._entries)
         return self._entries[name]
 
     def __dir__(self) -> List[str]:
         return sorted({*super().__dir__(), *self._entries})
 
     def __repr__(self) -> str:
-        return f"<{self._kind}: {', '.join(f'{key} {value!r}' for key, value in self._entries.items())}>"
+        shown = [f"{key} {value:.6g}" if isinstance(value, float) else f"{key} {value!r}"
+                 for key, value in list(self._entries.items())[:8]]
+        more = f", ..., {len(self)} in all" if len(self) > 8 else ""
+        return f"<{self._kind}: {', '.join(shown)}{more}>"
 
 
 @dataclass(frozen=True, eq=False, repr=False)
@@ -75,7 +86,7 @@ class Mesh:
         return f"<velquor.Mesh: {len(self.nodes)} nodes, {len(self.elements)} elements, in {self.length}>"
 
 
-@dataclass(frozen=True, eq=False)
+@dataclass(frozen=True, eq=False, repr=False)
 class Field:
     """Stresses at the points of a mesh under a load set, or under one of the unit loads, 1 in the section's own units.
 
@@ -87,6 +98,11 @@ class Field:
     axial: Optional[np.ndarray]     # (p)
     shear: Optional[np.ndarray]     # (p, 2)  along y, z
     mises: Optional[np.ndarray]     # (p)     of load sets
+
+    def __repr__(self) -> str:
+        made = {name: values for name in ("axial", "shear", "mises") if (values := getattr(self, name)) is not None}
+        points = len(next(iter(made.values()), ()))
+        return f"<velquor.Field {self.name!r}: {', '.join(made)} at {points} points, in {self.unit}>"
 
 
 @dataclass(frozen=True, eq=False, repr=False)
@@ -133,7 +149,8 @@ class Section:
 
         beam.It, beam.bounds.It, beam.unit("It")     a value, its bound, its unit
 
-    A value that there is none of is None, and `reason` tells why. A bound is infinite where none is known.
+    A value that there is none of is None, and `reason` tells why. A bound is infinite where none
+    is known, or no value.
     """
 
     def __init__(self, answer: Dict[str, Any], request: Mapping[str, Any], settings: Any, mesh: str = "coarse",
@@ -157,8 +174,8 @@ class Section:
 
     @property
     def bounds(self) -> Record:
-        """Of each value: the limit for infinitely fine meshes lies within value -+ bound."""
-        return Record("value", {key: math.inf if entry["bound"] is None and entry["value"] is not None else entry["bound"]
+        """Of each value: the limit for infinitely fine meshes lies within value -+ bound; infinite where there is none."""
+        return Record("value", {key: math.inf if entry["bound"] is None else entry["bound"]
                                 for key, entry in self._answer["values"].items()})
 
     @property
@@ -234,7 +251,7 @@ class Section:
             raise AttributeError(name)
         values = self._answer["values"]
         if name not in values:
-            raise AttributeError(_unknown("value", name, values))
+            raise _no_attribute("value", name, values)
         return values[name]["value"]
 
     def __dir__(self) -> List[str]:
