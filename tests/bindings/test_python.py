@@ -1,5 +1,6 @@
 """The Python binding. The library is named by VELQUOR_LIBRARY. Values and bits: tests/abi."""
 import contextlib
+import copy
 import itertools
 import math
 import os
@@ -196,6 +197,13 @@ class Levels(unittest.TestCase):
 
 
 class Failures(unittest.TestCase):
+    def test_a_slot_that_is_not_there_is_told_with_the_one_that_is_near(self):
+        section = core.calculate(NODES, ELEMENTS, PROPS)
+        for name, near in ("PLMOM_ZZ", "PLMOM_Z"), ("warpin", "warping"), ("gj", "GJ"):
+            with self.assertRaisesRegex(AttributeError, f"no slot '{name}'; did you mean '{near}'"):
+                getattr(section, name)
+        self.assertEqual(bits(copy.deepcopy(section)), bits(section))
+
     def failure(self, *tables, **others):
         with self.assertRaises(core.Error) as caught:
             core.calculate(*tables, **others)

@@ -27,11 +27,15 @@ import operator
 import os
 import warnings
 from dataclasses import dataclass, field, fields
-from typing import Optional, Sequence
+from typing import TYPE_CHECKING, Any, Callable, List, Optional, Sequence, Union
 
 import numpy as np
 
 from .places import find_library
+from .results import _no_attribute
+
+Place = Callable[[int, int, float, float, float], Sequence[float]]
+File = Union[None, str, "os.PathLike[str]"]
 
 # Calculation modes: none of the plastic calculation, all four directions, or the first two of them.
 ELASTIC, PLASTIC, PLASTIC_TWO, PLASTIC_TWO_21 = MODES = (0, 1, 11, 21)
@@ -102,7 +106,7 @@ class Finding:
     reason: str  # in English
     is_error: bool
 
-    def __str__(self):
+    def __str__(self) -> str:
         return f"{self.table}{f', row {self.row}' if self.row else ''}: {self.reason}"
 
 
@@ -176,13 +180,20 @@ class Section:
     levels: Optional[int] = None  # that went well
     sharp: Optional[np.ndarray] = field(default=None, repr=False)  # (NNODES)  True where shear stresses have no limit
 
+    if not TYPE_CHECKING:  # for which there are no others
+        def __getattr__(self, name):  # of what is not there
+            if name.startswith("_"):
+                raise AttributeError(name)
+            raise _no_attribute("slot", name, [slot.name for slot in fields(self)])
+
 
 SLOTS = tuple(slot.name for slot in fields(Section) if slot.type is float)
 Bounds = collections.namedtuple("Bounds", SLOTS)  # type: ignore[misc]
 
 
-def property_table(nelems, *, EMOD, GMOD, CARRIED=0.0, COUPLING=1.0, GROUP=1.0, MATFLAG=1.0, FNEG=0.0, FPOS=0.0,
-                   UNITWEIGHT=0.0, TENTH=0.0):
+def property_table(nelems: int, *, EMOD: Any, GMOD: Any, CARRIED: Any = 0.0, COUPLING: Any = 1.0, GROUP: Any = 1.0,
+                   MATFLAG: Any = 1.0, FNEG: Any = 0.0, FPOS: Any = 0.0, UNITWEIGHT: Any = 0.0,
+                   TENTH: Any = 0.0) -> np.ndarray:
     """The property table of `nelems` elements; each column is one value for all of them or an array of one for each."""
     given = locals()
     table = np.empty((nelems, len(COLUMNS)), order="F")
@@ -191,7 +202,8 @@ def property_table(nelems, *, EMOD, GMOD, CARRIED=0.0, COUPLING=1.0, GROUP=1.0, 
     return table
 
 
-def bar_table(NODE, ELEMENT, *, AREA, EMODUL, GMODUL=0.0, RADIUS=0.0, BARWEIGHT=0.0):
+def bar_table(NODE: Any, ELEMENT: Any, *, AREA: Any, EMODUL: Any, GMODUL: Any = 0.0, RADIUS: Any = 0.0,
+              BARWEIGHT: Any = 0.0) -> np.ndarray:
     """Bars: numbers of their nodes and elements, and for each property one value for all bars or an array.
 
     A GMODUL other than 0 makes torsion and warping depend on the unit of length.
@@ -207,7 +219,9 @@ def bar_table(NODE, ELEMENT, *, AREA, EMODUL, GMODUL=0.0, RADIUS=0.0, BARWEIGHT=
     return bars
 
 
-def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, levels=None, place=None, library=None):
+def calculate(nodes: Any, elements: Any, props: Any, *, bars: Optional[np.ndarray] = None, groups: Optional[int] = None,
+              mode: Optional[int] = None, levels: Optional[int] = None, place: Optional[Place] = None,
+              library: File = None) -> Section:
     """Calculates one section and returns a `Section`.
 
     nodes     (NNODES, 2)   coordinates Y, Z
@@ -232,17 +246,20 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, leve
     if levels is not None and not 1 <= operator.index(levels) <= MAXLEVELS:
         raise ValueError(f"levels: {levels}, expected 1 to {MAXLEVELS}")
 
+    assert bars is not None and groups is not None
     status = ctypes.c_int32(groups)
     result = np.zeros(len(SLOTS))
     result[MODE_SLOT] = mode
     nodeout = np.empty((len(nodes), 3), order="F")
     elemout = np.empty((len(elements), 4, 12))
     tables = (status, nodes, len(nodes), elements, len(elements), props, len(bars), bars, result, nodeout, elemout)
-    done, extra = ctypes.c_int32(levels or 0), ()
+    done = ctypes.c_int32(levels or 0)
+    extra: Sequence[Any] = ()
     if levels is None:
         vq_velquor(*tables)
     else:
-        bounds, sharp, raised = np.empty(len(SLOTS)), np.empty(len(nodes), np.int32), []
+        bounds, sharp = np.empty(len(SLOTS)), np.empty(len(nodes), np.int32)
+        raised: List[BaseException] = []
         load_levels(library).vq_levels(*tables, done, bounds, sharp, _placing(place, raised), None)
         if raised:
             raise raised[0]
@@ -265,10 +282,11 @@ def calculate(nodes, elements, props, *, bars=None, groups=None, mode=None, leve
                       "PLAXIS, PLMOD and PLMOM may be wrong; move the mesh, so that its middle lies at 0, or give levels=2",
                       MeshWarning, stacklevel=2)
     return Section(*result.tolist(), nodeout, elemout[:, :, 0:8:2], elemout[:, :, 1:8:2], elemout[:, :, 8:12], bars,
-                   *extra)
+                   *extra)  # type: ignore[call-arg]
 
 
-def check(nodes, elements, props, *, bars=None, groups=None, mode=None, library=None):
+def check(nodes: Any, elements: Any, props: Any, *, bars: Optional[np.ndarray] = None, groups: Optional[int] = None,
+          mode: Optional[int] = None, library: File = None) -> List[Finding]:
     """What calculate() would refuse of these tables, or accept though it is seldom meant: a list of `Finding`.
 
     They come in the order of the tables and their rows. Arguments are those of calculate(); a node number may be any, so
@@ -277,13 +295,14 @@ def check(nodes, elements, props, *, bars=None, groups=None, mode=None, library=
     return _find(library, *_tables(nodes, elements, props, bars, groups, mode, any_node=True))
 
 
-def find_refusal(nodes, elements, props, *, bars=None, groups=None, mode=None, library=None):
+def find_refusal(nodes: Any, elements: Any, props: Any, *, bars: Optional[np.ndarray] = None,
+                 groups: Optional[int] = None, mode: Optional[int] = None, library: File = None) -> Optional[Finding]:
     """The first `Finding` for which calculate() would refuse these tables, or None. Arguments are those of check()."""
     found = check(nodes, elements, props, bars=bars, groups=groups, mode=mode, library=library)
     return next((finding for finding in found if finding.is_error), None)
 
 
-def find_pieces(nodes, elements):
+def find_pieces(nodes: Any, elements: Any) -> np.ndarray:
     """For each element the number of the connected piece that it belongs to, (NELEMS), from 1 in the order of the rows.
 
     Elements with a node in common are connected. Shear, torsion and warping of a section of several pieces are those of
@@ -364,13 +383,13 @@ def _tables(nodes, elements, props, bars, groups, mode, any_node=False):
     return nodes, elements, props, bars.copy(), groups, mode
 
 
-def load(library=None):
+def load(library: File = None) -> Any:
     """The library's routine: from the file `library`, from VELQUOR_LIBRARY, beside this package, or where the system's
     loader finds it."""
     return _routine(_file(library))
 
 
-def load_levels(library=None):
+def load_levels(library: File = None) -> Any:
     """The library of vq_levels and vq_check: beside that file, libvelquor-levels.so* for libvelquor.so*, or where the
     system's loader finds it."""
     load(library)  # which the second is to call, whatever the file's name

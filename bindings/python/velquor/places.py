@@ -18,7 +18,8 @@ def find_command(command: Optional[str] = None) -> str:
     folders = os.get_exec_path()
     if IN_WHEEL:  # its own script velquor is no command
         folders = [folder for folder in folders if Path(folder).resolve() != Path(sys.prefix, "bin").resolve()]
-    beside = shutil.which(str(PREFIX / "bin/velquor" if PREFIX else BUILD / "tool/velquor")) if PREFIX or BUILD else None
+    own = PREFIX / "bin" if PREFIX else BUILD / "tool" if BUILD else None
+    beside = shutil.which(str(own / "velquor")) if own else None
     found = shutil.which(wanted) if wanted else beside or shutil.which("velquor", path=os.pathsep.join(folders))
     if not found:
         missing = f"no command {wanted or 'velquor'}"
