@@ -238,8 +238,9 @@ class Failures(unittest.TestCase):
                          [("ELEMENTS", 1, "NODE_OUTSIDE", True), ("ELEMENTS", 4, "NODE_OUTSIDE", True)])
         nodes, elements, props = plate(4, 8)
         props[5:, core.COLUMNS.index("COUPLING")] = 0
-        self.assertEqual([(str(found)[:29], found.is_error) for found in core.check(nodes, elements, props)],
-                         [("PROPS, row 6: has a COUPLING ", False)])
+        self.assertEqual([(str(found)[:29], found.name, found.is_error) for found in core.check(nodes, elements, props)],
+                         [("PROPS, row 6: has a COUPLING ", "COUPLING_ZERO", False),
+                          ("PROPS, row 6: has another COU", "COUPLING_UNLIKE", False)])
 
     def test_the_first_refusal_is_found_behind_warnings_and_told_as_calculate_tells_it(self):
         nodes, elements, props = plate(4, 8)
