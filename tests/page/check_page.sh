@@ -7,7 +7,7 @@ mkdir -p "$folder"
 cp "$tests"/{package.json,*.mjs} "$folder"
 cd "$folder"
 if ! cmp -s package.json node_modules/.wanted; then
-    npm install --no-package-lock --no-audit --no-fund --silent
+    npm install --no-package-lock --no-audit --no-fund --loglevel=error
     cp package.json node_modules/.wanted
 fi
 VELQUOR_COMMAND=$command VELQUOR_ROOT=$tests/../.. node --test
