@@ -141,7 +141,7 @@ def batch(count=4000, rounds=5):
         size = results.stat().st_size / total
     yield f"batch of {total} sections, {CORES} workers: sections a second", spread(rates)
     yield "of it the one process that keeps the results, ms of processor for a section", spread(own)
-    yield "the same once more, all found there: sections a second", spread(again)
+    yield "the same once more, all found there: sections a second", spread(again, "{:.0f}")
     yield "bytes of its file for a section, a count", f"{size:.0f}"
     for cores in (CORES, 16, 64, 256):
         rate = statistics.median(rates) / CORES * cores
