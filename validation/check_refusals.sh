@@ -35,7 +35,7 @@ expect 2 'shape 1: unknown material "n"' '"shape": "rectangle"' '"shape": "recta
 expect 2 'section: bar 1: unknown material "stele"' '"material": "steel"' '"material": "stele"'
 expect 2 'section: material 1: "E" is missing' '"E": 2, ' ''
 expect 2 'columns: unknown key "EMOD"' '"size": 1,' '"size": 1, "columns": {"m": {"EMOD": 3}},'
-expect 2 'section: part 2: parts of one material' '"parts": [' '"parts": [{"outline": [], "group": 2}, '
+expect 2 ': parts of one material' '"parts": [' '"parts": [{"outline": [], "group": 2}, '
 expect 2 '"tolerance" is missing' '"tolerance": 1e-9, ' ''
 expect 2 '"order" is not from 1 to 2' '"source": "s"' '"source": "s", "order": 3'
 expect 1 'OUT' '"value": 12.05, "tolerance": 1e-9' '"value": 12, "tolerance": 0.005, "order": 1'
